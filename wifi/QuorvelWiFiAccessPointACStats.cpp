@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointACStats.def"
+#include "FrontEndExpansion.h"

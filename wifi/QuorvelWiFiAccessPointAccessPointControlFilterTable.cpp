@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAccessPointControlFilterTable.def"
+#include "FrontEndExpansion.h"

@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAccounting.def"
+#include "FrontEndExpansion.h"

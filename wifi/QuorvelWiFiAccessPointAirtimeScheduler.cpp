@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAirtimeScheduler.def"
+#include "FrontEndExpansion.h"

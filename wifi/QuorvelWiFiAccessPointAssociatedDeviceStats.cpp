@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAssociatedDeviceStats.def"
+#include "FrontEndExpansion.h"

@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointSecurity.def"
+#include "FrontEndExpansion.h"

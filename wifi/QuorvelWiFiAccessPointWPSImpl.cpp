@@ -1,0 +1,132 @@
+// WPS: the switch, the board-wide mode that follows it, and exchanges.
+#include <wlcsm.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "QuorvelWiFiInternal.h"
+
+using quorvel::kSuccess;
+using quorvel::kValueSize;
+using quorvel::kWiFiAccessPointWPSMapping;
+using quorvel::readOfAccessPoint;
+
+namespace {
+
+constexpr char kLogFile[] = "wifi/QuorvelWiFiAccessPointWPSImpl";
+
+// The radios, a bit each, on which this library has switched WPS on since it was loaded. Guarded by the global lock.
+uint32_t wpsRadios;
+
+}  // namespace
+
+#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointWPS.def"
+#include "ImplementationExpansion.h"
+
+uint32_t WiFiAccessPointWPSEnableGetImpl(uint32_t ap, uint8_t* out) {
+    char mode[kValueSize + 1] = {};
+    const uint32_t result =
+        readOfAccessPoint(kWiFiAccessPointWPSMapping, ap, WiFiAccessPointWPSNode::Enable, mode, kValueSize);
+    if (result != 0) {
+        QUORVEL_LOG_ERROR("WPS enable get fail");
+        return result;
+    }
+    *out = strcmp(mode, "disabled") == 0 ? 0 : 1;
+    return kSuccess;
+}
+
+uint32_t WiFiAccessPointWPSStatusGetImpl(uint32_t, int32_t* out) {
+    *out = 0;
+    const char* status = wlcsm_nvram_get("wps_proc_status");
+    if (status != nullptr) *out = static_cast<int32_t>(strtol(status, nullptr, 10));
+    return kSuccess;
+}
+
+namespace {
+
+// An access point's marked context, and where its writes go. What the manager answers to them is not looked at.
+struct Staged {
+    WiFiAccessPointWPSContext& context;
+    uint32_t ap;
+    uint32_t radio;  // from 0
+    uint32_t sub;
+
+    [[nodiscard]] bool has(uint32_t node) const {
+        return WiFiAccessPointWPSCheckContextNodeSet(&context, node) != 0;
+    }
+    void clear(uint32_t node) const {
+        (void)Quorvel_ContextClearMap(&context, node);
+    }
+    void write(const char* variable, const char* value) const {
+        (void)wlcsm_mngr_set(radio, sub, variable, value);
+    }
+    void exchange(const char* command) const {
+        write("wlWscConfig", command);
+        write("wsc_force_restart", "n");
+    }
+    [[nodiscard]] bool wpsIsEnabled() const {
+        uint8_t enabled = 0;
+        (void)WiFiAccessPointWPSEnableGetImpl(ap, &enabled);  // an unread switch is off
+        if (enabled == 0) {
+            Quorvel_LogPrint(quorvel::kLogError, kLogFile, "WiFiAccessPointWPSApplyContextImpl", __LINE__,
+                             "WPS is not enabled.");
+        }
+        return enabled != 0;
+    }
+};
+
+void applyEnable(const Staged& staged) {
+    const uint32_t bit = staged.radio < 32 ? uint32_t{1} << staged.radio : 0;
+    if (staged.context.Enable == 1) {
+        staged.write("wlWscMode", "enabled");
+        (void)wlcsm_nvram_set("wps_mode", "enabled");
+        wpsRadios |= bit;
+    } else {
+        staged.write("wlWscMode", "disabled");
+        wpsRadios &= ~bit;
+        if (wpsRadios == 0) (void)wlcsm_nvram_set("wps_mode", "disabled");
+    }
+    staged.clear(WiFiAccessPointWPSNode::Enable);
+}
+
+// Starts the exchange of the staged method.
+void startExchange(const Staged& staged) {
+    const char* function = "WiFiAccessPointWPSApplyContextImpl";
+    constexpr uint32_t kPinLength = 16;
+    char method[sizeof staged.context.Method + 1] = {};
+    memcpy(method, staged.context.Method, sizeof staged.context.Method);
+    if (strcmp(method, "PushButton") == 0) {
+        staged.exchange("client-pbc");
+    } else if (strcmp(method, "PIN") == 0) {
+        char pin[kPinLength + 1] = {};
+        (void)WiFiAccessPointWPSEnrolleePinGetImpl(staged.ap, pin, kPinLength);  // an unread PIN is empty
+        const size_t length = strlen(pin);
+        if (length == 4 || length == 8) {
+            staged.exchange("client-pin");
+        } else {
+            Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__, "Invalid Station Pin Length.");
+        }
+    } else {
+        Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__, "Not supported WPSMethod[%s]\n", method);
+    }
+    staged.write("wlWscAuthoStaMac", nullptr);
+}
+
+}  // namespace
+
+uint32_t WiFiAccessPointWPSApplyContextImpl(void* ctx, uint32_t ap) {
+    const uint32_t radio = WiFiSystemAccessPointRadioInstanceGet(ap);
+    const Staged staged{*static_cast<WiFiAccessPointWPSContext*>(ctx), ap, radio - 1, quorvel::subIndex(ap)};
+    if (staged.has(WiFiAccessPointWPSNode::Enable)) applyEnable(staged);
+    // Whatever value is staged: meant.
+    if (staged.has(WiFiAccessPointWPSNode::ButtonPush)) {
+        if (staged.wpsIsEnabled()) startExchange(staged);
+        staged.clear(WiFiAccessPointWPSNode::ButtonPush);
+    }
+    if (staged.has(quorvel::kWpsCancelNode)) {
+        if (staged.wpsIsEnabled()) staged.exchange("cancel");
+        staged.clear(quorvel::kWpsCancelNode);
+    }
+    // One more than the table's rows: node 9 is never marked here, and only a marked node's row is looked at. Meant.
+    return Quorvel_P_WiFiApplyContext(radio, ap, ctx, kWiFiAccessPointWPSMapping, quorvel::kWpsCancelNode + 1);
+}

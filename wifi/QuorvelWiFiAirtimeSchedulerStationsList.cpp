@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiAirtimeSchedulerStationsList.def"
+#include "FrontEndExpansion.h"

@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiChannelDiagnostics.def"
+#include "FrontEndExpansion.h"

@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiChannelDiagnosticsResult.def"
+#include "FrontEndExpansion.h"

@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiNeighboringDiagnosticsResult.def"
+#include "FrontEndExpansion.h"

@@ -1,0 +1,688 @@
+// Radios: the reads that are no plain mapping, channel measurements, and the apply.
+#include <unistd.h>
+#include <wlcsm.h>
+
+#include <bit>
+#include <cstdlib>
+#include <cstring>
+
+#include "DecimalText.h"
+#include "QuorvelWiFiInternal.h"
+#include "RadioChannel.h"
+#include "RadioRates.h"
+
+using quorvel::kFailed;
+using quorvel::kInvalidInput;
+using quorvel::kSuccess;
+using quorvel::kWiFiRadioObject;
+using quorvel::ManagerText;
+using quorvel::readManager;
+using quorvel::readMapped;
+
+namespace {
+constexpr char kLogFile[] = "wifi/QuorvelWiFiRadioImpl";
+constexpr int32_t kFiveGigahertz = 1;
+}  // namespace
+
+#define QUORVEL_DEFINITION "QuorvelWiFiRadio.def"
+#include "ImplementationExpansion.h"
+
+// Reads.
+
+uint32_t WiFiRadioChannelGetImpl(uint32_t radio, uint32_t* out) {
+    ManagerText value;
+    if (!readManager(radio - 1, 0, "wlCurrentChannel", value)) {
+        QUORVEL_LOG_ERROR("wlcsm_mngr_get wlCurrentChannel FAIL");
+        return kFailed;
+    }
+    *out = static_cast<uint32_t>(value.number());
+    return kSuccess;
+}
+
+uint32_t WiFiRadioConfiguredChannelBandwidthGetImpl(uint32_t radio, uint32_t* out) {
+    ManagerText value;
+    if (!readManager(radio - 1, 0, "wlNBw", value)) {
+        QUORVEL_LOG_ERROR("wlcsm_mngr_get [%s] failure on radioInstance[%d]", "wlNBw", radio);
+        return kFailed;
+    }
+    // The manager's codes for 20, 40, 80 and 160 MHz.
+    switch (value.number()) {
+        case 1:
+            *out = 1;
+            return kSuccess;
+        case 3:
+            *out = 2;
+            return kSuccess;
+        case 7:
+            *out = 3;
+            return kSuccess;
+        case 15:
+            *out = 4;
+            return kSuccess;
+        default:
+            QUORVEL_LOG_ERROR("Invalid WLNBW(%d) = %d", radio - 1, value.number());
+            return kFailed;
+    }
+}
+
+uint32_t WiFiRadioOperatingChannelBandwidthGetImpl(uint32_t radio, uint32_t* out) {
+    uint32_t value = 0;
+    const uint32_t result = readMapped(kWiFiRadioObject, radio, WiFiRadioNode::OperatingChannelBandwidth, &value);
+    *out = value + 1;  // whatever the result: meant
+    return result;
+}
+
+uint32_t WiFiRadioRegulatoryDomainGetImpl(uint32_t radio, char* buf, uint32_t len) {
+    constexpr uint32_t kDomainLength = 32;
+    char domain[kDomainLength + 1] = {};
+    const uint32_t result =
+        readMapped(kWiFiRadioObject, radio, WiFiRadioNode::RegulatoryDomain, domain, kDomainLength);
+    char country[4] = {};
+    (void)sscanf(domain, "%2s", country);  // a text without country leaves it empty
+    country[strlen(country)] = 'I';
+    quorvel::copyText(buf, len, country);
+    return result;
+}
+
+uint32_t WiFiRadioBasicDataTransmitRatesGetImpl(uint32_t radio, char* buf, uint32_t len) {
+    constexpr uint32_t kKeywordLength = 64;
+    char keyword[kKeywordLength + 1] = {};
+    const uint32_t result =
+        readMapped(kWiFiRadioObject, radio, WiFiRadioNode::BasicDataTransmitRates, keyword, kKeywordLength);
+    if (result != 0) {
+        QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet BASICDATATRANSMITRATES FAIL");
+        return result;
+    }
+    ManagerText value;
+    (void)readManager(radio - 1, 0, "wlBand", value);  // an unread band is band 0
+    const int32_t band = value.number();
+    QUORVEL_LOG_TRAFFIC("wlBand[%d]", band);
+    value = {};
+    (void)readManager(radio - 1, 0, "wlgMode", value);  // an unread mode is mode 0
+    const int32_t gMode = value.number();
+    QUORVEL_LOG_TRAFFIC("wlgMode[%d]", gMode);
+    if (band != 1 && band != 2) {
+        QUORVEL_LOG_ERROR("Invalid band[%d]", band);
+        return kFailed;
+    }
+    const char* rates = quorvel::basicRatesToRead(band == 1 || gMode != 0, keyword);
+    if (rates == nullptr) {
+        // Success all the same, and the output as it was: meant.
+        QUORVEL_LOG_ERROR("Fail: shouldn't go here.");
+        return kSuccess;
+    }
+    quorvel::copyText(buf, len, rates);
+    return kSuccess;
+}
+
+void str_replace(char* text, char from, char to) {
+    for (; *text != '\0'; ++text) {
+        if (*text == from) *text = to;
+    }
+}
+
+namespace {
+
+void removeLetter(char* text, char letter) {
+    char* to = text;
+    for (const char* from = text; *from != '\0'; ++from) {
+        if (*from != letter) *to++ = *from;
+    }
+    *to = '\0';
+}
+
+}  // namespace
+
+uint32_t WiFiRadioOperationalDataTransmitRatesGetImpl(uint32_t radio, char* buf, uint32_t len) {
+    if (readMapped(kWiFiRadioObject, radio, WiFiRadioNode::OperationalDataTransmitRates, buf, len) != 0) {
+        QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_OPERATIONALDATATRANSMITRATES FAIL");
+        return kFailed;
+    }
+    str_replace(buf, ' ', ',');
+    removeLetter(buf, 'b');
+    return kSuccess;
+}
+
+uint32_t WiFiRadioSupportedDataTransmitRatesGetImpl(uint32_t radio, char* buf, uint32_t len) {
+    if (readMapped(kWiFiRadioObject, radio, WiFiRadioNode::SupportedDataTransmitRates, buf, len) != 0) {
+        QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_SUPPORTEDDATATRANSMITRATES FAIL");
+        return kFailed;
+    }
+    // The b marks stay, unlike in the operational rates: meant.
+    str_replace(buf, ' ', ',');
+    return kSuccess;
+}
+
+uint32_t WiFiRadioAutoChannelSelectionPreferenceListGetImpl(uint32_t radio, char* buf, uint32_t len) {
+    ManagerText value;
+    (void)readManager(radio - 1, 0, "wlAcsPrefChannels", value);  // an unread list is an empty one
+    uint32_t firstBytes = 0;
+    memcpy(&firstBytes, value.text, sizeof firstBytes);
+    quorvel::copyText(buf, len, firstBytes != 0 ? value.text : "");
+    return kSuccess;
+}
+
+namespace {
+
+// The protection variable of the radio's PHY type.
+const char* protectionVariable(const char* phyType) {
+    const bool highThroughput = strcmp(phyType, "v") == 0 || strcmp(phyType, "h") == 0 || strcmp(phyType, "n") == 0;
+    return highThroughput ? "wlNProtection" : "wlProtection";
+}
+
+}  // namespace
+
+uint32_t WiFiRadioCtsProtectionEnableGetImpl(uint32_t radio, uint8_t* out) {
+    ManagerText phyType;
+    (void)readManager(radio - 1, 0, "wlPhyType", phyType);  // an unread type has the plain protection
+    ManagerText protection;
+    (void)readManager(radio - 1, 0, protectionVariable(phyType.text), protection);  // an unread one is invalid below
+    if (strcmp(protection.text, "auto") == 0) {
+        *out = 1;
+        return kSuccess;
+    }
+    if (strcmp(protection.text, "off") == 0) {
+        *out = 0;
+        return kSuccess;
+    }
+    QUORVEL_LOG_ERROR("Invalid wlProtection[%s] in wlPhyType[%s] mode", protection.text, phyType.text);
+    return kFailed;
+}
+
+uint32_t WiFiRadioTxChainMaskGetImpl(uint32_t radio, uint32_t* out) {
+    *out = 0;
+    uint32_t mask = 0;
+    const uint32_t result = readMapped(kWiFiRadioObject, radio, WiFiRadioNode::TxChainMask, &mask);
+    if (result != 0) {
+        QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_TXCHAINMASK Fail");
+        return result;
+    }
+    *out = static_cast<uint32_t>(std::popcount(mask));
+    return kSuccess;
+}
+
+uint32_t WiFiRadioRxChainMaskGetImpl(uint32_t radio, uint32_t* out) {
+    *out = 0;
+    uint32_t mask = 0;
+    const uint32_t result = readMapped(kWiFiRadioObject, radio, WiFiRadioNode::RxChainMask, &mask);
+    if (result != 0) {
+        QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_RXCHAINMASK Fail");
+        return result;
+    }
+    *out = static_cast<uint32_t>(std::popcount(mask));
+    return kSuccess;
+}
+
+namespace {
+
+constexpr uint32_t kStatusLength = 32;
+
+struct Status {
+    char text[kStatusLength + 1] = {};
+    [[nodiscard]] bool isUp() const {
+        return strcmp(text, "Up") == 0;
+    }
+};
+
+}  // namespace
+
+uint32_t WiFiRadioUpTimeGetImpl(uint32_t radio, uint32_t* out) {
+    *out = 0;
+    Status status;
+    if (WiFiRadioStatusGetImpl(radio, status.text, kStatusLength) != 0) {
+        QUORVEL_LOG_ERROR("Radio[%d] is not enabled, WiFiRadioStatusGetImpl failure.", radio);
+        return kFailed;
+    }
+    if (status.isUp()) {
+        // The status read has accepted the radio, so this cannot fail.
+        (void)Quorvel_P_WiFiGetTimeElapseFromStartTime(radio, out);
+    }
+    return kSuccess;
+}
+
+uint32_t WiFiRadioGreenfieldEnableGetImpl(uint32_t radio, uint8_t* out) {
+    ManagerText value;
+    (void)readManager(radio - 1, 0, "wlNPreambleType", value);  // an unread type is not greenfield
+    *out = strcmp(value.text, "1") == 0 ? 1 : 0;
+    return kSuccess;
+}
+
+uint32_t WiFiRadioGreenfieldSupportedGetImpl(uint32_t, uint8_t* out) {
+    *out = 1;
+    return kSuccess;
+}
+
+uint32_t WiFiRadioAtfCapableGetImpl(uint32_t, uint8_t* out) {
+    *out = 1;
+    return kSuccess;
+}
+
+uint32_t WiFiRadioBandUtilizationGetImpl(uint32_t radio, uint32_t* out) {
+    ManagerText value;
+    (void)readManager(radio - 1, 0, "WlBandUtilization", value);  // an unread share is 0
+    const int32_t idle = value.number();
+    if (idle > 100) {
+        *out = 0;
+        QUORVEL_LOG_ERROR("Invalid WlBandUtilization");
+        return kFailed;
+    }
+    // A negative share is not refused and leaves more than 100: meant.
+    *out = 100 - static_cast<uint32_t>(idle);
+    QUORVEL_LOG_TRAFFIC("BandUtilization[%d]", *out);
+    return kSuccess;
+}
+
+// Band-steering policy.
+
+namespace {
+
+struct PolicyName {
+    char text[40];
+    explicit PolicyName(uint32_t radio) {
+        quorvel::append(quorvel::appendDecimal(quorvel::append(text, "wl"), static_cast<int32_t>(radio - 1)),
+                        "_bsd_steering_policy");
+        text[31] = '\0';  // a longer name is cut
+    }
+};
+
+}  // namespace
+
+uint32_t get_bsd_steering_policy(uint32_t radio, BsdSteeringPolicy* policy) {
+    *policy = {};
+    const PolicyName name(radio);
+    const char* value = wlcsm_nvram_get(name.text);
+    if (value == nullptr) {
+        QUORVEL_LOG_ERROR("wlcsm_nvram_get(%s) FAIL.", name.text);
+        return kFailed;
+    }
+    uint32_t extFlag = 0;
+    // Fields that are missing stay 0.
+    (void)sscanf(value, "%d %d %d %d %d 0x%x", &policy->BwUtil, &policy->samplePeriod, &policy->consecutiveSampleCount,
+                 &policy->RssiThreshold, &policy->PhyRateThreshold, &extFlag);
+    policy->extFlag = static_cast<int32_t>(extFlag);
+    QUORVEL_LOG_TRAFFIC(
+        "wlcsm_nvram_get(%s) SUCCESS, value[%s], BwUtil[%d], samplePeriod[%d], consecutiveSampleCount[%d], "
+        "RssiThreshold[%d], pPhyRateThreshold[%d], extFlag[0x%x]",
+        name.text, value, policy->BwUtil, policy->samplePeriod, policy->consecutiveSampleCount, policy->RssiThreshold,
+        policy->PhyRateThreshold, extFlag);
+    return kSuccess;
+}
+
+namespace {
+
+constexpr uint32_t kBandLength = 16;
+
+int32_t operatingBand(uint32_t radio) {
+    char band[kBandLength + 1] = {};
+    (void)WiFiRadioOperatingFrequencyBandGetImpl(radio, band, kBandLength);  // an unread band is band 0
+    return static_cast<int32_t>(strtol(band, nullptr, 10));
+}
+
+}  // namespace
+
+uint32_t WiFiRadioBandSteeringBandUtilizationThresholdGetImpl(uint32_t radio, int32_t* out) {
+    BsdSteeringPolicy policy;
+    if (get_bsd_steering_policy(radio, &policy) == 0) {
+        *out = policy.BwUtil;
+    } else {
+        *out = operatingBand(radio) == kFiveGigahertz ? 80 : 0;
+    }
+    return kSuccess;
+}
+
+uint32_t WiFiRadioBandSteeringRSSIThresholdGetImpl(uint32_t radio, int32_t* out) {
+    BsdSteeringPolicy policy;
+    (void)get_bsd_steering_policy(radio, &policy);  // an absent policy is all 0
+    *out = policy.RssiThreshold;
+    return kSuccess;
+}
+
+uint32_t WiFiRadioBandSteeringPhyRateThresholdGetImpl(uint32_t radio, int32_t* out) {
+    BsdSteeringPolicy policy;
+    (void)get_bsd_steering_policy(radio, &policy);  // an absent policy is all 0
+    *out = policy.PhyRateThreshold;
+    return kSuccess;
+}
+
+uint32_t set_bsd_steering_policy(uint32_t radio, int32_t value, uint32_t node) {
+    BsdSteeringPolicy policy;
+    if (get_bsd_steering_policy(radio, &policy) != 0) {
+        // The band is asked, but the default is 80 on every band, unlike the read's: meant.
+        (void)operatingBand(radio);
+        policy = {80, 5, 3, 0, 0, 0x40};
+    }
+    switch (node) {
+        case WiFiRadioNode::BandSteeringBandUtilizationThreshold:
+            policy.BwUtil = value;
+            break;
+        case WiFiRadioNode::BandSteeringRSSIThreshold:
+            policy.RssiThreshold = value;
+            break;
+        case WiFiRadioNode::BandSteeringPhyRateThreshold:
+            policy.PhyRateThreshold = value;
+            break;
+        default:
+            QUORVEL_LOG_ERROR("Invalid node[%d]", node);
+            return kFailed;
+    }
+    char text[128];
+    snprintf(text, sizeof text, "%d %d %d %d %d 0x%x", policy.BwUtil, policy.samplePeriod,
+             policy.consecutiveSampleCount, policy.RssiThreshold, policy.PhyRateThreshold,
+             static_cast<uint32_t>(policy.extFlag));
+    text[31] = '\0';  // a longer text is cut: meant
+    const PolicyName name(radio);
+    if (wlcsm_nvram_set(name.text, text) != 0) {
+        QUORVEL_LOG_ERROR("wlcsm_nvram_set(%s, %s) FAIL.", name.text, text);
+        return kFailed;
+    }
+    return kSuccess;
+}
+
+// Channel measurements. The caller's buffer is a record in both directions: its first word is the channel to measure.
+
+namespace {
+
+// The record may stand anywhere in the caller's memory.
+template <typename Record>
+Record recordAt(const char* buf) {
+    Record record;
+    memcpy(&record, buf, sizeof record);
+    return record;
+}
+
+// Scans the channel in the record's first word, and waits for the results.
+void scanChannel(uint32_t radio, const char* record) {
+    uint32_t dwell = 0;
+    (void)WiFiRadioDcsDwelltimeGetImpl(radio, &dwell);  // an unread time is out of range
+    const bool accepted = dwell >= 30 && dwell <= 50;
+    uint32_t channel = 0;
+    memcpy(&channel, record, sizeof channel);
+    // A scan that could not start shows in its results.
+    (void)wlcsm_mngr_ci_scan_start(radio - 1, channel, accepted ? dwell : 40, accepted ? dwell - 30 : 40);
+    sleep(1);
+}
+
+// Strongest first: adjacent pairs, each pass one pair shorter, until one swaps nothing.
+void sortByRssi(quorvel::ChannelNeighbour* neighbours, uint32_t count) {
+    bool swapped = true;
+    for (uint32_t last = count; swapped && last > 1; --last) {
+        swapped = false;
+        for (uint32_t n = 0; n + 1 < last; ++n) {
+            if (neighbours[n].rssi >= neighbours[n + 1].rssi) continue;
+            const quorvel::ChannelNeighbour weaker = neighbours[n];
+            neighbours[n] = neighbours[n + 1];
+            neighbours[n + 1] = weaker;
+            swapped = true;
+        }
+    }
+}
+
+}  // namespace
+
+uint32_t WiFiRadioDcsChannelMetricsGetImpl(uint32_t radio, char* buf, uint32_t) {
+    if (buf == nullptr) {
+        QUORVEL_LOG_TRAFFIC("DcsChannelMetrics is NULL");
+        return kFailed;
+    }
+    scanChannel(radio, buf);
+    if (wlcsm_mngr_ci_scanresults(radio - 1, buf) != 0) {
+        QUORVEL_LOG_ERROR("DcsChannelMetrics fail to get scan results");
+        return kFailed;
+    }
+    if (wlcsm_mngr_chanim_stats(radio - 1, buf) != 0) {
+        QUORVEL_LOG_ERROR("DcsChannelMetrics fail to get chanim_stats");
+        return kFailed;
+    }
+    auto record = recordAt<quorvel::DcsChannelMetricsRecord>(buf);
+    QUORVEL_LOG_TRAFFIC("*** DcsChannelMetrics result for channel %d ***\n", record.channel);
+    QUORVEL_LOG_TRAFFIC("noise: %d utilization: %d  txpower: %d (dbm)\n", record.noise, record.utilization,
+                        record.txpower);
+    QUORVEL_LOG_TRAFFIC("\n*** channel_rssi_count %d ***\n", record.count);
+    // A count beyond the record's entries comes from outside and is not believed.
+    const uint32_t count =
+        record.count < quorvel::kMaxChannelNeighbours ? record.count : quorvel::kMaxChannelNeighbours;
+    sortByRssi(record.neighbours, count);
+    memcpy(buf, &record, sizeof record);
+    for (uint32_t n = 0; n < count; ++n) {
+        const quorvel::ChannelNeighbour& neighbour = record.neighbours[n];
+        const uint8_t* bssid = neighbour.bssid;
+        QUORVEL_LOG_TRAFFIC("index %d: BSSID: %02x:%02x:%02x:%02x:%02x:%02x ap_channelWidth: %d RSSI: %d\n", n,
+                            bssid[0], bssid[1], bssid[2], bssid[3], bssid[4], bssid[5], neighbour.channelWidth,
+                            neighbour.rssi);
+    }
+    return kSuccess;
+}
+
+uint32_t WiFiRadioChannelStatsGetImpl(uint32_t radio, char* buf, uint32_t) {
+    if (buf == nullptr) {
+        QUORVEL_LOG_TRAFFIC("ChannelStats is NULL");
+        return kFailed;
+    }
+    scanChannel(radio, buf);
+    if (wlcsm_mngr_channelstats(radio - 1, buf) != 0) {
+        QUORVEL_LOG_ERROR("Channelstats fail to get results");
+        return kFailed;
+    }
+    using Count = unsigned long long;  // what %llu prints
+    const auto record = recordAt<quorvel::ChannelStatsRecord>(buf);
+    QUORVEL_LOG_TRAFFIC("*** Channelstats result for channel %d ***\n", record.channel);
+    QUORVEL_LOG_TRAFFIC("noise: %d utilization: %d \n", record.noise, record.utilization);
+    QUORVEL_LOG_TRAFFIC("ch_utilization_total: %llu ch_utilization_busy: %llu \n", Count{record.ch_utilization_total},
+                        Count{record.ch_utilization_busy});
+    QUORVEL_LOG_TRAFFIC("ch_utilization_busy_tx: %llu ch_utilization_busy_rx: %llu \n",
+                        Count{record.ch_utilization_busy_tx}, Count{record.ch_utilization_busy_rx});
+    QUORVEL_LOG_TRAFFIC("ch_utilization_busy_self: %llu ch_utilization_busy_ext: %llu \n",
+                        Count{record.ch_utilization_busy_self}, Count{record.ch_utilization_busy_ext});
+    return kSuccess;
+}
+
+uint32_t WiFiRadioChannelStatsGet2Impl(uint32_t radio, void* record, uint32_t length) {
+    if (record == nullptr) {
+        QUORVEL_LOG_TRAFFIC("ChannelStats is NULL");
+        return kFailed;
+    }
+    // What the manager does not fill, or the caller has no room for, reads as 0 in the log.
+    if (wlcsm_mngr_getRadioChannelStats2(radio - 1, record, length) != 0) {
+        QUORVEL_LOG_ERROR("Channelstats2 fail to get results");
+        return kFailed;
+    }
+    quorvel::ChannelStats2Record result{};
+    memcpy(&result, record, length < sizeof result ? length : sizeof result);
+    QUORVEL_LOG_TRAFFIC("*** Channelstats result\n");
+    QUORVEL_LOG_TRAFFIC("ch_Frequency: %u\n", result.ch_Frequency);
+    QUORVEL_LOG_TRAFFIC("ch_NoiseFloor: %d\n", result.ch_NoiseFloor);
+    QUORVEL_LOG_TRAFFIC("ch_Non80211Noise: %d\n", result.ch_Non80211Noise);
+    QUORVEL_LOG_TRAFFIC("ch_Max80211Rssi: %d\n", result.ch_Max80211Rssi);
+    QUORVEL_LOG_TRAFFIC("ch_ObssUtil: %u\n", result.ch_ObssUtil);
+    QUORVEL_LOG_TRAFFIC("ch_SelfBssUtil: %u\n", result.ch_SelfBssUtil);
+    return kSuccess;
+}
+
+// Apply.
+
+namespace {
+
+// A staged context on its way to one radio.
+struct Staged {
+    WiFiRadioContext& context;
+    uint32_t radio;  // from 1
+
+    [[nodiscard]] bool has(uint32_t node) const {
+        return Quorvel_IsContextSetMap(&context, node) != 0;
+    }
+    void clear(uint32_t node) const {
+        (void)Quorvel_ContextClearMap(&context, node);
+    }
+    // Ignores whether the manager took the value, as every step but the greenfield one does.
+    void write(const char* variable, const char* text) const {
+        (void)wlcsm_mngr_set(radio - 1, 0, variable, text);
+    }
+};
+
+// A staged text with a terminator behind its field's last byte.
+template <size_t capacity>
+struct TerminatedText {
+    char text[capacity + 1] = {};
+    explicit TerminatedText(const char (&field)[capacity]) {
+        memcpy(text, field, capacity);
+    }
+    [[nodiscard]] uint32_t number() const {
+        return static_cast<uint32_t>(strtol(text, nullptr, 10));
+    }
+};
+
+// The steps with large buffers stand apart, so that the apply does not hold all of them on the stack at once.
+
+// Replaces the staged rate list by its keyword. Returns false when the list is none of the radio's.
+[[gnu::noinline]] bool applyBasicRates(const Staged& staged, int32_t band) {
+    const char* function = "WiFiRadioApplyContextImpl";
+    ManagerText value;
+    (void)readManager(staged.radio - 1, 0, "wlgMode", value);  // an unread mode is mode 0
+    const int32_t gMode = value.number();
+    Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, "wlgMode[%d]", gMode);
+    auto& field = staged.context.BasicDataTransmitRates;
+    const TerminatedText rates(field);
+    memset(field, 0, sizeof field);
+    const char* keyword = quorvel::basicRatesKeyword(band == 1 || gMode != 0, rates.text);
+    if (keyword == nullptr) {
+        Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__, "Invalid set of Basic Rates - %s\n",
+                         rates.text);
+        return false;
+    }
+    memcpy(field, keyword, strlen(keyword));
+    return true;
+}
+
+[[gnu::noinline]] void applyCtsProtection(const Staged& staged) {
+    ManagerText phyType;
+    (void)readManager(staged.radio - 1, 0, "wlPhyType", phyType);  // an unread type has the plain protection
+    staged.write(protectionVariable(phyType.text), staged.context.CtsProtectionEnable == 1 ? "auto" : "off");
+    staged.clear(WiFiRadioNode::CtsProtectionEnable);
+}
+
+void stampStartOfEnabledRadio(const Staged& staged) {
+    if (staged.context.Enable != 1) return;
+    Status status;
+    if (WiFiRadioStatusGetImpl(staged.radio, status.text, kStatusLength) == 0 && !status.isUp()) {
+        (void)Quorvel_P_WiFiSetCurrentTimeAsStartTime(staged.radio);  // always 0
+    }
+}
+
+// The mask of `chains` low bits; a count has eight bits.
+uint32_t chainMask(uint32_t chains) {
+    const uint32_t count = chains & 0xFF;
+    return count >= 32 ? 0xFFFFFFFF : (uint32_t{1} << count) - 1;
+}
+
+void applyGreenfield(const Staged& staged) {
+    // Writes "gf", while the read looks for "1": meant.
+    if (wlcsm_mngr_set(staged.radio - 1, 0, "wlNPreambleType", staged.context.GreenfieldEnable != 0 ? "gf" : "") != 0) {
+        Quorvel_LogPrint(quorvel::kLogError, kLogFile, "WiFiRadioApplyContextImpl", __LINE__,
+                         "wlcsm_mngr_set wlNPreambleType fail.");
+    }
+    staged.clear(WiFiRadioNode::GreenfieldEnable);
+}
+
+void applySteering(const Staged& staged, uint32_t node, int32_t value) {
+    if (!staged.has(node)) return;
+    (void)set_bsd_steering_policy(staged.radio, value, node);  // tells its failures itself
+    staged.clear(node);
+}
+
+void turnAutomaticChannelOff(const Staged& staged) {
+    char name[32];
+    snprintf(name, sizeof name, "wl%d_auto_cha", static_cast<int>(staged.radio - 1));
+    (void)wlcsm_nvram_set(name, "0");  // the switch has been made; nobody waits for this
+}
+
+template <size_t capacity>
+[[gnu::noinline]] uint32_t stagedNumber(const char (&field)[capacity]) {
+    return TerminatedText(field).number();
+}
+
+// Measures the channel that a staged text names; what the measurement returns is of no use here.
+template <size_t size, size_t capacity>
+[[gnu::noinline]] void measureStaged(const Staged& staged, const char (&field)[capacity],
+                                     uint32_t (*measure)(uint32_t, char*, uint32_t)) {
+    alignas(uint64_t) char request[quorvel::kValueSize + size] = {};
+    const uint32_t words[2] = {stagedNumber(field), 1};
+    memcpy(request, words, sizeof words);
+    (void)measure(staged.radio, request, size);
+}
+
+[[gnu::noinline]] void switchChannel(const Staged& staged) {
+    const TerminatedText text(staged.context.pushRadioChannel2);
+    (void)wlcsm_mngr_send_csa2(staged.radio - 1, text.text);  // a refused switch is not reported
+}
+
+[[gnu::noinline]] int32_t applyBand(uint32_t radio) {
+    ManagerText value;
+    (void)readManager(radio - 1, 0, "wlBand", value);  // an unread band is band 0
+    return value.number();
+}
+
+// The steps whose nodes the manager takes by other calls than a variable's.
+void applyRest(const Staged& staged) {
+    WiFiRadioContext& context = staged.context;
+    if (staged.has(WiFiRadioNode::DcsChannelMetrics)) {
+        measureStaged<1056>(staged, context.DcsChannelMetrics, WiFiRadioDcsChannelMetricsGetImpl);
+    }
+    if (staged.has(WiFiRadioNode::pushRadioChannel)) {
+        (void)wlcsm_mngr_send_csa(staged.radio - 1, context.pushRadioChannel);  // a refused switch is not reported
+        turnAutomaticChannelOff(staged);
+        staged.clear(WiFiRadioNode::pushRadioChannel);
+    }
+    if (staged.has(WiFiRadioNode::pushRadioChannel2)) {
+        switchChannel(staged);
+        turnAutomaticChannelOff(staged);
+        staged.clear(WiFiRadioNode::pushRadioChannel2);
+    }
+    if (staged.has(WiFiRadioNode::RadarThreshold) && operatingBand(staged.radio) == 2) {
+        Quorvel_LogPrint(quorvel::kLogError, kLogFile, "WiFiRadioApplyContextImpl", __LINE__,
+                         "WiFiRadioRadarThreshold are only allowed to be set on 5G Radio");
+        staged.clear(WiFiRadioNode::RadarThreshold);
+    }
+    if (staged.has(WiFiRadioNode::OperationalDataTransmitRates)) {
+        for (char& character : context.OperationalDataTransmitRates) {
+            if (character == ',') character = ' ';
+        }
+    }
+    if (staged.has(WiFiRadioNode::RadioChannelStats)) {
+        measureStaged<80>(staged, context.RadioChannelStats, WiFiRadioChannelStatsGetImpl);
+    }
+}
+
+}  // namespace
+
+uint32_t WiFiRadioApplyContextImpl(void* ctx, uint32_t radio) {
+    auto& context = *static_cast<WiFiRadioContext*>(ctx);
+    const Staged staged{context, radio};
+    const int32_t band = applyBand(radio);
+    QUORVEL_LOG_TRAFFIC("wlBand[%d]", band);
+
+    if (staged.has(WiFiRadioNode::BasicDataTransmitRates) && !applyBasicRates(staged, band)) return kInvalidInput;
+    if (staged.has(WiFiRadioNode::OperatingChannelBandwidth)) context.OperatingChannelBandwidth -= 1;
+    if (staged.has(WiFiRadioNode::CtsProtectionEnable)) applyCtsProtection(staged);
+    if (staged.has(WiFiRadioNode::Enable)) stampStartOfEnabledRadio(staged);
+    if (staged.has(WiFiRadioNode::TxChainMask)) context.TxChainMask = chainMask(context.TxChainMask);
+    if (staged.has(WiFiRadioNode::RxChainMask)) context.RxChainMask = chainMask(context.RxChainMask);
+    if (staged.has(WiFiRadioNode::GreenfieldEnable)) applyGreenfield(staged);
+    applySteering(staged, WiFiRadioNode::BandSteeringBandUtilizationThreshold,
+                  context.BandSteeringBandUtilizationThreshold);
+    applySteering(staged, WiFiRadioNode::BandSteeringRSSIThreshold, context.BandSteeringRSSIThreshold);
+    applySteering(staged, WiFiRadioNode::BandSteeringPhyRateThreshold, context.BandSteeringPhyRateThreshold);
+    if (staged.has(WiFiRadioNode::AutoChannelEnable)) {
+        char text[16];
+        snprintf(text, sizeof text, "%d", context.AutoChannelEnable);
+        staged.write("AutoChannelEnable", text);
+        staged.clear(WiFiRadioNode::AutoChannelEnable);
+    }
+    if (staged.has(WiFiRadioNode::Channel) && context.Channel != 0) staged.write("AutoChannelEnable", "0");
+    if (staged.has(WiFiRadioNode::Restart)) {
+        // Whatever value is staged, and nothing else of the context is written: meant.
+        (void)wlcsm_mngr_restart(radio - 1, 0, 1, 1);
+        return kSuccess;
+    }
+    applyRest(staged);
+    return quorvel::applyMapped(kWiFiRadioObject, radio, ctx);
+}

@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiRadioStats.def"
+#include "FrontEndExpansion.h"

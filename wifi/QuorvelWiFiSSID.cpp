@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiSSID.def"
+#include "FrontEndExpansion.h"

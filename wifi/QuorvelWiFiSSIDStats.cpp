@@ -1,0 +1,2 @@
+#define QUORVEL_DEFINITION "QuorvelWiFiSSIDStats.def"
+#include "FrontEndExpansion.h"

@@ -1,0 +1,179 @@
+// SSID statistics: the counters of the interface that carries the SSID.
+#include <cstring>
+
+#include "DecimalText.h"
+#include "QuorvelWiFiInternal.h"
+
+using quorvel::kFailed;
+using quorvel::kInvalidInput;
+using quorvel::kSuccess;
+using quorvel::NetDevStats;
+
+namespace {
+
+constexpr char kLogFile[] = "wifi/QuorvelWiFiSSIDStatsImpl";
+
+constexpr size_t kLineSize = 512;
+constexpr uint32_t kCounters = 16;  // of a line
+constexpr uint32_t kHighestNode = 22;
+constexpr uint16_t kUnsupported = 0;
+
+// Where a node's counter stands in the record; 0, where the name is, for a node without one.
+#define SOURCE_COLUMN(member) offsetof(NetDevStats, member)
+#define SOURCE_NONE kUnsupported
+#define PARAMETER(node, name, access, type, accepted, read, source, ...) SOURCE_##source,
+constexpr uint16_t kColumns[kHighestNode + 1] = {
+    kUnsupported,
+#include "QuorvelWiFiSSIDStats.def"
+};
+#undef PARAMETER
+
+struct InterfaceName {
+    char text[32];
+    explicit InterfaceName(uint32_t ssid) {
+        const uint32_t radio = WiFiSystemAccessPointRadioInstanceGet(ssid) - 1;
+        const uint32_t slot = quorvel::subIndex(ssid);
+        char* end = quorvel::appendDecimal(quorvel::append(text, "wl"), radio);
+        if (slot != 0) quorvel::appendDecimal(quorvel::append(end, "."), slot);
+    }
+};
+
+void dump(const NetDevStats& stats) {
+    static constexpr char kLabels[][14] = {
+        "RxBytes      ", "RxPkts       ", "RxErrors     ", "RxDrops      ", "RxFifo       ", "RxFrame      ",
+        "RxCompressed ", "RxMulticast  ", "TxBytes      ", "TxPkts       ", "TxErrors     ", "TxDrops      ",
+        // The sent columns are labelled like the received ones by position, not by what they hold: meant.
+        "TxFifo       ", "TxFrame      ", "TxCompressed ", "TxMulticast  "};
+    const char* function = "Quorvel_P_WiFiSSIDStatsGet";
+    Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, "------> Dump interface[%s] stats",
+                     stats.ifName);
+    Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, "interfacename %s", stats.ifName);
+    uint32_t counters[std::size(kLabels)];
+    static_assert(offsetof(NetDevStats, txCompressed) + 4 == offsetof(NetDevStats, rxBytes) + sizeof counters);
+    memcpy(counters, &stats.rxBytes, sizeof counters);
+    for (size_t n = 0; n < std::size(kLabels); ++n) {
+        Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, "%s%lu", kLabels[n],
+                         static_cast<unsigned long>(counters[n]));
+    }
+}
+
+}  // namespace
+
+#define QUORVEL_COUNTER(node, name, type)                       \
+    uint32_t FUNCTION(name, GetImpl)(INSTANCES OUTPUT_##type) { \
+        return Quorvel_P_WiFiSSIDStatsGet(i, node, out);        \
+    }
+#define QUORVEL_INERT_APPLY
+#define QUORVEL_DEFINITION "QuorvelWiFiSSIDStats.def"
+#include "ImplementationExpansion.h"
+
+namespace {
+
+// The name at the start of a line: what stands before the first blank, at most 127 characters.
+struct Name {
+    const char* text;
+    size_t length;
+    explicit Name(const char* line) {
+        while (quorvel::isBlank(*line))
+            ++line;
+        text = line;
+        while (static_cast<size_t>(line - text) < sizeof(NetDevStats::ifName) - 1 && *line != '\0' &&
+               !quorvel::isBlank(*line))
+            ++line;
+        length = static_cast<size_t>(line - text);
+    }
+    // Without the colon behind it.
+    [[nodiscard]] bool is(const char* wanted, size_t wantedLength) const {
+        const size_t bare = length != 0 && text[length - 1] == ':' ? length - 1 : length;
+        return bare == wantedLength && memcmp(text, wanted, bare) == 0;
+    }
+};
+
+// Tells whether all counters follow.
+bool hasCounters(const char* at) {
+    for (uint32_t n = 0; n < kCounters; ++n) {
+        at = quorvel::skipCounter(at);
+        if (at == nullptr) return false;
+    }
+    return true;
+}
+
+bool parseCounters(const char* at, NetDevStats& record) {
+    uint32_t counters[kCounters];
+    for (uint32_t& counter : counters) {
+        at = quorvel::nextCounter(at, counter);
+        if (at == nullptr) return false;
+    }
+    memcpy(&record.rxBytes, counters, sizeof counters);
+    return true;
+}
+
+struct Wanted {
+    const char* name;  // null for any
+    size_t length;
+};
+
+enum class Line { kEnd, kSkipped, kRead };
+
+// Reads the next line; of another interface than the wanted one only whether it is well-formed.
+Line readNext(FILE* stream, const Wanted& wanted, NetDevStats& record) {
+    constexpr char kFunction[] = "Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext";
+    char line[kLineSize];
+    if (fgets(line, sizeof line, stream) == nullptr) {
+        Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, kFunction, __LINE__, "file reach the end \n");
+        return Line::kEnd;
+    }
+    const Name name(line);
+    const char* at = name.text + name.length;
+    const bool skipped = wanted.name != nullptr && !name.is(wanted.name, wanted.length);
+    if (name.length == 0 || (skipped ? !hasCounters(at) : !parseCounters(at, record))) {
+        Quorvel_LogPrint(quorvel::kLogError, kLogFile, kFunction, __LINE__, "failed reading at line %s \n", line);
+        return Line::kEnd;
+    }
+    if (skipped) return Line::kSkipped;
+    memcpy(record.ifName, name.text, name.length);
+    const bool colon = name.text[name.length - 1] == ':';
+    record.ifName[name.length - (colon ? 1 : 0)] = '\0';
+    return Line::kRead;
+}
+
+}  // namespace
+
+uint32_t Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext(FILE* stream, NetDevStats* record) {
+    return readNext(stream, {nullptr, 0}, *record) == Line::kRead ? kSuccess : kFailed;
+}
+
+uint32_t Quorvel_P_WiFiSSIDStatsGet(uint32_t ssid, uint32_t node, uint32_t* out) {
+    if (ssid == 0 || ssid > 8 * WiFiSystemMaxNumberOfRadios() || node > kHighestNode || out == nullptr) {
+        QUORVEL_LOG_ERROR("Invalid sSIDInstance[%u] or nodeIdx[%u] or NULL pointer", ssid, node);
+        return kInvalidInput;
+    }
+    const InterfaceName name(ssid);
+    QUORVEL_LOG_TRAFFIC("Looking for stats for interface[%s]", name.text);
+    FILE* file = fopen("/proc/net/dev", "r");
+    if (file == nullptr) {
+        QUORVEL_LOG_ERROR("Quorvel_P_WiFiSSIDStatsGet fopen() fail !!");
+        return kFailed;
+    }
+    char header[kLineSize];
+    // A file without its two header lines has no interfaces either.
+    (void)!fgets(header, sizeof header, file);
+    (void)!fgets(header, sizeof header, file);
+    NetDevStats stats{};
+    const Wanted wanted{name.text, strlen(name.text)};
+    Line line = Line::kSkipped;
+    while (line == Line::kSkipped)
+        line = readNext(file, wanted, stats);
+    uint32_t result = kFailed;
+    if (line != Line::kRead) {
+        QUORVEL_LOG_ERROR("Don't find interface[%s] in net_dev_stats", name.text);
+    } else if (kColumns[node] == kUnsupported) {
+        QUORVEL_LOG_ERROR("Don't support stats for node[%u] yet.", node);
+    } else {
+        memcpy(out, reinterpret_cast<const char*>(&stats) + kColumns[node], sizeof *out);
+        dump(stats);
+        result = kSuccess;
+    }
+    fclose(file);
+    return result;
+}

@@ -1,0 +1,151 @@
+#include "Wording.h"
+
+namespace quorvel::definitions {
+namespace {
+
+constexpr std::string_view kMember = "FIELD(";
+constexpr std::string_view kContention = "WMM(";
+
+std::string quoted(std::string_view name) {
+    return "`" + std::string(name) + "`";
+}
+
+// FIELD(snr) and WMM(2) carry their argument in parentheses.
+std::string_view argumentOf(std::string_view source, std::string_view call) {
+    return source.substr(call.size(), source.size() - call.size() - 1);
+}
+
+std::string_view conversionText(std::string_view conversion) {
+    if (conversion == "BOOLEAN") return "0 or 1";
+    if (conversion == "RBOOLEAN") return "0 or 1, reversed";
+    if (conversion == "UINT32") return "decimal";
+    if (conversion == "INT32") return "signed decimal";
+    return "text";
+}
+
+std::string variableText(const Parameter& parameter) {
+    return quoted(parameter.variable) + ", " + std::string(conversionText(parameter.source));
+}
+
+std::string ownText(const Parameter& parameter) {
+    if (parameter.source.starts_with(kContention))
+        return "number " + std::string(argumentOf(parameter.source, kContention)) +
+               " (from 0) of the category's non-volatile contention parameters";
+    if (!parameter.variable.empty()) return quoted(parameter.variable) + ", by a function of its own";
+    return "a function of its own";
+}
+
+std::string inertText(const Parameter& parameter) {
+    if (parameter.variable.empty()) return "none: a read leaves the value";
+    return "none: a read leaves the value; writes go to " + variableText(parameter);
+}
+
+std::string memberText(const Parameter& parameter, std::string_view record) {
+    return quoted(argumentOf(parameter.source, kMember)) + " of " + std::string(record);
+}
+
+}  // namespace
+
+std::string_view typeName(const Type& type) {
+    switch (type.kind) {
+        case Kind::boolean:
+            return "boolean";
+        case Kind::unsignedInt:
+            return "unsignedInt";
+        case Kind::integer:
+            return "int";
+        case Kind::string:
+            return "string";
+    }
+    return "";
+}
+
+std::string typeText(const Type& type) {
+    std::string name(typeName(type));
+    if (type.kind != Kind::string) return name;
+    return name + "(" + std::to_string(type.capacity) + ")";
+}
+
+std::string_view accessText(Access access) {
+    switch (access) {
+        case Access::RO:
+            return "read";
+        case Access::RW:
+            return "read, write";
+        case Access::WO:
+            return "write";
+        case Access::RW_NOW:
+            return "read, write at once";
+    }
+    return "";
+}
+
+std::string rangeText(const Parameter& parameter) {
+    const std::string low = std::to_string(parameter.accepted.low);
+    const std::string high = std::to_string(parameter.accepted.high);
+    switch (parameter.accepted.rule) {
+        case Accepted::Rule::none:
+            return "";
+        case Accepted::Rule::range:
+            return low + " to " + high;
+        case Accepted::Rule::lengths:
+            return (low == high ? low : low + " or " + high) + " characters";
+        case Accepted::Rule::any:
+            break;
+    }
+    if (parameter.type.kind == Kind::boolean) return "0 or 1";
+    if (parameter.type.kind == Kind::string) return "up to " + std::to_string(parameter.type.capacity) + " characters";
+    return "any";
+}
+
+std::string sourceText(const Parameter& parameter) {
+    switch (parameter.read) {
+        case Read::MAPPED:
+            return variableText(parameter);
+        case Read::BYPASSED:
+        case Read::OWN:
+            return ownText(parameter);
+        case Read::INERT:
+            return inertText(parameter);
+        case Read::STATION:
+            return "the manager's information on one station";
+        case Read::NONE:
+            return "none: not readable";
+        case Read::COUNTER:
+            return "the number after " + quoted(parameter.variable) + " in the output of `wl`";
+        case Read::RESULT:
+            return memberText(parameter, "the stored scan result");
+        case Read::STATION_TEXT:
+        case Read::STATION_NUMBER:
+            return memberText(parameter, "the manager's station record");
+    }
+    return "";
+}
+
+std::string_view readName(Read read) {
+    switch (read) {
+        case Read::MAPPED:
+            return "MAPPED";
+        case Read::BYPASSED:
+            return "BYPASSED";
+        case Read::OWN:
+            return "OWN";
+        case Read::INERT:
+            return "INERT";
+        case Read::STATION:
+            return "STATION";
+        case Read::NONE:
+            return "NONE";
+        case Read::COUNTER:
+            return "COUNTER";
+        case Read::RESULT:
+            return "RESULT";
+        case Read::STATION_TEXT:
+            return "STATION_TEXT";
+        case Read::STATION_NUMBER:
+            return "STATION_NUMBER";
+    }
+    return "";
+}
+
+}  // namespace quorvel::definitions

@@ -1,0 +1,28 @@
+// What the columns of a definition say, in words.
+#pragma once
+
+#include <string>
+
+#include "Definitions.h"
+
+namespace quorvel::definitions {
+
+/// Returns "boolean", "unsignedInt", "int" or "string".
+[[nodiscard]] std::string_view typeName(const Type& type);
+
+/// Returns e.g. "string(64)".
+[[nodiscard]] std::string typeText(const Type& type);
+
+/// Returns "read", "read, write", "write" or "read, write at once".
+[[nodiscard]] std::string_view accessText(Access access);
+
+/// Returns what a setter takes, e.g. "1 to 5"; empty when there is no setter.
+[[nodiscard]] std::string rangeText(const Parameter& parameter);
+
+/// Returns where the value comes from and how it is converted, e.g. "`wlEnbl`, 0 or 1".
+[[nodiscard]] std::string sourceText(const Parameter& parameter);
+
+/// Returns the `read` column as it is written.
+[[nodiscard]] std::string_view readName(Read read);
+
+}  // namespace quorvel::definitions
