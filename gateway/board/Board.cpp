@@ -1,0 +1,214 @@
+#include "gateway/board/Board.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <utility>
+#include <vector>
+
+#include "gateway/board/Descriptor.h"
+#include "gateway/board/Failure.h"
+#include "gateway/board/OpenPlaces.h"
+#include "gateway/board/Plan.h"
+#include "gateway/board/Sandbox.h"
+#include "gateway/board/StateFolder.h"
+#include "gateway/board/Supervisor.h"
+
+// The board's processes, each the parent of the next:
+//
+//   caller      outside; waits for the answer of the others, then for their end
+//   guardian    has entered the namespaces, which begin with its child (only with a sandbox)
+//   first       process 1 of the board; built the root; takes in orphans
+//   host        the process that enterBoard returns in
+//
+// Each dies with its parent, and with `first` everything on the board.
+namespace quorvel::board {
+namespace {
+
+constexpr char kPoweredUp[] = "!";
+
+// What the board's processes share until each goes its own way.
+struct Power {
+    Plan plan;
+    pid_t caller = 0;
+    std::vector<int> inherited;  // descriptors of the caller's, for the host alone
+    Descriptor lock;             // the state folder's, held by all
+    Descriptor report;           // where the caller reads whether the board has come up
+};
+
+struct Pipe {
+    Descriptor reader;
+    Descriptor writer;
+};
+
+Pipe makePipe() {
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw failure("Cannot create a pipe");
+    return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+pid_t forkOrThrow() {
+    const pid_t child = fork();
+    if (child < 0) throw failure("Cannot start the board's process");
+    return child;
+}
+
+std::string readAll(int descriptor) {
+    std::string text;
+    std::array<char, 512> piece{};
+    ssize_t count = 0;
+    while ((count = read(descriptor, piece.data(), piece.size())) > 0 || (count < 0 && errno == EINTR)) {
+        if (count > 0) text.append(piece.data(), static_cast<std::size_t>(count));
+    }
+    return text;
+}
+
+void answer(Descriptor& report, const std::string& text) {
+    (void)!write(report.get(), text.data(), text.size());  // a caller that is gone takes this process with it
+    report.reset();
+}
+
+// A parent outside the process namespace has no id inside: whether it lives shows in a pipe that it alone holds open.
+bool hasEnded(const Descriptor& parentsPipe) {
+    pollfd entry{parentsPipe.get(), POLLIN, 0};
+    return poll(&entry, 1, 0) != 0;
+}
+
+void setVariable(const char* name, const std::string& value) {
+    if (setenv(name, value.c_str(), 1) != 0) throw failure(std::string("Cannot set ") + name);
+}
+
+void prepend(const char* name, const std::string& folder, const char* otherwise) {
+    const char* before = std::getenv(name);
+    const std::string rest = before != nullptr && before[0] != '\0' ? before : otherwise;
+    setVariable(name, rest.empty() ? folder : folder + ":" + rest);
+}
+
+void setEnvironment(const Places& places, pid_t first) {
+    prepend("PATH", places.programs, "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin");
+    prepend("LD_LIBRARY_PATH", places.libraries, "");
+    setVariable("QUORVEL_CONFIG", places.configuration);
+    setVariable("QUORVEL_BOARD", places.boardFile);
+    setVariable("QUORVEL_STATE", places.state);
+    setVariable("QUORVEL_WLAN_SOCKET", places.socket);
+    setVariable("QUORVEL_NOTIFY_SOCKET", "/tmp/notify-socket");
+    setVariable("QUORVEL_SANDBOX", places.state == "/data" ? "1" : "0");
+    setVariable("QUORVEL_BOARD_FIRST_PROCESS", std::to_string(first));
+}
+
+Places sandboxPlaces(const Plan& plan) {
+    Places places;
+    places.plugin = "/board/lib/libquorvel_wifi.so";
+    places.programs = "/board/bin";
+    places.libraries = "/board/lib";
+    places.boardFile = "/board/etc/board.json";
+    places.configuration = "/board/etc/host.ini";
+    places.state = "/data";
+    places.hostState = plan.state;
+    places.socket = "/var/run/wlmngr2.socket";
+    return places;
+}
+
+// Carries a process of the board out: what goes wrong is told to the caller, and the process ends.
+template <typename Work>
+Places runOrReport(Power& power, Work work) {
+    try {
+        return work();
+    } catch (const std::exception& problem) {
+        answer(power.report, problem.what());
+    }
+    _exit(1);
+}
+
+// Forks the host from the board's first process. Returns in the host only.
+Places forkHost(const Places& places, Power& power) {
+    const pid_t first = getpid();
+    const pid_t host = forkOrThrow();
+    if (host == 0) {
+        if (!dieWithParent(first)) _exit(1);
+        setEnvironment(places, first);
+        answer(power.report, kPoweredUp);
+        return places;
+    }
+    power.report.reset();
+    letGoOf(power.inherited);
+    const int status = supervise(host);
+    endDescendants();
+    _exit(status);
+}
+
+Places beFirstInSandbox(Power& power, const Descriptor& guardiansPipe) {
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || hasEnded(guardiansPipe)) _exit(1);
+    buildRoot(power.plan);
+    return forkHost(sandboxPlaces(power.plan), power);
+}
+
+Places beGuardian(Power& power) {
+    enterNamespaces();
+    // Entering a user namespace can forget an earlier request.
+    if (!dieWithParent(power.caller)) _exit(1);
+    Pipe life = makePipe();
+    const pid_t first = forkOrThrow();
+    if (first == 0) {
+        life.writer.reset();
+        return runOrReport(power, [&] { return beFirstInSandbox(power, life.reader); });
+    }
+    power.report.reset();
+    letGoOf(power.inherited);
+    _exit(supervise(first));
+}
+
+Places beFirstInTheOpen(Power& power) {
+    if (!dieWithParent(power.caller)) _exit(1);
+    // Emulators refuse it: then what leaves its parents behind is on its own, which the driver's tasks take for the
+    // end.
+    (void)prctl(PR_SET_CHILD_SUBREAPER, 1);
+    return forkHost(makeOpenPlaces(power.plan), power);
+}
+
+// Stays outside. Throws when the board did not come up, otherwise ends with the board.
+[[noreturn]] void waitOutside(pid_t child, const Descriptor& answers, const Power& power) {
+    const std::string text = readAll(answers.get());
+    if (text == kPoweredUp) {
+        letGoOf(power.inherited);
+        _exit(supervise(child));
+    }
+    const int status = supervise(child);
+    if (!text.empty()) throw BoardError(text);
+    throw BoardError("The board's first process ended unexpectedly with status " + std::to_string(status) + ".");
+}
+
+}  // namespace
+
+Places enterBoard(const Options& options) {
+    Power power;
+    power.plan = makePlan(options);
+    power.caller = getpid();
+    power.inherited = openDescriptors();
+    power.lock = takeStateFolder(power.plan.state);
+    Pipe report = makePipe();
+    (void)std::fflush(nullptr);  // or both sides of the fork would write it
+
+    const BlockedSignals blocked;  // until this returns, in the process that it returns in
+    const pid_t child = forkOrThrow();
+    if (child > 0) {
+        report.writer.reset();
+        waitOutside(child, report.reader, power);
+    }
+    report.reader.reset();
+    power.report = std::move(report.writer);
+    Places places = runOrReport(power, [&] { return options.sandbox ? beGuardian(power) : beFirstInTheOpen(power); });
+    // The host keeps the state folder taken as well.
+    static Descriptor held;
+    held = std::move(power.lock);
+    return places;
+}
+
+}  // namespace quorvel::board

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "gateway/board/Descriptor.h"
+
+namespace quorvel::board {
+
+// Creates the state folder, private to the user, and takes it for this board: as long as the returned lock is open in
+// any process, no other board gets it. Throws BoardError.
+[[nodiscard]] Descriptor takeStateFolder(const std::string& folder);
+
+}  // namespace quorvel::board
