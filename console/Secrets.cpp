@@ -1,0 +1,17 @@
+#include "Secrets.h"
+
+#include <cctype>
+#include <string>
+
+namespace quorvel::console {
+
+bool isSecret(std::string_view path) {
+    std::string name;
+    for (const char c : path.substr(path.rfind('.') + 1)) {
+        name += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    if (name.find("passphrase") != std::string::npos || name.find("password") != std::string::npos) return true;
+    return name == "presharedkey" || name.starts_with("wepkey") || name.ends_with("secret") || name.ends_with("pin");
+}
+
+}  // namespace quorvel::console

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "Style.h"
+
+namespace quorvel::console {
+
+/// Rows under headings, aligned for people or one record per line with tabs for programs.
+class Table {
+  public:
+    explicit Table(std::vector<std::string> headings) : headings_(std::move(headings)) {}
+
+    void row(std::vector<std::string> cells) {
+        rows_.push_back(std::move(cells));
+    }
+    [[nodiscard]] bool empty() const {
+        return rows_.empty();
+    }
+    /// Writes the table for people, with two blanks before each row.
+    void print(std::ostream& out, const Style& style) const;
+    /// Writes the rows alone, tab-separated.
+    void printPlain(std::ostream& out) const;
+
+  private:
+    std::vector<std::string> headings_;
+    std::vector<std::vector<std::string>> rows_;
+};
+
+}  // namespace quorvel::console

@@ -1,0 +1,135 @@
+// play: scenarios.
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "Faults.h"
+#include "Interrupt.h"
+#include "Progress.h"
+#include "Verbs.h"
+#include "scenario/Player.h"
+#include "scenario/Reader.h"
+#include "scenario/Report.h"
+
+namespace quorvel::console {
+namespace {
+
+using scenario::Entry;
+
+struct Wishes {
+    std::string file;
+    std::string junit;
+    std::string events;
+    std::int64_t seed = -1;  // -1: the scenario's own
+};
+
+// A shipped scenario may be called by its name alone.
+std::string findScenario(const Session& session, const std::string& name) {
+    std::error_code error;
+    if (std::filesystem::exists(name, error) || name.find('/') != std::string::npos || name.ends_with(".json"))
+        return name;
+    const std::filesystem::path folder = std::filesystem::path(programFolder(session.options)) / "scenarios";
+    if (std::filesystem::exists(folder / (name + ".json"), error)) return folder / (name + ".json");
+    std::string known;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        if (entry.path().extension() == ".json") known += (known.empty() ? "" : ", ") + entry.path().stem().string();
+    }
+    throw scenario::ScenarioError(name + ": there is neither such a file nor such a shipped scenario; there are: " +
+                                  (known.empty() ? "none" : known));
+}
+
+const char* mark(Entry::Kind kind) {
+    const bool pretty = showsUtf8();
+    switch (kind) {
+        case Entry::Kind::kStep:
+            return pretty ? "→" : ">";
+        case Entry::Kind::kHeld:
+            return pretty ? "✓" : "+";
+        case Entry::Kind::kStepFailed:
+        case Entry::Kind::kFailed:
+            return pretty ? "✗" : "x";
+    }
+    return "";
+}
+
+void printEntry(const Session& session, const Entry& entry) {
+    const std::string time = scenario::seconds(entry.time);
+    if (session.options.plain) {
+        static constexpr const char* kWords[] = {"step", "step failed", "held", "failed"};
+        std::cout << time << '\t' << kWords[static_cast<std::size_t>(entry.kind)] << '\t' << entry.text << '\t'
+                  << entry.seen << std::endl;
+        return;
+    }
+    const Colour colour = entry.kind == Entry::Kind::kStep   ? Colour::kFaint
+                          : entry.kind == Entry::Kind::kHeld ? Colour::kGood
+                                                             : Colour::kBad;
+    constexpr std::size_t kWidth = 10;
+    std::cout << std::string(time.size() < kWidth ? kWidth - time.size() : 0, ' ') << time << "  "
+              << session.outStyle().dress(mark(entry.kind), colour) << ' ' << entry.text;
+    if (!entry.seen.empty()) std::cout << (entry.kind == Entry::Kind::kStep ? "  (" : ": ") << entry.seen;
+    if (!entry.seen.empty() && entry.kind == Entry::Kind::kStep) std::cout << ')';
+    std::cout << std::endl;
+}
+
+void writeFile(const std::string& path, const std::string& text) {
+    if (path.empty()) return;
+    std::ofstream file(path, std::ios::binary);
+    file << text << std::flush;
+    if (!file) throw GatewayError("cannot write " + path + "; is its folder there and writable?");
+}
+
+void printSummary(const Session& session, const scenario::Result& result) {
+    const std::size_t held = result.count(Entry::Kind::kHeld);
+    const std::size_t all = held + result.count(Entry::Kind::kFailed);
+    const std::size_t steps = result.count(Entry::Kind::kStepFailed);
+    const bool passed = result.passed();
+    std::cout << session.outStyle().dress(mark(passed ? Entry::Kind::kHeld : Entry::Kind::kFailed),
+                                          passed ? Colour::kGood : Colour::kBad)
+              << ' ' << held << " of " << all << " expectations held";
+    if (steps != 0) std::cout << ", " << steps << (steps == 1 ? " step failed" : " steps failed");
+    std::cout << "; board time " << scenario::seconds(result.end) << " s\n";
+}
+
+int play(Session& session, const Wishes& wishes) {
+    scenario::Scenario scenario;
+    try {
+        scenario = scenario::readScenario(findScenario(session, wishes.file));
+    } catch (const scenario::ScenarioError& error) {
+        std::cerr << "quorvel-wifi: " << error.what() << '\n';
+        if (session.options.json) std::cout << Json{{"error", error.what()}}.dump(2) << '\n';
+        return kWrongUsage;
+    }
+    const std::uint64_t seed = wishes.seed < 0 ? scenario.seed : static_cast<std::uint64_t>(wishes.seed);
+    const bool people = !session.options.json && !session.options.plain;
+    if (people) {
+        std::cout << session.outStyle().dress(scenario.name, Colour::kHeading) << ", seed " << seed << std::endl;
+    }
+    const Interrupt interrupt;
+    const scenario::Result result = scenario::play(
+        scenario, session.options, seed,
+        [&session](const Entry& entry) {
+            if (!session.options.json) printEntry(session, entry);
+        },
+        [] { return Interrupt::happened(); });
+    writeFile(wishes.junit, scenario::junit(scenario, result));
+    writeFile(wishes.events, scenario::eventLog(result));
+    if (session.options.json) printJson(scenario::toJson(scenario, result, seed), {});
+    if (people) printSummary(session, result);
+    return result.passed() ? kDone : kFailed;
+}
+
+}  // namespace
+
+void addPlayVerbs(VerbContext& context) {
+    Session& session = context.session;
+    auto wishes = std::make_shared<Wishes>();
+    CLI::App* const verb = context.add("play", "Play a scenario on a board of its own, in board time",
+                                       [&session, wishes] { return play(session, *wishes); });
+    verb->add_option("FILE", wishes->file, "Scenario (JSON), or a shipped one's name")->required();
+    verb->add_option("--seed", wishes->seed, "Seed of what varies by chance, instead of the scenario's")
+        ->check(CLI::Range(std::int64_t{0}, std::int64_t{4294967295}));
+    verb->add_option("--junit", wishes->junit, "Write the result as JUnit XML")->type_name("FILE");
+    verb->add_option("--events", wishes->events, "Write the event log")->type_name("FILE");
+}
+
+}  // namespace quorvel::console

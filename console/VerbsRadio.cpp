@@ -1,0 +1,186 @@
+// scan, channel: what a radio hears.
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <map>
+
+#include "Faults.h"
+#include "Table.h"
+#include "Units.h"
+#include "Verbs.h"
+
+namespace quorvel::console {
+namespace {
+
+constexpr std::string_view kResults = "Device.WiFi.NeighboringWiFiDiagnostic.Result.";
+constexpr unsigned kChartWidth = 40;
+
+std::string radioPath(unsigned radio) {
+    return "Device.WiFi.Radio." + std::to_string(radio) + ".";
+}
+
+const char* securityName(unsigned code) {
+    static constexpr std::array<const char*, 9> kNames{"-",        "None",    "WEP",      "WPA",         "WPA2",
+                                                       "WPA+WPA2", "WPA-Ent", "WPA2-Ent", "WPA+WPA2-Ent"};
+    return code < kNames.size() ? kNames[code] : "?";
+}
+
+struct Network {
+    std::map<std::string, Json> values;
+
+    [[nodiscard]] std::string text(const char* name) const {
+        const auto found = values.find(name);
+        return found == values.end() ? "" : textOf(found->second);
+    }
+    [[nodiscard]] int number(const char* name) const {
+        const auto found = values.find(name);
+        return found == values.end() || !found->second.is_number() ? 0 : found->second.get<int>();
+    }
+};
+
+// The results of all radios stand in one list; those of a radio carry its name.
+std::vector<Network> networksOf(const Readings& readings, const std::string& radioName) {
+    std::map<unsigned long, Network> byInstance;
+    for (const auto& [path, value] : readings.all()) {
+        if (!path.starts_with(kResults)) continue;
+        const std::size_t dot = path.find('.', kResults.size());
+        byInstance[std::stoul(path.substr(kResults.size()))].values[path.substr(dot + 1)] = value;
+    }
+    std::vector<Network> networks;
+    for (auto& [instance, network] : byInstance) {
+        if (network.text("Radio") == radioName) networks.push_back(std::move(network));
+    }
+    std::stable_sort(networks.begin(), networks.end(), [](const Network& a, const Network& b) {
+        return a.number("SignalStrength") > b.number("SignalStrength");
+    });
+    return networks;
+}
+
+void printChart(const std::vector<Network>& networks, unsigned own) {
+    std::map<unsigned, unsigned> count;
+    if (own != 0) count[own];
+    for (const Network& network : networks)
+        ++count[static_cast<unsigned>(network.number("Channel"))];
+    unsigned most = 1;
+    for (const auto& [channel, number] : count)
+        most = std::max(most, number);
+    std::cout << "\n  Networks per channel\n";
+    for (const auto& [channel, number] : count) {
+        const std::string label = std::to_string(channel);
+        std::cout << "  " << std::string(label.size() < 4 ? 4 - label.size() : 0, ' ') << label << ' ';
+        const unsigned width = number * kChartWidth / std::max(most, kChartWidth / 2);
+        std::cout << (number == 0 ? "" : bar(1, std::max(width, 1U)) + " ") << number
+                  << (channel == own ? "  <- this radio" : "") << '\n';
+    }
+}
+
+int scan(Session& session, unsigned radio) {
+    const std::string path = radioPath(radio);
+    std::vector<Json> faults = session.ask(
+        {{"do", "set"}, {"settings", Json::array({{{"path", path + "Stats.DiagnosticsState"}, {"value", "2"}}})}},
+        [](const Json&) {});
+    if (!faults.empty()) return reportFaults(session, faults);
+    const Readings readings = readPaths(session, {path + "Name", path + "Channel", std::string(kResults)}, nullptr);
+    const std::vector<Network> networks = networksOf(readings, readings.text(path + "Name"));
+    if (session.options.json) {
+        Json list = Json::array();
+        for (const Network& network : networks)
+            list.push_back(network.values);
+        printJson({{"radio", radio}, {"networks", list}}, {});
+        return kDone;
+    }
+    Table table({"SSID", "BSSID", "Channel", "MHz", "RSSI", "Signal", "Security", "Standards"});
+    for (const Network& network : networks) {
+        const int rssi = network.number("SignalStrength");
+        table.row({network.text("SSID"), network.text("BSSID"), network.text("Channel"),
+                   bandwidthText(network.number("OperatingChannelBandwidth")), std::to_string(rssi),
+                   session.options.plain ? "" : signalBar(rssi),
+                   securityName(static_cast<unsigned>(network.number("SecurityModeEnabled"))),
+                   network.text("SupportedStandards")});
+    }
+    if (session.options.plain) {
+        table.printPlain(std::cout);
+        return kDone;
+    }
+    std::cout << "Radio " << radio << " hears " << networks.size()
+              << (networks.size() == 1 ? " network\n" : " networks\n");
+    if (networks.empty()) return kDone;
+    table.print(std::cout, session.outStyle());
+    const Json own = readings.at(path + "Channel");
+    printChart(networks, own.is_number() ? own.get<unsigned>() : 0);
+    return kDone;
+}
+
+void printMeasurement(const Session& session, const Json& metrics, const Json& stats) {
+    const auto number = [](const Json& from, const char* name) { return from.value(name, 0LL); };
+    std::cout << "Channel " << number(metrics, "channel") << "\n";
+    const auto line = [](const char* name, const std::string& text) {
+        std::cout << "  " << name << std::string(22 - std::string_view(name).size(), ' ') << text << '\n';
+    };
+    line("Noise", std::to_string(number(metrics, "noise")) + " dBm");
+    line("Transmit power", std::to_string(number(metrics, "transmitPower")) + " dBm");
+    const auto share = [&](const char* name, long long part, long long whole) {
+        const double value = whole > 0 ? static_cast<double>(part) / static_cast<double>(whole) : 0;
+        line(name, bar(value, 20) + " " + std::to_string(static_cast<int>(value * 100 + 0.5)) + " %");
+    };
+    share("Utilization", number(metrics, "utilization"), 100);
+    const long long total = number(stats, "total");
+    share("Busy", number(stats, "busy"), total);
+    share("  transmitting", number(stats, "busyTransmitting"), total);
+    share("  receiving", number(stats, "busyReceiving"), total);
+    share("  this BSS", number(stats, "busySelf"), total);
+    share("  others", number(stats, "busyOther"), total);
+    Table table({"BSSID", "MHz", "RSSI", "Signal"});
+    for (const Json& heard : metrics.value("accessPoints", Json::array())) {
+        const int rssi = heard.value("rssi", 0);
+        table.row(
+            {heard.value("bssid", ""), std::to_string(heard.value("width", 0)), std::to_string(rssi), signalBar(rssi)});
+    }
+    if (table.empty()) {
+        std::cout << "  no access point heard\n";
+    } else {
+        table.print(std::cout, session.outStyle());
+    }
+}
+
+int channel(Session& session, unsigned radio, unsigned number) {
+    const std::string path = radioPath(radio);
+    Readings readings;
+    const std::vector<Json> faults = session.ask(
+        {{"do", "measure"}, {"paths", {path + "DcsChannelMetrics", path + "RadioChannelStats"}}, {"channel", number}},
+        [&readings](const Json& part) {
+            if (part.contains("values")) readings.add(part.at("values"));
+        });
+    if (!faults.empty()) return reportFaults(session, faults);
+    const Json metrics = readings.at(path + "DcsChannelMetrics");
+    const Json stats = readings.at(path + "RadioChannelStats");
+    if (session.options.json) {
+        printJson({{"radio", radio}, {"metrics", metrics}, {"statistics", stats}}, {});
+    } else if (session.options.plain) {
+        for (const Json& record : {metrics, stats}) {
+            for (const auto& [name, value] : record.items())
+                std::cout << name << '\t' << textOf(value) << '\n';
+        }
+    } else {
+        printMeasurement(session, metrics, stats);
+    }
+    return kDone;
+}
+
+}  // namespace
+
+void addRadioVerbs(VerbContext& context) {
+    Session& session = context.session;
+    auto radio = std::make_shared<unsigned>(0);
+    CLI::App* verb =
+        context.add("scan", "Look for neighbouring networks", [&session, radio] { return scan(session, *radio); });
+    verb->add_option("RADIO", *radio, "Radio instance")->required();
+
+    auto number = std::make_shared<unsigned>(0);
+    verb = context.add("channel", "Measure a channel",
+                       [&session, radio, number] { return channel(session, *radio, *number); });
+    verb->add_option("RADIO", *radio, "Radio instance")->required();
+    verb->add_option("CHANNEL", *number, "Channel number")->required();
+}
+
+}  // namespace quorvel::console

@@ -1,0 +1,324 @@
+// stations, station, simulate, events, wps: who is on the air.
+#include <iostream>
+
+#include "Faults.h"
+#include "Interrupt.h"
+#include "Table.h"
+#include "Units.h"
+#include "Verbs.h"
+
+namespace quorvel::console {
+namespace {
+
+constexpr unsigned kWpsPoll = 2;
+// A push-button exchange is open for two minutes.
+constexpr unsigned kWpsWalkTime = 120;
+
+std::string accessPointPath(const std::string& accessPoint) {
+    return "Device.WiFi.AccessPoint." + accessPoint + ".";
+}
+
+// Asks the simulation. Its own refusals become an error with what to change.
+Json control(Session& session, const Json& command) {
+    Json answer;
+    const std::vector<Json> faults =
+        session.ask({{"do", "control"}, {"command", command}}, [&answer](const Json& part) {
+            if (part.contains("control")) answer = part.at("control");
+        });
+    if (!faults.empty()) throw GatewayError(faults.front().value("reason", "the simulation did not answer"));
+    if (!answer.value("ok", false)) throw GatewayError(answer.value("error", "the simulation refuses it"));
+    return answer;
+}
+
+struct Station {
+    std::string accessPoint;
+    std::string path;
+};
+
+std::vector<Station> stationsIn(const Readings& readings) {
+    static constexpr std::string_view kLast = ".MACAddress";
+    std::vector<Station> stations;
+    for (const auto& [path, value] : readings.all()) {
+        if (!path.ends_with(kLast)) continue;
+        const std::string tail = path.substr(accessPointPath("").size() - 1);
+        stations.push_back({tail.substr(0, tail.find('.')), path.substr(0, path.size() - kLast.size() + 1)});
+    }
+    return stations;
+}
+
+// How long each station has been there, which the data model does not say.
+std::map<std::string, std::uint64_t> associationTimes(Session& session) {
+    std::map<std::string, std::uint64_t> times;
+    for (const Json& station : control(session, {{"op", "station.list"}}).value("stations", Json::array())) {
+        times[station.value("mac", "")] = station.value("seconds", std::uint64_t{0});
+    }
+    return times;
+}
+
+int stations(Session& session, const std::string& accessPoint) {
+    const std::string path = accessPointPath(accessPoint) + "AssociatedDevice.";
+    std::vector<Json> faults;
+    std::vector<std::string> paths;
+    if (accessPoint != "*") paths.push_back(accessPointPath(accessPoint) + "Status");
+    for (const char* name : {"MACAddress", "SignalStrength", "LastDataDownlinkRate", "LastDataUplinkRate",
+                             "OperStandard", "OperBandwidth", "AuthenticationState", "Active"}) {
+        paths.push_back(path + "*." + name);
+    }
+    const Readings readings = readPaths(session, paths, &faults);
+    if (!faults.empty()) return reportFaults(session, faults);
+    const auto times = associationTimes(session);
+    Table table({"AP", "Station", "RSSI", "Signal", "Down Mbit/s", "Up Mbit/s", "Standard", "MHz", "Time"});
+    Json list = Json::array();
+    for (const Station& station : stationsIn(readings)) {
+        const auto text = [&](const char* name) { return readings.text(station.path + name); };
+        const std::string mac = text("MACAddress");
+        const auto time = times.find(mac);
+        const Json rssi = readings.at(station.path + "SignalStrength");
+        table.row({station.accessPoint, mac, textOf(rssi),
+                   session.options.plain || !rssi.is_number() ? "" : signalBar(rssi.get<int>()),
+                   megabits(readings.at(station.path + "LastDataDownlinkRate")),
+                   megabits(readings.at(station.path + "LastDataUplinkRate")), text("OperStandard"),
+                   text("OperBandwidth"), time == times.end() ? "-" : duration(time->second)});
+        list.push_back({{"accessPoint", std::stoul(station.accessPoint)},
+                        {"path", station.path},
+                        {"station", mac},
+                        {"signalStrength", rssi},
+                        {"downlinkRate", readings.at(station.path + "LastDataDownlinkRate")},
+                        {"uplinkRate", readings.at(station.path + "LastDataUplinkRate")},
+                        {"standard", text("OperStandard")},
+                        {"bandwidth", readings.at(station.path + "OperBandwidth")},
+                        {"seconds", time == times.end() ? Json(nullptr) : Json(time->second)}});
+    }
+    if (session.options.json) {
+        printJson({{"stations", list}}, {});
+    } else if (session.options.plain) {
+        table.printPlain(std::cout);
+    } else if (table.empty()) {
+        std::cout << "no station is associated\n";
+    } else {
+        table.print(std::cout, session.outStyle());
+    }
+    return kDone;
+}
+
+std::string outcomeOf(const Json& station) {
+    const std::string mac = station.value("mac", "");
+    const std::string where = "access point " + std::to_string(station.value("accessPoint", 0));
+    if (station.value("associated", false)) return mac + " is associated with " + where;
+    if (!station.value("wanted", true)) return mac + " has left " + where;
+    return mac + " is not let in by " + where + ": " + station.value("refusal", "no reason given");
+}
+
+int changeStation(Session& session, const Json& command) {
+    const Json answer = control(session, command);
+    const Json station = answer.value("station", Json::object());
+    if (session.options.json) {
+        printJson({{"station", station}}, {});
+    } else if (session.options.plain) {
+        std::cout << station.value("mac", "") << '\t' << station.value("accessPoint", 0) << '\t'
+                  << (station.value("associated", false) ? "associated" : "away") << '\n';
+    } else {
+        std::cout << outcomeOf(station) << '\n';
+    }
+    if (session.gateway().runsAhead() && !session.interactive && session.errorStyle().onTerminal()) {
+        std::cerr << "the board goes down again with this command; quorvel-wifi up keeps one up\n";
+    }
+    return kDone;
+}
+
+int listStations(Session& session) {
+    const Json list = control(session, {{"op", "station.list"}}).value("stations", Json::array());
+    if (session.options.json) {
+        printJson({{"stations", list}}, {});
+        return kDone;
+    }
+    Table table({"Station", "AP", "State", "RSSI", "Standard", "Down kbit/s", "Up kbit/s"});
+    for (const Json& station : list) {
+        const bool wanted = station.value("wanted", false);
+        table.row({station.value("mac", ""), std::to_string(station.value("accessPoint", 0)),
+                   station.value("associated", false) ? "associated"
+                   : wanted                           ? "waiting: " + station.value("refusal", "")
+                                                      : "away",
+                   std::to_string(station.value("rssi", 0)), station.value("standard", ""),
+                   std::to_string(station.value("downlinkTraffic", 0)),
+                   std::to_string(station.value("uplinkTraffic", 0))});
+    }
+    session.options.plain ? table.printPlain(std::cout) : table.print(std::cout, session.outStyle());
+    return kDone;
+}
+
+void printEvent(const Session& session, const Json& event) {
+    if (session.options.json) {
+        std::cout << event.dump() << std::endl;
+        return;
+    }
+    const bool associated = event.value("kind", "") == "associated";
+    const std::string accessPoint = std::to_string(event.value("accessPoint", 0));
+    if (session.options.plain) {
+        std::cout << event.value("kind", "") << '\t' << event.value("station", "") << '\t' << accessPoint << std::endl;
+        return;
+    }
+    const Style style = session.outStyle();
+    std::cout << style.dress(associated ? "joined" : "left  ", associated ? Colour::kGood : Colour::kBad) << "  "
+              << event.value("station", "") << "  access point " << accessPoint;
+    if (associated) {
+        std::cout << "  " << event.value("signalStrength", 0) << " dBm  " << event.value("standard", "");
+    }
+    std::cout << std::endl;
+}
+
+int events(Session& session, unsigned count) {
+    // Who watches lives in real time.
+    session.options.realTime = true;
+    const Interrupt interrupt;
+    unsigned seen = 0;
+    std::vector<Json> faults;
+    session.gateway().client().follow(
+        {{"do", "events"}},
+        [&](const Json& part) {
+            if (part.contains("faults")) faults = part.at("faults").get<std::vector<Json>>();
+            if (part.contains("listening") && session.errorStyle().onTerminal()) {
+                std::cerr << "waiting for stations; Ctrl-C ends\n";
+            }
+            if (!part.contains("event") || (count != 0 && seen == count)) return;
+            printEvent(session, part.at("event"));
+            ++seen;
+        },
+        [&] { return Interrupt::happened() || !faults.empty() || (count != 0 && seen >= count); });
+    return reportFaults(session, faults);
+}
+
+std::string wpsState(Session& session, const std::string& path) {
+    switch (const Json status = readPaths(session, {path + "Status"}, nullptr).at(path + "Status");
+            status.is_number() ? status.get<int>() : 0) {
+        case 1:
+            return "in progress";
+        case 2:
+            return "a station was let in";
+        case 3:
+            return "timed out";
+        default:
+            return "idle";
+    }
+}
+
+int wps(Session& session, unsigned accessPoint, const std::string& action, const std::string& pin) {
+    const std::string path = accessPointPath(std::to_string(accessPoint)) + "WPS.";
+    std::vector<Json> faults;
+    const Readings enabled = readPaths(session, {path + "Enable"}, &faults);
+    if (!faults.empty()) return reportFaults(session, faults);
+    if (enabled.at(path + "Enable") != Json(true)) {
+        throw GatewayError("WPS is off on access point " + std::to_string(accessPoint) + "; set " + path +
+                           "Enable=true");
+    }
+    if (action == "pin") {
+        faults =
+            session.ask({{"do", "set"}, {"settings", Json::array({{{"path", path + "EnrolleePin"}, {"value", pin}}})}},
+                        [](const Json&) {});
+        if (!faults.empty()) return reportFaults(session, faults);
+    }
+    Json request{{"do", "operate"}, {"path", path}};
+    if (action == "cancel") {
+        request["function"] = "Cancel";
+    } else {
+        request["function"] = "MethodSet";
+        request["text"] = action == "pin" ? "PIN" : "PushButton";
+        request["settings"] = Json::array({{{"path", path + "ButtonPush"}, {"value", "true"}}});
+    }
+    faults = session.ask(request, [](const Json&) {});
+    if (!faults.empty()) return reportFaults(session, faults);
+    std::string state = wpsState(session, path);
+    for (unsigned waited = 0; state == "in progress" && session.gateway().runsAhead() && waited < kWpsWalkTime;
+         waited += kWpsPoll) {
+        session.letTimePass(kWpsPoll);
+        state = wpsState(session, path);
+    }
+    if (session.options.json) {
+        printJson({{"accessPoint", accessPoint}, {"action", action}, {"state", state}}, {});
+    } else if (session.options.plain) {
+        std::cout << accessPoint << '\t' << action << '\t' << state << '\n';
+    } else {
+        std::cout << "WPS on access point " << accessPoint << ": " << state << '\n';
+    }
+    return kDone;
+}
+
+void addStationVerb(VerbContext& context) {
+    Session& session = context.session;
+    int* const status = &context.status;
+    CLI::App* const verb = context.add("station", "Have simulated stations join and leave", [] { return kDone; });
+    verb->require_subcommand(1);
+    auto mac = std::make_shared<std::string>();
+    auto accessPoint = std::make_shared<unsigned>(0);
+    auto rssi = std::make_shared<int>(0);
+    CLI::App* const join = verb->add_subcommand("join", "A station associates");
+    join->fallthrough();
+    join->add_option("MAC", *mac, "e.g. 02:00:00:00:00:77")->required();
+    join->add_option("AP", *accessPoint, "Access-point instance; needed for a new station");
+    join->add_option("--rssi", *rssi, "Signal strength, dBm")->check(CLI::Range(-120, -1));
+    CLI::App* const leave = verb->add_subcommand("leave", "A station goes away");
+    leave->fallthrough();
+    leave->add_option("MAC", *mac, "The station")->required();
+    CLI::App* const list = verb->add_subcommand("list", "All simulated stations, also those that are not let in");
+    list->fallthrough();
+    verb->callback([=, &session] {
+        if (list->parsed()) {
+            *status = listStations(session);
+            return;
+        }
+        Json command{{"op", leave->parsed() ? "station.leave" : "station.join"}, {"mac", *mac}};
+        if (*accessPoint != 0) command["bss"] = *accessPoint;
+        if (*rssi != 0) command["rssi"] = *rssi;
+        *status = changeStation(session, command);
+    });
+}
+
+void addSimulateVerb(VerbContext& context) {
+    Session& session = context.session;
+    auto request = std::make_shared<std::string>();
+    CLI::App* const verb = context.add("simulate", "Hand the simulation a request of its own", [&session, request] {
+        const Json command = Json::parse(*request, nullptr, false);
+        if (!command.is_object()) throw CLI::ValidationError("the request must be a JSON object");
+        printJson(control(session, command), {});
+        return kDone;
+    });
+    verb->add_option("REQUEST", *request, R"(JSON, e.g. {"op":"neighbour.list"})")->required();
+}
+
+void addWpsVerb(VerbContext& context) {
+    Session& session = context.session;
+    auto accessPoint = std::make_shared<unsigned>(0);
+    auto action = std::make_shared<std::string>();
+    auto pin = std::make_shared<std::string>();
+    CLI::App* const verb = context.add("wps", "Start or cancel a WPS exchange", [&session, accessPoint, action, pin] {
+        if (*action == "pin" && pin->empty()) throw CLI::ValidationError("wps AP pin needs the station's PIN");
+        return wps(session, *accessPoint, *action, *pin);
+    });
+    verb->add_option("AP", *accessPoint, "Access-point instance")->required();
+    verb->add_option("ACTION", *action, "push, pin or cancel")
+        ->required()
+        ->check(CLI::IsMember({"push", "pin", "cancel"}));
+    verb->add_option("PIN", *pin, "The station's PIN, 4 or 8 digits");
+}
+
+}  // namespace
+
+void addStationVerbs(VerbContext& context) {
+    Session& session = context.session;
+    auto accessPoint = std::make_shared<std::string>("*");
+    CLI::App* verb = context.add("stations", "List the associated stations",
+                                 [&session, accessPoint] { return stations(session, *accessPoint); });
+    verb->add_option("AP", *accessPoint, "Access-point instance; all when left out");
+
+    addStationVerb(context);
+    addSimulateVerb(context);
+
+    auto count = std::make_shared<unsigned>(0);
+    verb = context.add("events", "Show stations as they come and go",
+                       [&session, count] { return events(session, *count); });
+    verb->add_option("--count", *count, "End after so many");
+
+    addWpsVerb(context);
+}
+
+}  // namespace quorvel::console

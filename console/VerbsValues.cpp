@@ -1,0 +1,194 @@
+// get, set, instances, dump: the data model as it is.
+#include <fstream>
+#include <iostream>
+#include <iterator>
+
+#include "Faults.h"
+#include "Secrets.h"
+#include "Table.h"
+#include "Verbs.h"
+
+namespace quorvel::console {
+namespace {
+
+Json masked(const Session& session, const std::string& path, const Json& value) {
+    if (session.options.reveal || !isSecret(path)) return value;
+    return session.options.json ? Json(nullptr) : Json(std::string(kMask));
+}
+
+// Prints values as they come, or keeps them for the JSON at the end.
+class ValuePrinter {
+  public:
+    explicit ValuePrinter(const Session& session) : session_(session), style_(session.outStyle()) {}
+
+    void print(const Json& values) {
+        for (const Json& item : values) {
+            const std::string path = item.at("path").get<std::string>();
+            const Json value = masked(session_, path, item.at("value"));
+            if (session_.options.json) {
+                kept_[path] = value;
+            } else if (session_.options.plain) {
+                std::cout << path << '\t' << textOf(value) << '\n';
+            } else {
+                std::cout << style_.dress(path, Colour::kName) << " => " << textOf(value) << '\n';
+            }
+        }
+    }
+
+    void finish(const std::vector<Json>& faults) {
+        if (session_.options.json) printJson({{"values", kept_}}, faults);
+    }
+
+  private:
+    const Session& session_;
+    Style style_;
+    Json kept_ = Json::object();
+};
+
+bool isSearch(const std::string& path) {
+    return path.ends_with('.') || path.find(".*.") != std::string::npos || path.find(".[") != std::string::npos;
+}
+
+// A search goes on past what cannot be read; only a path that is wrong in itself makes it fail.
+bool isFatal(const Json& fault, const std::string& path) {
+    const std::string at = fault.value("path", "");
+    return !isSearch(path) || at.empty() || at == path || fault.value("code", 0) == kNoSuchPath;
+}
+
+int get(Session& session, const std::vector<std::string>& paths, unsigned maxDepth, bool strict) {
+    ValuePrinter printer(session);
+    std::vector<Json> all;
+    bool failed = false;
+    for (const std::string& path : paths) {
+        const std::vector<Json> faults =
+            session.ask({{"do", "get"}, {"paths", Json::array({path})}, {"maxDepth", maxDepth}},
+                        [&printer, &failed](const Json& part) {
+                            if (part.contains("values")) printer.print(part.at("values"));
+                            if (part.contains("managerLost")) failed = true;
+                        });
+        printFaults(session, faults);
+        for (const Json& fault : faults)
+            failed = failed || strict || isFatal(fault, path);
+        all.insert(all.end(), faults.begin(), faults.end());
+    }
+    printer.finish(all);
+    return failed ? kFailed : kDone;
+}
+
+std::string withoutLastNewline(std::string text) {
+    if (text.ends_with('\n')) text.pop_back();
+    if (text.ends_with('\r')) text.pop_back();
+    return text;
+}
+
+std::string valueOf(const std::string& given) {
+    if (given == "-") {
+        return withoutLastNewline({std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()});
+    }
+    if (given.starts_with("@@")) return given.substr(1);
+    if (!given.starts_with('@')) return given;
+    std::ifstream file(given.substr(1), std::ios::binary);
+    if (!file) throw CLI::ValidationError("cannot read the value from the file " + given.substr(1));
+    return withoutLastNewline({std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()});
+}
+
+int set(Session& session, const std::vector<std::string>& assignments, bool save) {
+    Json settings = Json::array();
+    for (const std::string& assignment : assignments) {
+        const std::size_t sign = assignment.find('=');
+        if (sign == std::string::npos || sign == 0) {
+            throw CLI::ValidationError("\"" + assignment + "\" is no PATH=VALUE");
+        }
+        settings.push_back({{"path", assignment.substr(0, sign)}, {"value", valueOf(assignment.substr(sign + 1))}});
+    }
+    ValuePrinter printer(session);
+    const std::vector<Json> faults =
+        session.ask({{"do", "set"}, {"settings", settings}, {"save", save}}, [&printer](const Json& part) {
+            if (part.contains("values")) printer.print(part.at("values"));
+        });
+    printFaults(session, faults);
+    printer.finish(faults);
+    if (faults.empty() && !save && !session.options.json && session.errorStyle().onTerminal()) {
+        std::cerr << "not saved: the next power cycle forgets it (--save keeps it)\n";
+    }
+    return faults.empty() ? kDone : kFailed;
+}
+
+int instances(Session& session, const std::string& path) {
+    Json found = Json::array();
+    const std::vector<Json> faults =
+        session.ask({{"do", "instances"}, {"paths", Json::array({path})}}, [&found](const Json& part) {
+            if (part.contains("instances")) found = part.at("instances");
+        });
+    if (!faults.empty()) return reportFaults(session, faults);
+    if (session.options.json) {
+        printJson({{"instances", found}}, {});
+        return kDone;
+    }
+    for (const Json& instance : found)
+        std::cout << instance.get<std::string>() << '\n';
+    return kDone;
+}
+
+int dumpDataModel(Session& session, const std::string& path) {
+    Json found = Json::array();
+    const std::vector<Json> faults =
+        session.ask({{"do", "datamodel"}, {"paths", Json::array({path})}}, [&found](const Json& part) {
+            if (part.contains("parameters")) found = part.at("parameters");
+        });
+    if (!faults.empty()) return reportFaults(session, faults);
+    if (session.options.json) {
+        printJson({{"parameters", found}}, {});
+        return kDone;
+    }
+    Table table({"Path", "Type", "Access"});
+    for (const Json& item : found) {
+        table.row({item.value("path", ""), item.value("type", ""), item.value("access", "")});
+    }
+    session.options.plain ? table.printPlain(std::cout) : table.print(std::cout, session.outStyle());
+    return kDone;
+}
+
+}  // namespace
+
+void addValueVerbs(VerbContext& context) {
+    Session& session = context.session;
+
+    auto paths = std::make_shared<std::vector<std::string>>();
+    auto strict = std::make_shared<bool>(false);
+    auto maxDepth = std::make_shared<unsigned>(0);
+    CLI::App* verb =
+        context.add("get", "Read parameters: full paths, partial paths ending in a dot, searches and references",
+                    [&session, paths, maxDepth, strict] { return get(session, *paths, *maxDepth, *strict); });
+    verb->add_option("PATH", *paths, "e.g. Device.WiFi.Radio.*.Status, Device.WiFi.SSID.[Enable==true].SSID")
+        ->required();
+    verb->add_option("--max-depth", *maxDepth, "Of partial paths, so many levels of objects; 1: the object's own")
+        ->type_name("N")
+        ->check(CLI::PositiveNumber);
+    verb->add_flag("--strict", *strict, "Exit with 1 when a search meets a parameter that cannot be read");
+
+    auto assignments = std::make_shared<std::vector<std::string>>();
+    auto save = std::make_shared<bool>(false);
+    verb = context.add("set", "Write parameters; all or, when one is refused, none",
+                       [&session, assignments, save] { return set(session, *assignments, *save); });
+    verb->add_option("PATH=VALUE", *assignments, "VALUE @FILE reads a file, - standard input, @@TEXT is @TEXT")
+        ->required();
+    verb->add_flag("--save", *save, "Make it survive a power cycle");
+
+    auto object = std::make_shared<std::string>("Device.WiFi.");
+    verb = context.add("instances", "List the object instances at and below a path",
+                       [&session, object] { return instances(session, *object); });
+    verb->add_option("PATH", *object, "e.g. Device.WiFi.AccessPoint.");
+
+    auto below = std::make_shared<std::string>("Device.");
+    verb = context.add("dump", "List what the data model has", [] { return kDone; });
+    verb->require_subcommand(1);
+    CLI::App* const dataModel = verb->add_subcommand("datamodel", "Path, type and access of every parameter");
+    dataModel->fallthrough();
+    dataModel->add_option("PATH", *below, "e.g. Device.WiFi.Radio.");
+    int* const status = &context.status;
+    // The outer verb's callback runs behind this one and would overwrite the status.
+    verb->callback([&session, below, status] { *status = dumpDataModel(session, *below); });
+}
+
+}  // namespace quorvel::console

@@ -1,0 +1,68 @@
+#include "PathText.h"
+
+#include <algorithm>
+
+namespace quorvel::host {
+namespace {
+
+constexpr std::string_view kRoot = "Device.";
+
+// Returns the dot that ends the segment at `begin`, or npos.
+std::size_t endOfSegment(std::string_view path, std::size_t begin) {
+    bool bracket = false;
+    bool quote = false;
+    for (std::size_t i = begin; i < path.size(); ++i) {
+        const char c = path[i];
+        if (quote) {
+            if (c == '\\') {
+                ++i;
+            } else if (c == '"') {
+                quote = false;
+            }
+        } else if (bracket && c == '"') {
+            quote = true;
+        } else if (c == '[') {
+            bracket = true;
+        } else if (c == ']') {
+            bracket = false;
+        } else if (c == '.' && !bracket) {
+            return i;
+        }
+    }
+    return std::string_view::npos;
+}
+
+}  // namespace
+
+PathText::PathText(std::string_view path) : rooted(path.starts_with(kRoot)) {
+    if (!rooted) return;
+    std::size_t begin = kRoot.size();
+    for (std::size_t end = endOfSegment(path, begin); end != std::string_view::npos; end = endOfSegment(path, begin)) {
+        objects.push_back({path.substr(begin, end - begin), end});
+        begin = end + 1;
+    }
+    name = path.substr(begin);
+    const std::size_t bracket = name.find('[');
+    if (bracket == std::string_view::npos || bracket == 0 || !name.ends_with(']')) return;
+    station = name.substr(bracket + 1, name.size() - bracket - 2);
+    name = name.substr(0, bracket);
+}
+
+bool isInstanceNumber(std::string_view segment) {
+    return !segment.empty() && segment.size() < 10 &&
+           std::all_of(segment.begin(), segment.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+bool isExpression(std::string_view segment) {
+    return segment.starts_with('[');
+}
+
+bool isReference(std::string_view segment) {
+    return segment.size() > 1 && segment.ends_with('+');
+}
+
+bool standsForInstances(std::string_view segment) {
+    return segment == "*" || isExpression(segment) || isInstanceNumber(segment);
+}
+
+}  // namespace quorvel::host

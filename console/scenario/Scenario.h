@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quorvel::scenario {
+
+using Json = nlohmann::ordered_json;
+
+/// Board time since the scenario's first power-on, in milliseconds.
+using Time = std::int64_t;
+
+/// Something that happens to the board.
+struct Step {
+    Time at = 0;
+    std::string id;      ///< what expectations call it by; may be empty
+    std::string action;  ///< "set", "station.join", ...
+    Json members;        ///< the action's own members, checked by the reader
+};
+
+/// What a value must be like.
+struct Condition {
+    enum class Kind { kEquals, kDiffers, kOneOf, kMatches, kAtLeast, kAtMost };
+    Kind kind = Kind::kEquals;
+    Json value;  ///< a list for kOneOf, a regular expression for kMatches
+};
+
+/// Something that must be seen. It is looked for from `after` to `by`.
+struct Expectation {
+    enum class Kind {
+        kParameter,   ///< a parameter's value
+        kUnreadable,  ///< reading a parameter gives a fault
+        kEvent,       ///< the plug-in told of stations coming or going
+        kLog,         ///< the WLAN manager's log has an entry
+        kFault,       ///< a step gave a fault, or none
+    };
+    Kind kind = Kind::kParameter;
+    Time after = 0;
+    Time by = 0;
+    std::string subject;       ///< path, kind of event, kind of log entry, or the step's id
+    Condition condition;       ///< kParameter
+    unsigned fault = 0;        ///< kUnreadable and kFault; 0: none
+    unsigned accessPoint = 0;  ///< kEvent; 0: any
+    std::string station;       ///< kEvent, lower case; empty: any
+    std::string pattern;       ///< kLog: regular expression; empty: any text
+    unsigned atLeast = 1;      ///< kEvent and kLog
+    std::optional<unsigned> atMost;
+};
+
+struct Scenario {
+    std::string name;
+    std::string file;   ///< as it was named, for reports
+    std::string board;  ///< a shipped board's name; empty: `description` counts, or the console's own choice
+    Json description;   ///< an inline board; null when there is none
+    std::uint64_t seed = 1;
+    Json state;  ///< values, by path, that were set and saved before the scenario begins
+    std::vector<Step> timeline;
+    std::vector<Expectation> expectations;
+    Time end = 0;  ///< the scenario goes on to here
+
+    /// Tells whether anything is expected of the plug-in's station events.
+    [[nodiscard]] bool listens() const;
+};
+
+/// Returns a step's words for people: "set Device.WiFi.Radio.1.Channel = 44, saved".
+[[nodiscard]] std::string describe(const Step& step);
+
+/// Returns an expectation's words for people, without its result.
+[[nodiscard]] std::string describe(const Expectation& expectation);
+
+/// Returns milliseconds as seconds with three digits: "12.500".
+[[nodiscard]] std::string seconds(Time time);
+
+}  // namespace quorvel::scenario

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quorvel::selftest {
+
+/// What the checks found, by group, and the call that is under way, for the case that the plug-in does not return from
+/// it.
+class Report {
+  public:
+    /// Starts a group of checks; `rule` says in a few words what holds in it.
+    void begin(const std::string& rule);
+    /// Counts a check of the current group; when it failed, `trouble` says where and what was expected.
+    void check(bool passed, const std::string& trouble);
+    /// Checks that a function returned what it should.
+    void expect(const std::string& where, std::uint32_t found, std::uint32_t expected);
+    /// Adds a failure without counting a check of its own: what could not be checked.
+    void fail(const std::string& trouble);
+
+    [[nodiscard]] bool passed() const;
+    void printText(bool coloured) const;
+    void printJson(const std::string& plugin) const;
+
+  private:
+    struct Group {
+        std::string rule;
+        unsigned checks = 0;
+        std::vector<std::string> troubles;
+    };
+    [[nodiscard]] unsigned checks() const;
+
+    std::vector<Group> groups_;
+};
+
+}  // namespace quorvel::selftest
