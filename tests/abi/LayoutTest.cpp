@@ -1,0 +1,143 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "QuorvelWiFiContexts.h"
+#include "QuorvelWiFiInternal.h"
+#include "QuorvelWiFiTable.h"
+#include "RadioChannel.h"
+#include "quorvel.h"
+
+// The records that the library exchanges with the host and the manager, to the byte, on every platform.
+
+namespace quorvel {
+
+namespace {
+
+// The host's.
+static_assert(sizeof(SpawnInfo) == 344 && sizeof(ProcessRecord) == 16);
+static_assert(offsetof(SpawnInfo, program) == 0 && offsetof(SpawnInfo, arguments) == 64);
+static_assert(offsetof(SpawnInfo, option320) == 320 && offsetof(SpawnInfo, option324) == 324);
+static_assert(offsetof(SpawnInfo, option332) == 332 && offsetof(SpawnInfo, option333) == 333);
+
+// The table's.
+static_assert(sizeof(TableEntry) == 72 * sizeof(void*));
+static_assert(sizeof(gQuorvelWiFiDataModelTable) == 245 * sizeof(TableEntry));
+static_assert(sizeof(gQuorvelWiFiDataModelTableInfo) == 16);
+static_assert(sizeof(MappingRow) == 4 * sizeof(void*));
+static_assert(sizeof(AuthModePair) == 2 * sizeof(void*) && sizeof(authModeMapper) == 8 * sizeof(AuthModePair));
+static_assert(sizeof(WpaEncryptionPair) == 2 * sizeof(void*) &&
+              sizeof(wpaEncryptionMapper) == 3 * sizeof(WpaEncryptionPair));
+static_assert(sizeof(notifySocketPath) == 19);
+
+// The manager's.
+static_assert(offsetof(StationInformation, authenticationState) == 98 && offsetof(StationInformation, active) == 99);
+static_assert(offsetof(StationInformation, rssi) == 100 && offsetof(StationInformation, receiveRate) == 108);
+static_assert(offsetof(StationInformation, transmitRate) == 112);
+static_assert(offsetof(StationInformation, retransmissions) == 116);
+static_assert(offsetof(StationInformation, snr) == 120 && offsetof(StationInformation, operStandard) == 124);
+static_assert(offsetof(StationInformation, operBandwidth) == 188);
+static_assert(sizeof(DcsChannelMetricsRecord) == 1056 && offsetof(DcsChannelMetricsRecord, neighbours) == 28);
+static_assert(sizeof(ChannelNeighbour) == 16 && offsetof(ChannelNeighbour, rssi) == 12);
+static_assert(offsetof(DcsChannelMetricsRecord, count) == 1052);
+static_assert(sizeof(ChannelStatsRecord) == 80 && offsetof(ChannelStatsRecord, ch_utilization_total) == 32);
+static_assert(sizeof(ChannelStats2Record) == 24);
+
+// The stores'.
+static_assert(sizeof(NeighboringWiFiResult) == 1092 && sizeof(NetDevStats) == 192);
+static_assert(offsetof(NetDevStats, rxBytes) == 128 && offsetof(NetDevStats, txBytes) == 160);
+static_assert(offsetof(NetDevStats, txCompressed) == 188);
+
+enum class Kind { String, Boolean, UnsignedInt, Int };
+
+constexpr std::size_t widthOf(Kind kind, std::size_t capacity) {
+    switch (kind) {
+        case Kind::String:
+            return capacity;
+        case Kind::Boolean:
+            return 1;
+        case Kind::UnsignedInt:
+        case Kind::Int:
+            break;
+    }
+    return 4;
+}
+
+struct Field {
+    const char* object;
+    const char* name;
+    unsigned node;
+    Kind kind;
+    std::size_t capacity;
+    std::size_t offset;
+    std::size_t size;
+};
+
+constexpr Field kFields[] = {
+#define PARAMETER(prefix, depth, node, name, stem, type, access, capacity, low, high) \
+    {#prefix, #name, node, Kind::type, capacity, offsetof(prefix##Context, name), sizeof(prefix##Context::name)},
+#include "../unit/DataModelRows.inc"
+};
+static_assert(std::size(kFields) == 245);
+
+struct Size {
+    const char* object;
+    std::size_t expected;
+    std::size_t found;
+};
+
+constexpr Size kSizes[] = {
+#define OBJECT(prefix, path, depth, size, limit, entries) {#prefix, size, sizeof(prefix##Context)},
+#include "../unit/DataModelRows.inc"
+};
+static_assert(std::size(kSizes) == 19);
+
+}  // namespace
+
+TEST(Contexts, HaveTheirSizes) {
+    for (const Size& size : kSizes)
+        EXPECT_EQ(size.found, size.expected) << size.object;
+}
+
+TEST(Contexts, HaveOneFieldPerNodeInNodeOrderNaturallyAligned) {
+    // The table lists three of the radio's nodes in another order.
+    std::vector<Field> fields(std::begin(kFields), std::end(kFields));
+    for (auto first = fields.begin(); first != fields.end();) {
+        const auto last = std::find_if(
+            first, fields.end(), [first](const Field& field) { return std::strcmp(field.object, first->object) != 0; });
+        std::sort(first, last, [](const Field& a, const Field& b) { return a.node < b.node; });
+        first = last;
+    }
+    std::string object;
+    std::size_t end = 0;
+    unsigned node = 0;
+    for (const Field& field : fields) {
+        if (object != field.object) {
+            object = field.object;
+            end = 132;
+            node = 0;
+        }
+        SCOPED_TRACE(object + "." + field.name);
+        const bool word = field.kind == Kind::UnsignedInt || field.kind == Kind::Int;
+        if (word) end = (end + 3) / 4 * 4;
+        EXPECT_EQ(field.node, ++node);
+        EXPECT_EQ(field.offset, end);
+        EXPECT_EQ(field.size, widthOf(field.kind, field.capacity));
+        end += field.size;
+    }
+}
+
+TEST(Contexts, EndWithTheFieldsThatHaveNoNode) {
+    EXPECT_EQ(sizeof(WiFiAccessPointWPSContext::Method), 16U);
+    EXPECT_EQ(sizeof(WiFiAccessPointWPSContext) - offsetof(WiFiAccessPointWPSContext, Method), 16U);
+    EXPECT_EQ(sizeof(WiFiAccessPointAssociatedDeviceContext::Counters), 32U);
+    EXPECT_EQ(
+        sizeof(WiFiAccessPointAssociatedDeviceContext) - offsetof(WiFiAccessPointAssociatedDeviceContext, Counters),
+        32U);
+}
+
+}  // namespace quorvel

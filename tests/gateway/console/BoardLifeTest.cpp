@@ -1,0 +1,67 @@
+// Boards that stay up, boards that differ, and a WLAN manager that stops answering.
+#include "OnBoard.h"
+
+namespace quorvel::console_test {
+namespace {
+
+const std::string kChannel = "Device.WiFi.Radio.1.Channel";
+
+class UpAndDown : public OnBoard {};
+class OtherBoards : public OnBoard {};
+class Trouble : public OnBoard {};
+
+TEST_F(UpAndDown, LaterCommandsTalkToTheSameBoard) {
+    EXPECT_EQ(console_.run({"status", "--json"}).json().at("up"), false);
+    ASSERT_EQ(console_.run({"up"}).status, 0);
+    EXPECT_EQ(console_.run({"status", "--json"}).json().at("up"), true);
+    EXPECT_EQ(console_.run({"set", kChannel + "=40"}).status, 0);
+    EXPECT_EQ(console_.run({"get", kChannel}).out, kChannel + " => 40\n");
+    EXPECT_EQ(console_.run({"up"}).status, 0);
+    EXPECT_EQ(console_.run({"get", kChannel}).out, kChannel + " => 40\n");
+    EXPECT_EQ(console_.run({"down"}).status, 0);
+    EXPECT_EQ(console_.run({"status", "--json"}).json().at("up"), false);
+    // It was not saved.
+    EXPECT_EQ(console_.run({"get", kChannel}).out, kChannel + " => 36\n");
+}
+
+TEST_F(UpAndDown, BoardsOfTwoStateFoldersDoNotMeet) {
+    const Console other;
+    ASSERT_EQ(console_.run({"up"}).status, 0);
+    EXPECT_EQ(other.run({"status", "--json"}).json().at("up"), false);
+    ASSERT_EQ(other.run({"up"}).status, 0);
+    EXPECT_EQ(console_.run({"set", kChannel + "=40"}).status, 0);
+    EXPECT_EQ(other.run({"get", kChannel}).out, kChannel + " => 36\n");
+}
+
+TEST_F(UpAndDown, StationsJoinAndLeaveABoardThatStaysUp) {
+    ASSERT_EQ(console_.run({"up"}).status, 0);
+    EXPECT_EQ(console_.run({"station", "join", "02:00:00:00:00:77", "3", "--rssi", "-60", "--json"})
+                  .json()
+                  .at("station")
+                  .at("mac"),
+              "02:00:00:00:00:77");
+    const std::string list = console_.run({"station", "list", "--plain"}).out;
+    EXPECT_NE(list.find("02:00:00:00:00:77\t3\t"), std::string::npos) << list;
+    EXPECT_EQ(console_.run({"station", "leave", "02:00:00:00:00:77"}).status, 0);
+    EXPECT_EQ(console_.run({"station", "leave", "02:ff:ff:ff:ff:ff"}).status, 1);
+}
+
+TEST_F(OtherBoards, HaveTheirOwnRadios) {
+    const Outcome outcome = console_.run({"--board", "dual-band", "get", "Device.WiFi.RadioNumberOfEntries"});
+    EXPECT_EQ(outcome.out, "Device.WiFi.RadioNumberOfEntries => 2\n") << outcome.error;
+}
+
+TEST_F(Trouble, WithTheManagerIsToldInsteadOfWaitingForEver) {
+    ASSERT_EQ(console_.run({"up"}).status, 0);
+    const std::string hang = R"({"op":"fault","fault":"hang","seconds":20})";
+    ASSERT_EQ(console_.run({"simulate", hang}).status, 0);
+    for (const char* path : {"Device.WiFi.Radio.1.Channel", "Device.WiFi."}) {
+        const Outcome outcome = console_.run({"get", path});
+        EXPECT_NE(outcome.error.find("the WLAN manager (wlmngr2) does not answer: it is running"), std::string::npos)
+            << path << ": " << outcome.error;
+    }
+    EXPECT_EQ(console_.run({"get", kChannel}).status, 1);
+}
+
+}  // namespace
+}  // namespace quorvel::console_test

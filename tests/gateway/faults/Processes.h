@@ -1,0 +1,13 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+// Finds processes of a board by what /proc tells from outside of it.
+namespace quorvel::faults_test {
+
+// Returns the WLAN manager of the board whose state folder is `state`, or 0 when it runs none.
+[[nodiscard]] pid_t managerOf(const std::string& state);
+
+}  // namespace quorvel::faults_test

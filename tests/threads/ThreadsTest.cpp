@@ -1,0 +1,277 @@
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "DataModel.h"
+#include "QuorvelWiFiExports.h"
+#include "ThreadPlatform.h"
+
+// Many threads of a host in the library at once, while events arrive. Rounds are counted, nothing waits for time.
+
+// A cancelled listener leaves its receive buffer behind, one a registration; that is accepted.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:qvl_thread_main_loop\n";
+}
+
+namespace quorvel::threads {
+
+namespace {
+
+using datamodel::Access;
+using datamodel::Object;
+using datamodel::Parameter;
+using datamodel::Type;
+
+constexpr unsigned kThreads = 4;
+constexpr unsigned kRounds = 5;
+constexpr unsigned kEvents = 200;
+constexpr unsigned kRegistrations = 40;
+
+// Starts all threads at one moment.
+template <typename Body>
+void inThreads(unsigned count, const Body& body) {
+    // The tests' own tables are made before anybody shares them.
+    (void)datamodel::objects();
+    (void)datamodel::parameters();
+    std::atomic<unsigned> ready = 0;
+    std::vector<std::thread> threads;
+    for (unsigned n = 0; n < count; ++n) {
+        threads.emplace_back([&ready, &body, count, n] {
+            ++ready;
+            while (ready < count) {
+                std::this_thread::yield();
+            }
+            body(n);
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+void readEverything(std::atomic<unsigned>& wrong) {
+    for (const Parameter& parameter : datamodel::parameters()) {
+        if (parameter.getter == nullptr || parameter.access == Access::Station) {
+            continue;
+        }
+        alignas(8) char out[4096] = {};
+        wrong += parameter.get(1, 1, out, 2048) > 6 ? 1 : 0;
+    }
+}
+
+// Stages every parameter that takes the number 2 or the text "54" and applies the lot.
+void writeEverything(const Object& object, std::atomic<unsigned>& wrong) {
+    std::vector<std::uint32_t> context(object.contextSize / 4 + 1);
+    wrong += object.initContext(context.data()) != 0 ? 1 : 0;
+    for (const Parameter& parameter : datamodel::parametersOf(object.prefix)) {
+        if (!parameter.staged()) {
+            continue;
+        }
+        const std::uint32_t result = parameter.type == Type::String ? parameter.setText(context.data(), "54", 2)
+                                                                    : parameter.setNumber(context.data(), 2);
+        wrong += result != 0 && result != 8 ? 1 : 0;
+    }
+    wrong += object.apply(context.data()) > 6 ? 1 : 0;
+}
+
+void snapshotEverything(std::atomic<unsigned>& wrong) {
+    for (const Object& object : datamodel::objects()) {
+        std::vector<std::uint32_t> context(object.contextSize / 4 + 1);
+        wrong += object.snapshot(context.data()) > 6 ? 1 : 0;
+    }
+}
+
+std::mutex eventsMutex;
+std::condition_variable eventArrived;
+unsigned events = 0;
+
+// Calls back into the library, as a host does.
+std::uint32_t takeStation(std::uint32_t, std::uint32_t, void*) {
+    std::uint32_t channel = 0;
+    const std::uint32_t result = WiFiRadioChannelGet(1, &channel);
+    {
+        const std::lock_guard<std::mutex> guard(eventsMutex);
+        events += result == 0 ? 1 : 0;
+    }
+    eventArrived.notify_all();
+    return 0;
+}
+
+// The other end of the event socket.
+class EventSource {
+  public:
+    EventSource() {
+        char folder[] = "/tmp/threads-test-XXXXXX";
+        EXPECT_NE(mkdtemp(folder), nullptr);
+        folder_ = folder;
+        path_ = folder_ + "/events";
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::memcpy(address.sun_path, path_.c_str(), path_.size());
+        listener_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        EXPECT_EQ(bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(listen(listener_, 128), 0);
+        connectTo(path_);
+    }
+    ~EventSource() {
+        (void)close(listener_);
+        (void)unlink(path_.c_str());
+        (void)rmdir(folder_.c_str());
+    }
+    EventSource(const EventSource&) = delete;
+    EventSource& operator=(const EventSource&) = delete;
+
+    [[nodiscard]] int accept() const {
+        return ::accept(listener_, nullptr, nullptr);
+    }
+
+    static void send(int connection) {
+        const std::uint32_t message[5] = {0, 1, 12, 0, 0};
+        EXPECT_EQ(::send(connection, message, sizeof message, MSG_NOSIGNAL), static_cast<ssize_t>(sizeof message));
+    }
+
+  private:
+    std::string folder_;
+    std::string path_;
+    int listener_ = -1;
+};
+
+// The library's host need not join the listener; the test does, so that its end is ordered before the next step.
+void endListener() {
+    const pthread_t thread = qvlThreadId;
+    EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
+    EXPECT_EQ(pthread_join(thread, nullptr), 0);
+}
+
+// The library tells what it hears on standard output.
+void silence() {
+    EXPECT_NE(std::freopen("/dev/null", "w", stdout), nullptr);
+}
+
+}  // namespace
+
+TEST(Threads, ReadStageApplyAndSnapshotWhileEventsArrive) {
+    silence();
+    std::atomic<unsigned> wrong = 0;
+    const EventSource source;
+    ASSERT_EQ(WiFiLock(), 0U);
+    ASSERT_EQ(WiFiUnlock(), 0U);
+    ASSERT_EQ(WiFiNewAPAssociatedDeviceCallbackRegister(takeStation), 0U);
+    const int connection = source.accept();
+    ASSERT_GE(connection, 0);
+    inThreads(kThreads + 1, [&wrong, connection](unsigned n) {
+        if (n == kThreads) {
+            for (unsigned event = 0; event < kEvents; ++event) {
+                EventSource::send(connection);
+            }
+            return;
+        }
+        for (unsigned round = 0; round < kRounds; ++round) {
+            readEverything(wrong);
+            for (const Object& object : datamodel::objects()) {
+                writeEverything(object, wrong);
+            }
+            snapshotEverything(wrong);
+        }
+    });
+    {
+        std::unique_lock<std::mutex> guard(eventsMutex);
+        eventArrived.wait(guard, [] { return events == kEvents; });
+    }
+    endListener();
+    (void)close(connection);
+    EXPECT_EQ(wrong, 0U);
+    EXPECT_EQ(events, kEvents);
+}
+
+TEST(Threads, RegisterAndDeregisterRepeatedlyWhileOthersRead) {
+    silence();
+    std::atomic<unsigned> wrong = 0;
+    const EventSource source;
+    ASSERT_EQ(WiFiLock(), 0U);
+    ASSERT_EQ(WiFiUnlock(), 0U);
+    inThreads(kThreads, [&wrong, &source](unsigned n) {
+        if (n != 0) {
+            for (unsigned round = 0; round < kRounds; ++round) {
+                readEverything(wrong);
+            }
+            return;
+        }
+        for (unsigned registration = 0; registration < kRegistrations; ++registration) {
+            unsigned before = 0;
+            {
+                const std::lock_guard<std::mutex> guard(eventsMutex);
+                before = events;
+            }
+            wrong += WiFiNewAPAssociatedDeviceCallbackRegister(takeStation) != 0 ? 1 : 0;
+            const int connection = source.accept();
+            EventSource::send(connection);
+            {
+                std::unique_lock<std::mutex> guard(eventsMutex);
+                eventArrived.wait(guard, [before] { return events > before; });
+            }
+            endListener();
+            (void)close(connection);
+        }
+    });
+    EXPECT_EQ(wrong, 0U);
+    EXPECT_EQ(events, kRegistrations);
+}
+
+TEST(Threads, MakeTheLockTogether) {
+    std::atomic<unsigned> wrong = 0;
+    inThreads(kThreads, [&wrong](unsigned) {
+        std::uint32_t channel = 0;
+        wrong += WiFiRadioChannelGet(1, &channel) != 0 || channel != 1 ? 1 : 0;
+    });
+    EXPECT_EQ(wrong, 0U);
+}
+
+TEST(Threads, ReadAccessPointsWhileSlotsChange) {
+    std::atomic<unsigned> wrong = 0;
+    ASSERT_EQ(WiFiLock(), 0U);
+    ASSERT_EQ(WiFiUnlock(), 0U);
+    inThreads(kThreads, [&wrong](unsigned n) {
+        for (unsigned round = 0; round < 100 * kRounds; ++round) {
+            if (n == 0) {
+                wrong += WiFiSystemAccessPointDelete(24) != 0 ? 1 : 0;
+                wrong += WiFiSystemAccessPointCreate(3, 24) != 0 ? 1 : 0;
+                continue;
+            }
+            // Of the access point that moves, either answer is right; of another, only one.
+            std::uint8_t enabled = 0;
+            (void)WiFiAccessPointEnableGet(24, &enabled);
+            wrong += WiFiAccessPointEnableGet(1, &enabled) != 0 ? 1 : 0;
+        }
+    });
+    EXPECT_EQ(wrong, 0U);
+}
+
+TEST(Threads, SetContentionParametersAtOnce) {
+    std::atomic<unsigned> wrong = 0;
+    ASSERT_EQ(WiFiLock(), 0U);
+    ASSERT_EQ(WiFiUnlock(), 0U);
+    // Without the lock, by design: each thread's text is its own, and the store's last one stays.
+    inThreads(kThreads, [&wrong](unsigned n) {
+        for (unsigned round = 0; round < 100 * kRounds; ++round) {
+            std::uint32_t value = 0;
+            wrong += WiFiAccessPointACAIFSNSet(nullptr, 1, 1 + n, 2) != 0 ? 1 : 0;
+            wrong += WiFiAccessPointACAIFSNGet(1, 1 + n, &value) != 0 ? 1 : 0;
+        }
+    });
+    EXPECT_EQ(wrong, 0U);
+}
+
+}  // namespace quorvel::threads

@@ -1,0 +1,303 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "FreshProcess.h"
+#include "PlatformTest.h"
+#include "QuorvelWiFiInternal.h"
+
+// The counters of the interface that carries an SSID.
+
+namespace quorvel {
+
+namespace {
+
+using scripted::GuardedBlock;
+using scripted::PlatformTest;
+using scripted::runFresh;
+using Texts = std::vector<std::string>;
+
+constexpr std::uint32_t kUntouched = 0x5A5A5A5A;
+constexpr char kHeaders[] = "Inter-|   Receive\n face |bytes\n";
+
+// A line whose sixteen counters are base + 1 to base + 16.
+std::string interfaceLine(const std::string& name, std::uint32_t base) {
+    std::string line = name + ":";
+    for (std::uint32_t n = 1; n <= 16; ++n) {
+        line += " " + std::to_string(base + n);
+    }
+    return line + "\n";
+}
+
+class SsidStatistics : public PlatformTest {
+  protected:
+    void setInterfaces(const std::string& lines) {
+        platform.setFile("/proc/net/dev", kHeaders + lines);
+    }
+
+    bool failed(const char* function, const std::string& message) {
+        for (const auto& line : platform.logs()) {
+            if (line.level == 0 && line.function == function && line.text == message) {
+                EXPECT_EQ(line.file, "wifi/QuorvelWiFiSSIDStatsImpl");
+                return true;
+            }
+        }
+        return false;
+    }
+};
+
+struct Row {
+    std::uint32_t (*get)(std::uint32_t, std::uint32_t*);
+    std::uint32_t node;
+    std::uint32_t column;  // from 1; 0 is not supported
+};
+
+constexpr Row kRows[] = {
+    {WiFiSSIDStatsBytesSentGet, 1, 9},
+    {WiFiSSIDStatsBytesReceivedGet, 2, 1},
+    {WiFiSSIDStatsPacketsSentGet, 3, 10},
+    {WiFiSSIDStatsPacketsReceivedGet, 4, 2},
+    {WiFiSSIDStatsErrorsSentGet, 5, 11},
+    {WiFiSSIDStatsRetransCountGet, 6, 0},
+    {WiFiSSIDStatsFailedRetransCountGet, 7, 0},
+    {WiFiSSIDStatsRetryCountGet, 8, 0},
+    {WiFiSSIDStatsMultipleRetryCountGet, 9, 0},
+    {WiFiSSIDStatsACKFailureCountGet, 10, 0},
+    {WiFiSSIDStatsAggregatedPacketCountGet, 11, 0},
+    {WiFiSSIDStatsErrorsReceivedGet, 12, 3},
+    {WiFiSSIDStatsUnicastPacketsSentGet, 13, 10},
+    {WiFiSSIDStatsUnicastPacketsReceivedGet, 14, 2},
+    {WiFiSSIDStatsDiscardPacketsSentGet, 15, 12},
+    {WiFiSSIDStatsDiscardPacketsReceivedGet, 16, 4},
+    {WiFiSSIDStatsMulticastPacketsSentGet, 17, 16},
+    {WiFiSSIDStatsMulticastPacketsReceivedGet, 18, 8},
+    {WiFiSSIDStatsBroadcastPacketsSentGet, 19, 0},
+    {WiFiSSIDStatsBroadcastPacketsReceivedGet, 20, 0},
+    {WiFiSSIDStatsUnknownProtoPacketsReceivedGet, 21, 0},
+};
+
+TEST_F(SsidStatistics, AreColumnsOfTheInterface) {
+    setInterfaces(interfaceLine("lo", 9000) + interfaceLine("wl0", 100) + interfaceLine("wl0.1", 200));
+    for (const Row& row : kRows) {
+        SCOPED_TRACE(row.node);
+        platform.forget();
+        std::uint32_t value = kUntouched;
+        EXPECT_EQ(row.get(1, &value), 0U);
+        EXPECT_EQ(value, row.column == 0 ? kUntouched : 100 + row.column);
+        EXPECT_EQ(platform.callCount("fopen"), row.column == 0 ? 0U : 1U);
+        EXPECT_EQ(platform.callCount("fclose"), row.column == 0 ? 0U : 1U);
+        value = kUntouched;
+        EXPECT_EQ(Quorvel_P_WiFiSSIDStatsGet(1, row.node, &value), row.column == 0 ? 1U : 0U);
+        EXPECT_EQ(value, row.column == 0 ? kUntouched : 100 + row.column);
+    }
+}
+
+TEST_F(SsidStatistics, OfNodesWithoutColumnFail) {
+    setInterfaces(interfaceLine("wl0", 100));
+    for (const std::uint32_t node : {0U, 6U, 7U, 8U, 9U, 10U, 11U, 19U, 20U, 21U, 22U}) {
+        platform.forget();
+        std::uint32_t value = kUntouched;
+        EXPECT_EQ(Quorvel_P_WiFiSSIDStatsGet(1, node, &value), 1U);
+        EXPECT_EQ(value, kUntouched);
+        EXPECT_TRUE(
+            failed("Quorvel_P_WiFiSSIDStatsGet", "Don't support stats for node[" + std::to_string(node) + "] yet."));
+    }
+}
+
+TEST_F(SsidStatistics, OfASsidComeFromItsInterface) {
+    const std::pair<std::uint32_t, const char*> rows[] = {{1, "wl0"},    {2, "wl0.1"},  {8, "wl0.7"}, {9, "wl1"},
+                                                          {10, "wl1.1"}, {16, "wl1.7"}, {17, "wl2"},  {24, "wl2.7"}};
+    std::string lines;
+    std::uint32_t base = 0;
+    for (const char* radio : {"wl0", "wl1", "wl2"}) {
+        // The slots first: the main interface is found by its whole name, not by what it begins with.
+        for (int slot = 1; slot <= 7; ++slot) {
+            lines += interfaceLine(std::string(radio) + "." + std::to_string(slot), base += 100);
+        }
+        lines += interfaceLine(std::string(radio) + "0", base += 100);
+        lines += interfaceLine(radio, base += 100);
+    }
+    setInterfaces(lines);
+    for (const auto& [instance, name] : rows) {
+        platform.forget();
+        std::uint32_t value = 0;
+        EXPECT_EQ(WiFiSSIDStatsBytesReceivedGet(instance, &value), 0U);
+        EXPECT_TRUE(platform.logged(2, std::string("Looking for stats for interface[") + name + "]"));
+        const std::string line = std::string("\n") + name + ": " + std::to_string(value) + " ";
+        EXPECT_NE(("\n" + lines).find(line), std::string::npos) << line;
+    }
+}
+
+TEST_F(SsidStatistics, FollowTheSlotTable) {
+    EXPECT_TRUE(runFresh([] {
+        auto& fresh = scripted::Platform::instance();
+        fresh.setFile("/proc/net/dev", kHeaders + interfaceLine("wl0", 100) + interfaceLine("wl1", 200));
+        EXPECT_EQ(WiFiSystemAccessPointRadioInstanceGet(9), 2U);
+        std::uint32_t value = 0;
+        EXPECT_EQ(WiFiSSIDStatsBytesReceivedGet(9, &value), 0U);
+        EXPECT_EQ(value, 201U);
+    }));
+}
+
+TEST_F(SsidStatistics, RefuseInstancesAndNodesThatDoNotExistAndNoOutput) {
+    setInterfaces(interfaceLine("wl0", 100));
+    std::uint32_t value = kUntouched;
+    const struct {
+        std::uint32_t ssid;
+        std::uint32_t node;
+        std::uint32_t* out;
+    } rows[] = {{0, 1, &value}, {25, 1, &value}, {0xFFFFFFFF, 1, &value}, {1, 23, &value}, {1, 1, nullptr}};
+    for (const auto& row : rows) {
+        platform.forget();
+        EXPECT_EQ(Quorvel_P_WiFiSSIDStatsGet(row.ssid, row.node, row.out), 6U);
+        EXPECT_TRUE(failed("Quorvel_P_WiFiSSIDStatsGet", "Invalid sSIDInstance[" + std::to_string(row.ssid) +
+                                                             "] or nodeIdx[" + std::to_string(row.node) +
+                                                             "] or NULL pointer"));
+        EXPECT_EQ(platform.callTexts(), Texts{});
+    }
+    EXPECT_EQ(value, kUntouched);
+    EXPECT_EQ(WiFiSSIDStatsBytesSentGet(25, &value), 6U);
+}
+
+TEST_F(SsidStatistics, FailWithoutTheKernelsFile) {
+    std::uint32_t value = kUntouched;
+    EXPECT_EQ(WiFiSSIDStatsBytesSentGet(1, &value), 1U);
+    EXPECT_EQ(value, kUntouched);
+    EXPECT_TRUE(failed("Quorvel_P_WiFiSSIDStatsGet", "Quorvel_P_WiFiSSIDStatsGet fopen() fail !!"));
+}
+
+TEST_F(SsidStatistics, FailWithoutTheInterface) {
+    for (const std::string& lines : {std::string(), interfaceLine("wl0.1", 100), interfaceLine("wl00", 100)}) {
+        platform.forget();
+        setInterfaces(lines);
+        std::uint32_t value = kUntouched;
+        EXPECT_EQ(WiFiSSIDStatsBytesSentGet(1, &value), 1U);
+        EXPECT_EQ(value, kUntouched);
+        EXPECT_TRUE(failed("Quorvel_P_WiFiSSIDStatsGet", "Don't find interface[wl0] in net_dev_stats"));
+        EXPECT_TRUE(platform.logged(2, "file reach the end \n"));
+        EXPECT_EQ(platform.callCount("fclose"), 1U);
+    }
+}
+
+TEST_F(SsidStatistics, SkipTheTwoHeaderLinesWhateverTheySay) {
+    platform.setFile("/proc/net/dev",
+                     interfaceLine("wl0", 100) + interfaceLine("wl0", 200) + interfaceLine("wl0", 300));
+    std::uint32_t value = 0;
+    EXPECT_EQ(WiFiSSIDStatsBytesReceivedGet(1, &value), 0U);
+    EXPECT_EQ(value, 301U);
+}
+
+TEST_F(SsidStatistics, EndTheSearchAtALineThatDoesNotParse) {
+    // Without a blank behind the colon the name and the first number are one word.
+    const std::string glued = "wl0:1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n";
+    setInterfaces(glued + interfaceLine("wl0", 100));
+    std::uint32_t value = kUntouched;
+    EXPECT_EQ(WiFiSSIDStatsBytesSentGet(1, &value), 1U);
+    EXPECT_EQ(value, kUntouched);
+    EXPECT_TRUE(failed("Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext", "failed reading at line " + glued + " \n"));
+    EXPECT_TRUE(failed("Quorvel_P_WiFiSSIDStatsGet", "Don't find interface[wl0] in net_dev_stats"));
+}
+
+TEST_F(SsidStatistics, AreDumpedByPosition) {
+    setInterfaces(interfaceLine("  wl0", 100));
+    std::uint32_t value = 0;
+    EXPECT_EQ(WiFiSSIDStatsBytesSentGet(1, &value), 0U);
+    EXPECT_EQ(platform.logTexts(2),
+              (Texts{"Looking for stats for interface[wl0]", "------> Dump interface[wl0] stats", "interfacename wl0",
+                     "RxBytes      101", "RxPkts       102", "RxErrors     103", "RxDrops      104", "RxFifo       105",
+                     "RxFrame      106", "RxCompressed 107", "RxMulticast  108", "TxBytes      109", "TxPkts       110",
+                     "TxErrors     111", "TxDrops      112", "TxFifo       113", "TxFrame      114", "TxCompressed 115",
+                     "TxMulticast  116"}));
+}
+
+TEST_F(SsidStatistics, ApplyHasNothingToWrite) {
+    GuardedBlock context(216);
+    ASSERT_EQ(WiFiSSIDStatsInitContext(context.get()), 0U);
+    EXPECT_EQ(WiFiSSIDStatsApplyContext(context.get(), 1), 0U);
+    EXPECT_EQ(platform.callCount("wlcsm_mngr_set"), 0U);
+    EXPECT_EQ(WiFiSSIDStatsCheckContextNodeSet(context.get(), 21), 0U);
+    EXPECT_FALSE(platform.logged(0, "Exceeded subnodes"));
+    EXPECT_EQ(WiFiSSIDStatsCheckContextNodeSet(context.get(), 22), 0U);
+    EXPECT_TRUE(platform.logged(0, "Exceeded subnodes"));
+}
+
+// --- Lines of the kernel's file -------------------------------------------------------------------------------------
+
+class InterfaceLine : public PlatformTest {
+  protected:
+    // Parses the first line of the text between guard bytes.
+    std::uint32_t parse(const std::string& text) {
+        platform.setFile("/lines", text);
+        FILE* stream = fopen("/lines", "r");
+        const std::uint32_t result =
+            Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext(stream, static_cast<NetDevStats*>(block.get()));
+        (void)fclose(stream);
+        EXPECT_TRUE(block.intact());
+        return result;
+    }
+
+    [[nodiscard]] std::string name() {
+        return block.text();
+    }
+    [[nodiscard]] std::uint32_t counter(std::size_t n) const {
+        return block.at<std::uint32_t>(128 + 4 * n);
+    }
+
+    GuardedBlock block{sizeof(NetDevStats)};
+};
+
+TEST_F(InterfaceLine, FillsTheRecordInColumnOrder) {
+    EXPECT_EQ(sizeof(NetDevStats), 192U);
+    EXPECT_EQ(parse("   eth0: 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 4294967295\n"), 0U);
+    EXPECT_EQ(name(), "eth0");
+    for (std::size_t n = 0; n < 15; ++n) {
+        EXPECT_EQ(counter(n), n + 1);
+    }
+    EXPECT_EQ(counter(15), 4294967295U);
+}
+
+TEST_F(InterfaceLine, LosesOneTrailingColonOnly) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"wl0:", "wl0"}, {"wl0", "wl0"}, {"wl0::", "wl0:"}, {":", ""}, {"a:b", "a:b"}};
+    for (const auto& [word, expected] : rows) {
+        EXPECT_EQ(parse(std::string(word) + " 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n"), 0U);
+        EXPECT_EQ(name(), expected);
+    }
+}
+
+TEST_F(InterfaceLine, NeedsItsSixteenNumbers) {
+    for (const char* line : {"wl0: 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15\n", "wl0:\n", "\n", "   \n",
+                             "wl0: 1 2 3 x 5 6 7 8 9 10 11 12 13 14 15 16\n"}) {
+        platform.forget();
+        EXPECT_EQ(parse(line), 1U);
+        EXPECT_TRUE(platform.logged(0, std::string("failed reading at line ") + line + " \n"));
+    }
+    EXPECT_EQ(parse("wl0: 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18\n"), 0U);
+    EXPECT_EQ(counter(15), 16U);
+}
+
+TEST_F(InterfaceLine, TellsTheEndAsTraffic) {
+    EXPECT_EQ(parse(""), 1U);
+    EXPECT_EQ(platform.logTexts(2), Texts{"file reach the end \n"});
+    EXPECT_EQ(platform.logTexts(0), Texts{});
+}
+
+TEST_F(InterfaceLine, BoundsTheNameByItsField) {
+    EXPECT_EQ(parse(std::string(127, 'n') + " 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n"), 0U);
+    EXPECT_EQ(name(), std::string(127, 'n'));
+    // A longer name goes on where the first number is expected.
+    EXPECT_EQ(parse(std::string(300, 'n') + " 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n"), 1U);
+    EXPECT_EQ(parse(std::string(4096, 'n') + "\n"), 1U);
+}
+
+TEST_F(InterfaceLine, IsReadInPiecesOfFiveHundredAndEleven) {
+    EXPECT_EQ(parse("wl0:" + std::string(600, ' ') + "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n"), 1U);
+    EXPECT_EQ(parse("wl0:" + std::string(400, ' ') + "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n"), 0U);
+}
+
+}  // namespace
+
+}  // namespace quorvel

@@ -1,0 +1,235 @@
+#include <cstdarg>
+#include <cstdint>
+#include <cstring>
+
+#include "Rendering.h"
+#include "ScriptedPlatform.h"
+#include "quorvel.h"
+
+// The host framework. Contexts are kept faithfully in their 132-byte header: mark, size, and one bit per node.
+
+using quorvel::scripted::context;
+using quorvel::scripted::LogLine;
+using quorvel::scripted::out;
+using quorvel::scripted::Platform;
+using quorvel::scripted::renderAll;
+
+namespace {
+
+struct Header {
+    std::uint32_t mark;
+    std::uint32_t size;
+    std::uint8_t setMap[QUORVEL_CONTEXT_HEADER_SIZE - 8];
+};
+static_assert(sizeof(Header) == QUORVEL_CONTEXT_HEADER_SIZE);
+
+constexpr std::uint32_t kMark = 0x51564C43U;
+constexpr std::uint32_t kNodes = sizeof(Header::setMap) * 8;
+
+Platform& platform() {
+    return Platform::instance();
+}
+
+// The forced result of a call that answers 0 for success.
+std::optional<std::uint32_t> forced(const char* name, const std::string& arguments) {
+    const auto rule = platform().enter(name, arguments);
+    if (!rule) {
+        return std::nullopt;
+    }
+    return rule->fails ? 1U : static_cast<std::uint32_t>(rule->result);
+}
+
+Header load(const void* ctx) {
+    Header header{};
+    std::memcpy(&header, ctx, sizeof header);
+    return header;
+}
+
+void store(void* ctx, const Header& header) {
+    std::memcpy(ctx, &header, sizeof header);
+}
+
+bool usable(const void* ctx, std::uint32_t node) {
+    return ctx != nullptr && node < kNodes;
+}
+
+void copyText(char* target, std::size_t size, const std::string& text) {
+    std::memset(target, 0, size);
+    (void)text.copy(target, size - 1);
+}
+
+int theMutex = 0;
+
+}  // namespace
+
+extern "C" {
+
+uint32_t Quorvel_ContextInit(void* ctx, uint32_t size) {
+    if (const auto result = forced("Quorvel_ContextInit", renderAll(context(ctx), size))) {
+        return *result;
+    }
+    if (ctx == nullptr || size < sizeof(Header)) {
+        return 2;
+    }
+    std::memset(ctx, 0, size);
+    Header header{};
+    header.mark = kMark;
+    header.size = size;
+    store(ctx, header);
+    return 0;
+}
+
+uint32_t Quorvel_IsContextInit(void* ctx) {
+    if (const auto result = forced("Quorvel_IsContextInit", renderAll(context(ctx)))) {
+        return *result;
+    }
+    return ctx != nullptr && load(ctx).mark == kMark ? 0 : 1;
+}
+
+uint32_t Quorvel_ContextSetMap(void* ctx, uint32_t node) {
+    if (const auto result = forced("Quorvel_ContextSetMap", renderAll(context(ctx), node))) {
+        return *result;
+    }
+    if (!usable(ctx, node)) {
+        return 1;
+    }
+    Header header = load(ctx);
+    header.setMap[node / 8] = static_cast<std::uint8_t>(header.setMap[node / 8] | (1U << (node % 8)));
+    store(ctx, header);
+    return 0;
+}
+
+uint32_t Quorvel_IsContextSetMap(void* ctx, uint32_t node) {
+    if (const auto result = forced("Quorvel_IsContextSetMap", renderAll(context(ctx), node))) {
+        return *result;
+    }
+    return usable(ctx, node) && (load(ctx).setMap[node / 8] & (1U << (node % 8))) != 0 ? 1 : 0;
+}
+
+uint32_t Quorvel_ContextClearMap(void* ctx, uint32_t node) {
+    if (const auto result = forced("Quorvel_ContextClearMap", renderAll(context(ctx), node))) {
+        return *result;
+    }
+    if (!usable(ctx, node)) {
+        return 1;
+    }
+    Header header = load(ctx);
+    header.setMap[node / 8] = static_cast<std::uint8_t>(header.setMap[node / 8] & ~(1U << (node % 8)));
+    store(ctx, header);
+    return 0;
+}
+
+uint32_t Quorvel_ContextZeroSetMap(void* ctx) {
+    if (const auto result = forced("Quorvel_ContextZeroSetMap", renderAll(context(ctx)))) {
+        return *result;
+    }
+    if (ctx == nullptr) {
+        return 1;
+    }
+    Header header = load(ctx);
+    std::memset(header.setMap, 0, sizeof header.setMap);
+    store(ctx, header);
+    return 0;
+}
+
+void Quorvel_LogPrint(uint32_t level, const char* file, const char* function, uint32_t line, const char* format, ...) {
+    char text[16384];
+    va_list arguments;
+    va_start(arguments, format);
+    (void)std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    LogLine logLine;
+    logLine.level = level;
+    logLine.file = file == nullptr ? "" : file;
+    logLine.function = function == nullptr ? "" : function;
+    logLine.line = line;
+    logLine.format = format;
+    logLine.text = text;
+    platform().log(std::move(logLine));
+}
+
+uint32_t QuorvelOsCreateMutex(const char* name, void** handle) {
+    if (const auto result = forced("QuorvelOsCreateMutex", renderAll(name, out(handle)))) {
+        return *result;
+    }
+    *handle = &theMutex;
+    return 0;
+}
+
+uint32_t QuorvelOsMutexLock(void* handle) {
+    const char* which = handle == &theMutex ? "\"WiFi\"" : "?";
+    if (const auto result = forced("QuorvelOsMutexLock", which)) {
+        return *result;
+    }
+    return handle == &theMutex ? platform().lock() : 1;
+}
+
+// A forced unlock failure still frees the lock, so that the test's end stays clean.
+uint32_t QuorvelOsMutexUnlock(void* handle) {
+    const char* which = handle == &theMutex ? "\"WiFi\"" : "?";
+    const auto result = forced("QuorvelOsMutexUnlock", which);
+    const std::uint32_t unlocked = handle == &theMutex ? platform().unlock() : 1;
+    return result ? *result : unlocked;
+}
+
+uint32_t QuorvelUtilGetCfg(const char* section, const char* key, char* auxiliary, char* value) {
+    if (const auto result = forced("QuorvelUtilGetCfg", renderAll(section, key))) {
+        return *result;
+    }
+    const auto text = platform().configuration(section, key);
+    if (!text) {
+        return 1;
+    }
+    copyText(auxiliary, 16, "text");
+    copyText(value, 64, *text);
+    return 0;
+}
+
+uint32_t QuorvelUtilGetSpawnInfoFromCfg(const char* section, SpawnInfo* info) {
+    if (const auto result = forced("QuorvelUtilGetSpawnInfoFromCfg", renderAll(section))) {
+        return *result;
+    }
+    const auto found = platform().spawnInfo(section);
+    if (!found) {
+        // What a failed look-up leaves in the record is nobody's promise.
+        std::memset(info, 0xA5, sizeof *info);
+        return 1;
+    }
+    *info = *found;
+    return 0;
+}
+
+uint32_t QuorvelOsSpawnProcess(SpawnInfo* info, ProcessRecord* process) {
+    platform().noteSpawned(*info);
+    if (const auto result = forced("QuorvelOsSpawnProcess", renderAll(info->program, info->arguments))) {
+        return *result;
+    }
+    std::memset(process, 0x5A, sizeof *process);
+    return 0;
+}
+
+uint32_t QuorvelOsTerminateProcess(SpawnInfo* info, char* arguments) {
+    platform().noteTerminated(*info);
+    const char* which = arguments == info->arguments ? "arguments of the record" : "other arguments";
+    if (const auto result = forced("QuorvelOsTerminateProcess",
+                                   renderAll(info->program, static_cast<const char*>(arguments)) + ", " + which)) {
+        return *result;
+    }
+    return 0;
+}
+
+int32_t QuorvelUtilGetPidByName(const char* name) {
+    const auto rule = platform().enter("QuorvelUtilGetPidByName", renderAll(name));
+    if (rule) {
+        return rule->fails ? 0 : static_cast<std::int32_t>(rule->result);
+    }
+    return platform().process(name);
+}
+
+}  // extern "C"
+
+namespace quorvel::scripted {
+
+void keepHostCalls() {}
+
+}  // namespace quorvel::scripted
