@@ -1,0 +1,142 @@
+// Station events through the listener, against a loop that makes the same reads, prints and flushes.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <pthread.h>
+#include <quorvel.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "NullPlatform.h"
+#include "QuorvelWiFiExports.h"
+
+namespace {
+
+constexpr std::uint32_t kEvents = 16384;
+constexpr std::size_t kReadSize = 4096;
+
+struct Message {
+    std::uint32_t radio;
+    std::uint32_t bss;
+    std::uint32_t event;
+    std::uint8_t mac[6];
+    std::uint8_t rest[238];
+};
+static_assert(sizeof(Message) == 256);
+
+// What is printed goes nowhere for the life of the object.
+class SilentOutput {
+  public:
+    SilentOutput() : kept_(dup(STDOUT_FILENO)) {
+        std::fflush(stdout);
+        const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        if (dup2(null, STDOUT_FILENO) < 0) std::abort();
+        close(null);
+    }
+    ~SilentOutput() {
+        std::fflush(stdout);
+        (void)dup2(kept_, STDOUT_FILENO);
+        close(kept_);
+    }
+    SilentOutput(const SilentOutput&) = delete;
+    SilentOutput& operator=(const SilentOutput&) = delete;
+
+  private:
+    int kept_;
+};
+
+std::string writeEvents() {
+    std::string path = "/tmp/quorvel-bench-XXXXXX";
+    const int descriptor = mkstemp(path.data());
+    Message message{};
+    message.radio = 1;
+    message.bss = 2;
+    message.event = 8;
+    for (std::uint32_t n = 0; n < kEvents; ++n) {
+        message.mac[5] = static_cast<std::uint8_t>(n);
+        if (write(descriptor, &message, sizeof message) != sizeof message) std::abort();
+    }
+    close(descriptor);
+    return path;
+}
+
+std::uint32_t received;
+const char* eventsPath;
+
+std::uint32_t onEvent(std::uint32_t, std::uint32_t, void*) {
+    // The listener itself never ends.
+    if (++received == kEvents) pthread_exit(nullptr);
+    return 0;
+}
+
+void events(benchmark::State& state, void* (*listener)(void*)) {
+    const std::string path = writeEvents();
+    eventsPath = path.c_str();
+    quorvel::bench::setEvents(eventsPath);
+    {
+        const SilentOutput silent;
+        for (auto _ : state) {
+            received = 0;
+            pthread_t thread{};
+            if (pthread_create(&thread, nullptr, listener, reinterpret_cast<void*>(&onEvent)) != 0) std::abort();
+            pthread_join(thread, nullptr);
+            state.PauseTiming();
+            (void)WiFiNewAPAssociatedDeviceCallbackDeRegister();
+            state.ResumeTiming();
+        }
+    }
+    quorvel::bench::setEvents(nullptr);
+    (void)unlink(path.c_str());
+    state.SetItemsProcessed(state.iterations() * kEvents);
+}
+
+// Starts the library's own listener and waits for its end.
+void* viaLibrary(void* callback) {
+    (void)WiFiNewAPAssociatedDeviceCallbackRegister(reinterpret_cast<AssociatedDeviceCallback>(callback));
+    pthread_join(qvlThreadId, nullptr);
+    qvlThreadId = {};
+    return nullptr;
+}
+
+void* bareLoop(void*) {
+    static std::uint8_t buffer[kReadSize];
+    static char record[124];
+    const int events = open(eventsPath, O_RDONLY | O_CLOEXEC);
+    for (;;) {
+        const ssize_t length = read(events, buffer, sizeof buffer);
+        if (length <= 0) break;
+        std::printf("%s: receive total_len=%d\n", "bareLoop", static_cast<int>(length));
+        std::fflush(stdout);
+        for (ssize_t at = 0; at < length; at += static_cast<ssize_t>(sizeof(Message))) {
+            Message message;
+            std::memcpy(&message, buffer + at, sizeof message);
+            char mac[32];
+            std::snprintf(mac, sizeof mac, "%02X:%02X:%02X:%02X:%02X:%02X", message.mac[0], message.mac[1],
+                          message.mac[2], message.mac[3], message.mac[4], message.mac[5]);
+            Quorvel_LogPrint(2, "bench", "bareLoop", 1, "%d %d %d %s", message.radio, message.bss, message.event, mac);
+            std::printf("%s: recev event on wl%d.%d Event=%d STA MAC=[%s] len=%d\n", "bareLoop",
+                        static_cast<int>(message.radio), static_cast<int>(message.bss), static_cast<int>(message.event),
+                        mac, static_cast<int>(length - at));
+            std::fflush(stdout);
+            std::memcpy(record, mac, sizeof mac);
+            ++received;
+        }
+    }
+    close(events);
+    return nullptr;
+}
+
+void eventsThroughListener(benchmark::State& state) {
+    events(state, viaLibrary);
+}
+BENCHMARK(eventsThroughListener)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime();
+
+void eventsBareLoop(benchmark::State& state) {
+    events(state, bareLoop);
+}
+BENCHMARK(eventsBareLoop)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime();
+
+}  // namespace
