@@ -1,0 +1,154 @@
+#!/usr/bin/env python3
+"""Makes one table of what script/bench measured: prints it, and writes it into the document's place for it."""
+import json
+import os
+import platform
+import re
+import statistics
+import sys
+
+folder, document = sys.argv[1], sys.argv[2]
+
+
+def lines(name):
+    try:
+        with open(os.path.join(folder, name)) as file:
+            return file.read().splitlines()
+    except FileNotFoundError:
+        return []
+
+
+rows = []
+
+
+def row(what, measured, target="", met=None):
+    rows.append((what, measured, target, "" if met is None else "yes" if met else "**no**"))
+
+
+counts = {}
+for line in lines("counts")[1:]:
+    words = line.split()
+    if len(words) >= 4:
+        counts[words[0]] = [float(word) for word in words[1:4]]
+
+
+def added(name, what, limit):
+    if name not in counts:
+        row(what, "not measured", f"≤ {limit}")
+        return
+    value = counts[name][2]
+    row(what, f"{value:.0f}", f"≤ {limit}", value <= limit)
+
+
+added("mapped-number-read", "instructions added to the floor, mapped number read (`WiFiRadioLastChangeGet`)", 250)
+added("mapped-text-read", "… mapped 64-character text read (`WiFiRadioAliasGet`)", 300)
+added("staged-set", "… staged set (`WiFiRadioChannelSet`)", 60)
+added("apply-one-of-24", "… apply of one staged number, 24 nodes walked (350 + 12 a node)", 350 + 12 * 24)
+added("apply-one-of-65", "… apply of one staged number, 65 nodes walked (350 + 12 a node)", 350 + 12 * 65)
+
+benchmarks = {}
+with open(os.path.join(folder, "time.json")) as file:
+    result = json.load(file)
+for entry in result["benchmarks"]:
+    if entry.get("run_type") != "iteration":
+        continue
+    name = entry["run_name"].split("/process_time")[0]
+    benchmarks.setdefault(name, []).append(entry)
+
+
+# The smallest of the repetitions: whatever else the machine does only adds.
+def cpu(name, key="cpu_time"):
+    return min(entry[key] for entry in benchmarks[name])
+
+
+ratio = cpu("wholeModel") / cpu("wholeModelFloor")
+reads = cpu("wholeModel", "reads")
+row(f"whole model read ({reads:.0f} reads: 24 access points, 8 stations each) against its floor, time", f"{ratio:.2f} ×",
+    "≤ 1.25 ×", ratio <= 1.25)
+if "whole-model-read" in counts:
+    row("… the same in instructions that are not the kernel's",
+        f"{counts['whole-model-read'][0] / 1e6:.1f} M, floor {counts['whole-model-read'][1] / 1e6:.1f} M")
+
+for name, what in (("stationFields", "three fields of every station"), ("stationList", "station list")):
+    points = [(n, cpu(f"{name}/{n}")) for n in (1, 8, 64, 256)]
+    slopes = [(b[1] - a[1]) / (b[0] - a[0]) for a, b in zip(points, points[1:])]
+    middle = statistics.median(slopes)
+    spread = max(abs(slope / middle - 1) for slope in slopes)
+    row(f"{what} at 1, 8, 64, 256 stations, ns per further station", ", ".join(f"{slope:.1f}" for slope in slopes),
+        "constant within 15%", spread <= 0.15)
+
+ratios = [cpu(f"neighbourResults/{n}") / cpu(f"neighbourTwoPasses/{n}") for n in (100, 1000, 10000)]
+row("neighbour results, 100, 1,000, 10,000 entries against two bare passes over the file",
+    ", ".join(f"{value:.2f} ×" for value in ratios), "≤ 3 ×", max(ratios) <= 3)
+
+rate = cpu("eventsBareLoop") / cpu("eventsThroughListener")
+row("events through the listener against a bare loop, rate", f"{rate:.2f} ×", "≥ 0.9 ×", rate >= 0.9)
+
+stack = {line.split()[0]: line.split()[1:] for line in lines("stack")}
+own = int(stack["allocations-of-the-plug-in"][0])
+row("heap allocations of the plug-in in all gets, sets, applies and snapshots", str(own), "0", own == 0)
+row("… of the C library's streams for the files and commands that the same reads open",
+    stack["allocations-of-streams"][0])
+
+size = int(lines("armhf.size")[0])
+elf = "\n".join(lines("armhf.elf"))
+text = int(re.search(r" \.text +PROGBITS +\S+ +\S+ +(\S+)", elf).group(1), 16)
+row("armhf library, stripped: file, bytes", f"{size:,}", "≤ 184,320", size <= 184320)
+row("armhf library: code (`.text`), bytes", f"{text:,}", "≤ 49,152", text <= 49152)
+
+if "path-to-value" in counts:
+    value = counts["path-to-value"][0]
+    row("full path to value in the host process (`Device.WiFi.Radio.2.LastChange`), instructions", f"{value:.0f}", "≤ 800",
+        value <= 800)
+else:
+    row("full path to value in the host process, instructions", "not measured", "≤ 800")
+
+native = "\n".join(lines("native.elf"))
+row("load and unload against an empty library, µs", f"{cpu('loadPlugin'):.0f} against {cpu('loadEmptyLibrary'):.0f}")
+row("… relocations, armhf (relative of them)", f"{len(re.findall(r' R_ARM_', elf)):,} ({elf.count('R_ARM_RELATIVE'):,})")
+row("… relocations, this machine (relative of them)",
+    f"{len(re.findall(r' R_X86_64_', native)):,} ({native.count('R_X86_64_RELATIVE'):,})")
+
+for key, what, limit in (("stack-outside-snapshots", "largest stack depth of an exported function", 8192),
+                         ("stack-in-snapshots", "largest stack depth of a snapshot", 16384)):
+    depth = int(stack[key][0])
+    row(f"{what}, bytes ({' '.join(stack[key][1:])})", f"{depth:,}", f"≤ {limit:,}", depth <= limit)
+
+for line in lines("manager.rate"):
+    row("manager requests per second through `libwlcsm.so` and the daemon", f"{int(line.split()[1]):,}")
+for line in lines("idle"):
+    row("processor time of an idle daemon in 5 s, ticks of 10 ms", line)
+boards = {}
+for line in lines("board"):
+    path, time, values = line.split()
+    boards.setdefault(path, []).append((int(time), int(values)))
+if len(boards) == 2:
+    start = statistics.median(time for time, _ in boards["Device.WiFi.RadioNumberOfEntries"])
+    whole = statistics.median(time for time, _ in boards["Device.WiFi."])
+    values = boards["Device.WiFi."][0][1]
+    row("start-up of a board, one read and its end, ms", f"{start / 1000:.0f}")
+    row(f"`quorvel-wifi get Device.WiFi.` ({values:,} lines) on a board started for it, ms", f"{whole / 1000:.0f}")
+
+header = ("What", "Measured", "Target", "Met")
+table = ["| " + " | ".join(header) + " |", "|---|---|---|---|"]
+table += ["| " + " | ".join(cells) + " |" for cells in rows]
+width = max(len(cells[0]) for cells in rows)
+for what, measured, target, met in (header, *rows):
+    print(f"{what:<{width}}  {measured:<34} {target:<20} {met.replace('*', '')}".rstrip())
+
+
+def processor():
+    with open("/proc/cpuinfo") as file:
+        names = [line.split(":", 1)[1].strip() for line in file if line.startswith("model name")]
+    return f"{names[0]}, {len(names)} cores" if names else platform.machine()
+
+
+load = os.getloadavg()[0]
+machine = f"Measured on {processor()}, Linux {platform.release()}, load average {load:.1f}; instructions with callgrind."
+begin, end = "<!-- begin of what script/bench writes -->", "<!-- end of what script/bench writes -->"
+with open(document) as file:
+    content = file.read()
+before, rest = content.split(begin)
+after = rest.split(end)[1]
+with open(document, "w") as file:
+    file.write(before + begin + "\n" + machine + "\n\n" + "\n".join(table) + "\n" + end + after)

@@ -1,0 +1,69 @@
+# Sourced by the developer commands: where the project is, how progress is told, what must be installed.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+step() {
+    printf '\033[1m==> %s\033[0m\n' "$*" | { if [ -t 2 ] && [ -z "${NO_COLOR:-}" ]; then cat; else sed 's/\x1b\[[0-9;]*m//g'; fi; } >&2
+}
+
+fail() {
+    printf 'error: %s\n' "$*" >&2
+    exit 1
+}
+
+# Installs the Debian packages named that are missing, asking for nothing.
+need_packages() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$' || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || fail "missing packages: ${missing[*]}. Install them as root, or install sudo."
+        as_root=(sudo)
+    fi
+    step "installing ${missing[*]}"
+    local log
+    log=$(mktemp)
+    export DEBIAN_FRONTEND=noninteractive
+    if ! "${as_root[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}" >"$log" 2>&1; then
+        # The list of packages may be old or absent.
+        "${as_root[@]}" apt-get update -q >"$log" 2>&1 &&
+            "${as_root[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}" >>"$log" 2>&1 || {
+            cat "$log" >&2
+            rm -f "$log"
+            fail "could not install ${missing[*]}"
+        }
+    fi
+    rm -f "$log"
+}
+
+build_packages=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libedit-dev)
+test_packages=("${build_packages[@]}" googletest g++-arm-linux-gnueabihf g++-i686-linux-gnu qemu-user binutils python3 valgrind
+    clang gcovr)
+
+# Configures and builds a preset: nothing is printed when nothing has to be done.
+build() {
+    local preset=$1
+    shift
+    local log=build/$preset.log
+    mkdir -p build
+    if [ ! -f "build/$preset/build.ninja" ] || [ CMakePresets.json -nt "build/$preset/build.ninja" ]; then
+        step "configuring $preset"
+        cmake --preset "$preset" >"$log" 2>&1 || {
+            cat "$log" >&2
+            fail "configuring $preset failed"
+        }
+    fi
+    if [ -t 2 ]; then
+        cmake --build --preset "$preset" "$@" >&2 || fail "building $preset failed"
+        return
+    fi
+    # Off a terminal a line now and then is enough.
+    NINJA_STATUS='[%f/%t %es] ' cmake --build --preset "$preset" "$@" >"$log" 2>&1 || {
+        grep -vE '^\[[0-9]+/[0-9]+ ' "$log" | tail -n 80 >&2
+        fail "building $preset failed"
+    }
+    tail -n 1 "$log" >&2
+}
