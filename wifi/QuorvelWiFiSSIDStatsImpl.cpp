@@ -39,20 +39,21 @@ struct InterfaceName {
 };
 
 void dump(const NetDevStats& stats) {
-    static constexpr char kLabels[][14] = {
-        "RxBytes      ", "RxPkts       ", "RxErrors     ", "RxDrops      ", "RxFifo       ", "RxFrame      ",
-        "RxCompressed ", "RxMulticast  ", "TxBytes      ", "TxPkts       ", "TxErrors     ", "TxDrops      ",
+    static constexpr char kCounterLines[][17] = {
+        "RxBytes      %lu", "RxPkts       %lu", "RxErrors     %lu", "RxDrops      %lu", "RxFifo       %lu",
+        "RxFrame      %lu", "RxCompressed %lu", "RxMulticast  %lu", "TxBytes      %lu", "TxPkts       %lu",
+        "TxErrors     %lu", "TxDrops      %lu",
         // The sent columns are labelled like the received ones by position, not by what they hold: meant.
-        "TxFifo       ", "TxFrame      ", "TxCompressed ", "TxMulticast  "};
+        "TxFifo       %lu", "TxFrame      %lu", "TxCompressed %lu", "TxMulticast  %lu"};
     const char* function = "Quorvel_P_WiFiSSIDStatsGet";
     Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, "------> Dump interface[%s] stats",
                      stats.ifName);
     Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, "interfacename %s", stats.ifName);
-    uint32_t counters[std::size(kLabels)];
+    uint32_t counters[std::size(kCounterLines)];
     static_assert(offsetof(NetDevStats, txCompressed) + 4 == offsetof(NetDevStats, rxBytes) + sizeof counters);
     memcpy(counters, &stats.rxBytes, sizeof counters);
-    for (size_t n = 0; n < std::size(kLabels); ++n) {
-        Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, "%s%lu", kLabels[n],
+    for (size_t n = 0; n < std::size(kCounterLines); ++n) {
+        Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, kCounterLines[n],
                          static_cast<unsigned long>(counters[n]));
     }
 }
