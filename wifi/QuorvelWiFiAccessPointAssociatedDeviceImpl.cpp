@@ -29,8 +29,8 @@ uint32_t Quorvel_P_GetWiFiAccessPointAssociatedDeviceList(uint32_t ap, uint32_t 
     // Device 0 passes and asks for position -1: meant.
     quorvel::appendDecimal(quorvel::append(name, "wlStaInfo_"), static_cast<int32_t>(dev - 1));
     // A station that has left since is the record as the caller cleared it.
-    (void)wlcsm_mngr_get(WiFiSystemAccessPointRadioInstanceGet(ap) - 1, quorvel::subIndex(ap), name,
-                         static_cast<char*>(record));
+    const quorvel::ManagerAddress address(ap);
+    (void)wlcsm_mngr_get(address.radio, address.sub, name, static_cast<char*>(record));
     return kSuccess;
 }
 
@@ -40,17 +40,17 @@ namespace {
 uint32_t fetch(const char* getter, uint32_t ap, uint32_t dev, StationBuffer& buffer) {
     memset(&buffer, 0, sizeof buffer);
     if (ap == 0) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, getter, __LINE__,
-                         "Invalid accessPointInstance[%d], accessPointInstance should start from 1.", ap);
+        QUORVEL_LOG_AS(getter, quorvel::kLogError,
+                       "Invalid accessPointInstance[%d], accessPointInstance should start from 1.", ap);
         return kInvalidInput;
     }
     uint32_t count = 0;
     // The fetch refuses a device beyond the count, so that there is no need to look at the count again.
     if (Quorvel_P_GetWiFiAccessPointAssociatedDeviceList(ap, dev, &count, buffer.text) == 0) return kSuccess;
-    Quorvel_LogPrint(quorvel::kLogError, kLogFile, getter, __LINE__,
-                     "Quorvel_P_GetWiFiAccessPointAssociatedDeviceList Fail accessPointInstance[%d] "
-                     "associatedDeviceInstance[%d]",
-                     ap, dev);
+    QUORVEL_LOG_AS(getter, quorvel::kLogError,
+                   "Quorvel_P_GetWiFiAccessPointAssociatedDeviceList Fail accessPointInstance[%d] "
+                   "associatedDeviceInstance[%d]",
+                   ap, dev);
     return kFailed;
 }
 

@@ -11,51 +11,40 @@
 using quorvel::kFailed;
 using quorvel::kMacTextLength;
 using quorvel::kSuccess;
-using quorvel::kWiFiAccessPointMapping;
+using quorvel::kWiFiAccessPointObject;
+using quorvel::ManagerAddress;
 using quorvel::ManagerText;
 using quorvel::readManager;
-using quorvel::readOfAccessPoint;
 using quorvel::StationBuffer;
 using quorvel::StationInformation;
 
 namespace {
-
 constexpr char kLogFile[] = "wifi/QuorvelWiFiAccessPointImpl";
-
-// What the manager knows an access point by.
-struct Address {
-    uint32_t radio;  // from 0
-    uint32_t sub;
-    explicit Address(uint32_t ap) : radio(WiFiSystemAccessPointRadioInstanceGet(ap) - 1), sub(quorvel::subIndex(ap)) {}
-};
-
-}  // namespace
+}
 
 #define QUORVEL_DEFINITION "QuorvelWiFiAccessPoint.def"
 #include "ImplementationExpansion.h"
 
 uint32_t WiFiAccessPointApplyContextImpl(void* ctx, uint32_t ap) {
-    return Quorvel_P_WiFiApplyContext(WiFiSystemAccessPointRadioInstanceGet(ap), ap, ctx, kWiFiAccessPointMapping,
-                                      std::size(kWiFiAccessPointMapping));
+    return quorvel::applyMapped(kWiFiAccessPointObject, ap, ctx);
 }
 
 namespace {
 
 // Reads how many stations the access point has; 0, with a word in the log, when it has none or the manager did not say.
 // Signed, so that a negative number is a walk over nobody.
-int32_t countStations(const char* function, const Address& address, uint32_t ap) {
+int32_t countStations(const char* function, const ManagerAddress& address, uint32_t ap) {
     ManagerText value;
     (void)readManager(address.radio, address.sub, "numStations", value);  // an unread number is 0
     const int32_t count = value.number();
     if (count == 0) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__, "There is no station associated on AP[%d]",
-                         ap);
+        QUORVEL_LOG_AS(function, quorvel::kLogError, "There is no station associated on AP[%d]", ap);
     }
     return count;
 }
 
 // Reads a station's record; one that the manager does not have is all zeros.
-void readStation(const Address& address, int32_t position, StationBuffer& buffer) {
+void readStation(const ManagerAddress& address, int32_t position, StationBuffer& buffer) {
     char name[32];
     quorvel::appendDecimal(quorvel::append(name, "wlStaInfo_"), position);
     memset(&buffer, 0, sizeof buffer);
@@ -65,7 +54,7 @@ void readStation(const Address& address, int32_t position, StationBuffer& buffer
 }  // namespace
 
 uint32_t WiFiAccessPointAssociatedDeviceMacListGetImpl(uint32_t ap, char* buf, uint32_t len) {
-    const Address address(ap);
+    const ManagerAddress address(ap);
     const int32_t count = countStations(__func__, address, ap);
     if (count == 0) return kFailed;
     // Appended to what the caller's buffer holds, and never beyond it.
@@ -88,7 +77,7 @@ uint32_t WiFiAccessPointAssociatedDeviceMacListGetImpl(uint32_t ap, char* buf, u
 namespace {
 
 // Finds the station with this MAC address, whatever the case of its letters. Returns false when there is none.
-bool findStation(const char* function, const Address& address, int32_t count, const char* mac,
+bool findStation(const char* function, const ManagerAddress& address, int32_t count, const char* mac,
                  StationInformation& station) {
     StationBuffer buffer;
     for (int32_t n = 0; n < count; ++n) {
@@ -96,9 +85,8 @@ bool findStation(const char* function, const Address& address, int32_t count, co
         if (strncasecmp(buffer.station.macAddress, mac, kMacTextLength) != 0) continue;
         station = buffer.station;
         station.macAddress[sizeof station.macAddress - 1] = '\0';
-        Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, "STA info:%s,%d,%d,%d\n",
-                         station.macAddress, station.rssi, static_cast<int32_t>(station.transmitRate),
-                         static_cast<int32_t>(station.receiveRate));
+        QUORVEL_LOG_AS(function, quorvel::kLogTraffic, "STA info:%s,%d,%d,%d\n", station.macAddress, station.rssi,
+                       static_cast<int32_t>(station.transmitRate), static_cast<int32_t>(station.receiveRate));
         return true;
     }
     return false;
@@ -109,12 +97,12 @@ template <typename Number>
 uint32_t readOfStation(const char* function, const char* message, uint32_t ap, const char* mac, int32_t* out,
                        Number StationInformation::*member) {
     *out = 0;
-    const Address address(ap);
+    const ManagerAddress address(ap);
     const int32_t count = countStations(function, address, ap);
     if (count == 0) return kFailed;
     StationInformation station;
     if (findStation(function, address, count, mac, station)) *out = static_cast<int32_t>(station.*member);
-    Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, message, *out);
+    QUORVEL_LOG_AS(function, quorvel::kLogTraffic, message, *out);
     return kSuccess;
 }
 
@@ -136,11 +124,11 @@ uint32_t WiFiAccessPointAssociatedDeviceTxRateGetImpl(uint32_t ap, const char* m
 uint32_t WiFiAccessPointBeaconRateGetImpl(uint32_t ap, char* buf, uint32_t len) {
     ManagerText value;
     // The band is the radio's, whatever the access point.
-    (void)readManager(Address(ap).radio, 0, "wlBand", value);  // an unread band is band 0
+    (void)readManager(ManagerAddress(ap).radio, 0, "wlBand", value);  // an unread band is band 0
     const int32_t band = value.number();
     QUORVEL_LOG_TRAFFIC("wlBand[%d]", band);
     uint32_t rate = 0;
-    const uint32_t result = readOfAccessPoint(kWiFiAccessPointMapping, ap, WiFiAccessPointNode::BeaconRate, &rate);
+    const uint32_t result = quorvel::readMapped(kWiFiAccessPointObject, ap, WiFiAccessPointNode::BeaconRate, &rate);
     if (result != 0) {
         QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet WIFIACCESSPOINT_BEACONRATE fail");
         return result;
@@ -163,7 +151,7 @@ uint32_t WiFiAccessPointBeaconRateGetImpl(uint32_t ap, char* buf, uint32_t len) 
 namespace {
 
 // Reads how often the manager has seen the station associate.
-uint64_t associationCount(const Address& address, const char* mac) {
+uint64_t associationCount(const ManagerAddress& address, const char* mac) {
     constexpr size_t kDigits = 8;
     char name[64] = {};
     snprintf(name, sizeof name, "wlStaAssocCnt_%s", mac);
@@ -179,9 +167,9 @@ constexpr uint32_t kReceive = 1;
 uint32_t statsResult(const char* function, uint32_t ap, const char* mac, uint32_t direction, uint32_t w1, uint32_t w2,
                      uint64_t* out) {
     *out = 0;
-    const Address address(ap);
+    const ManagerAddress address(ap);
     if (wlcsm_mngr_clientRxTxStatsResult(address.radio, address.sub, mac, direction, w1, w2) != 0) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__, "wlcsm_mngr_clientRxTxStatsResult fail");
+        QUORVEL_LOG_AS(function, quorvel::kLogError, "wlcsm_mngr_clientRxTxStatsResult fail");
         return kFailed;
     }
     *out = associationCount(address, mac);
@@ -200,7 +188,7 @@ uint32_t WiFiAccessPointTxStatsResultGetImpl(uint32_t ap, const char* mac, uint3
 
 uint32_t WiFiAccessPointStatsGetImpl(uint32_t ap, const char* mac, void* record, uint64_t* out) {
     *out = 0;
-    const Address address(ap);
+    const ManagerAddress address(ap);
     if (wlcsm_mngr_sta_info(address.radio, address.sub, mac, record) != 0) {
         QUORVEL_LOG_ERROR("wlcsm_mngr_sta_info fail");
         return kFailed;
@@ -210,7 +198,7 @@ uint32_t WiFiAccessPointStatsGetImpl(uint32_t ap, const char* mac, void* record,
 }
 
 uint32_t WiFiAccessPointSsidNameStatusGetImpl(uint32_t ap, void* buffer) {
-    const Address address(ap);
+    const ManagerAddress address(ap);
     if (wlcsm_mngr_ssid_info(address.radio, address.sub, buffer) != 0) {
         QUORVEL_LOG_ERROR("wlcsm_mngr_ssid_info fail");
         return kFailed;
@@ -219,7 +207,7 @@ uint32_t WiFiAccessPointSsidNameStatusGetImpl(uint32_t ap, void* buffer) {
 }
 
 uint32_t WiFiAccessPointMacModeGetImpl(uint32_t ap, uint32_t* out) {
-    const Address address(ap);
+    const ManagerAddress address(ap);
     char interface[31];
     if ((ap & 7) == 1) {
         snprintf(interface, sizeof interface, "%s%d", "wl", static_cast<int>(address.radio));

@@ -7,8 +7,9 @@
 
 using quorvel::kFailed;
 using quorvel::kSuccess;
-using quorvel::kWiFiAccessPointSecurityMapping;
+using quorvel::ManagerAddress;
 using quorvel::ManagerText;
+using quorvel::startsWith;
 
 namespace {
 
@@ -16,10 +17,6 @@ constexpr char kLogFile[] = "wifi/QuorvelWiFiAccessPointSecurityImpl";
 
 // A mode's name at the manager.
 constexpr size_t kManagerModeSize = 32;
-
-bool startsWith(const char* text, const char* prefix) {
-    return strncmp(text, prefix, strlen(prefix)) == 0;
-}
 
 // Whether a text in a buffer of `size` bytes, which it may fill, is exactly `name`.
 bool equals(const char* text, uint32_t size, const char* name) {
@@ -29,7 +26,8 @@ bool equals(const char* text, uint32_t size, const char* name) {
 
 // Reads a variable of which only so many characters count as a mode's buffer has.
 void readMode(uint32_t ap, const char* variable, ManagerText& value) {
-    (void)quorvel::readManager(WiFiSystemAccessPointRadioInstanceGet(ap) - 1, quorvel::subIndex(ap), variable, value);
+    const ManagerAddress address(ap);
+    (void)quorvel::readManager(address.radio, address.sub, variable, value);
     value.text[kManagerModeSize] = '\0';
 }
 
@@ -91,7 +89,7 @@ uint32_t wepMode(uint32_t ap, char* buf, uint32_t len) {
             (void)WiFiAccessPointSecurityWEPKey4GetImpl(ap, key, kKeyLength);
             break;
         default:
-            Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__, "Invalid keyIdx[%d]", index);
+            QUORVEL_LOG_AS(function, quorvel::kLogError, "Invalid keyIdx[%d]", index);
     }
     const size_t length = strlen(key);
     if (length == 5) {
@@ -99,8 +97,7 @@ uint32_t wepMode(uint32_t ap, char* buf, uint32_t len) {
     } else if (length == 13) {
         quorvel::copyText(buf, len, "WEP-128");
     } else {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__, "Invalid key[%s], length[%d]", key,
-                         static_cast<int>(length));
+        QUORVEL_LOG_AS(function, quorvel::kLogError, "Invalid key[%s], length[%d]", key, static_cast<int>(length));
         return kFailed;
     }
     return kSuccess;
@@ -128,15 +125,14 @@ void stageReset(WiFiAccessPointSecurityContext& context, uint32_t ap) {
     const char* function = "WiFiAccessPointSecurityApplyContextImpl";
     char mode[31] = {};
     if (WiFiAccessPointSecurityModeEnabledGetImpl(ap, mode, sizeof mode) != 0) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__,
-                         "WiFiAccessPointSecurityModeEnabledGetImpl fail.");
+        QUORVEL_LOG_AS(function, quorvel::kLogError, "WiFiAccessPointSecurityModeEnabledGetImpl fail.");
         return;
     }
     for (const char* enterprise : {"WPA-Enterprise", "WPA2-Enterprise", "WPA-WPA2-Enterprise"}) {
         if (strcmp(mode, enterprise) != 0) continue;
-        Quorvel_LogPrint(
-            quorvel::kLogError, kLogFile, function, __LINE__,
-            "WiFi.AccessPoint.Security.Reset is not allowed to set when modeEnabled[%s] is Enterprise type", mode);
+        QUORVEL_LOG_AS(function, quorvel::kLogError,
+                       "WiFi.AccessPoint.Security.Reset is not allowed to set when modeEnabled[%s] is Enterprise type",
+                       mode);
         return;
     }
     memset(context.ModeEnabled, 0, sizeof context.ModeEnabled);
@@ -145,35 +141,33 @@ void stageReset(WiFiAccessPointSecurityContext& context, uint32_t ap) {
 }
 
 void applyMode(const WiFiAccessPointSecurityContext& context, uint32_t ap) {
-    const uint32_t radio = WiFiSystemAccessPointRadioInstanceGet(ap) - 1;
-    const uint32_t sub = quorvel::subIndex(ap);
+    const ManagerAddress address(ap);
     char mode[sizeof context.ModeEnabled + 1] = {};
     memcpy(mode, context.ModeEnabled, sizeof context.ModeEnabled);
     // What the manager answers is not looked at. A name that only begins like a WEP mode is one: meant.
     if (startsWith(mode, "WEP-64") || startsWith(mode, "WEP-128")) {
-        (void)wlcsm_mngr_set(radio, sub, "wlWep", "enabled");
-        (void)wlcsm_mngr_set(radio, sub, "wlAuthMode", "open");
+        (void)wlcsm_mngr_set(address.radio, address.sub, "wlWep", "enabled");
+        (void)wlcsm_mngr_set(address.radio, address.sub, "wlAuthMode", "open");
         return;
     }
-    (void)wlcsm_mngr_set(radio, sub, "wlWep", "disabled");
+    (void)wlcsm_mngr_set(address.radio, address.sub, "wlWep", "disabled");
     char managerMode[kManagerModeSize] = {};
     (void)wlcsm_dm_adjust_security(mode, sizeof mode, managerMode, sizeof managerMode, 1);  // always 0
-    (void)wlcsm_mngr_set(radio, sub, "wlAuthMode", managerMode);
+    (void)wlcsm_mngr_set(address.radio, address.sub, "wlAuthMode", managerMode);
 }
 
 }  // namespace
 
 uint32_t WiFiAccessPointSecurityApplyContextImpl(void* ctx, uint32_t ap) {
     auto& context = *static_cast<WiFiAccessPointSecurityContext*>(ctx);
-    if (WiFiAccessPointSecurityCheckContextNodeSet(ctx, WiFiAccessPointSecurityNode::Reset) != 0) {
+    if (Quorvel_IsContextSetMap(ctx, WiFiAccessPointSecurityNode::Reset) != 0) {
         if (context.Reset == 1) stageReset(context, ap);
         (void)Quorvel_ContextClearMap(ctx, WiFiAccessPointSecurityNode::Reset);
     }
     // Marked by a Set or by the reset, which overrules it.
-    if (WiFiAccessPointSecurityCheckContextNodeSet(ctx, WiFiAccessPointSecurityNode::ModeEnabled) != 0) {
+    if (Quorvel_IsContextSetMap(ctx, WiFiAccessPointSecurityNode::ModeEnabled) != 0) {
         applyMode(context, ap);
         (void)Quorvel_ContextClearMap(ctx, WiFiAccessPointSecurityNode::ModeEnabled);
     }
-    return Quorvel_P_WiFiApplyContext(WiFiSystemAccessPointRadioInstanceGet(ap), ap, ctx,
-                                      kWiFiAccessPointSecurityMapping, std::size(kWiFiAccessPointSecurityMapping));
+    return quorvel::applyMapped(quorvel::kWiFiAccessPointSecurityObject, ap, ctx);
 }

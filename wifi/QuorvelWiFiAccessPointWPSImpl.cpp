@@ -8,12 +8,12 @@
 
 using quorvel::kSuccess;
 using quorvel::kValueSize;
-using quorvel::kWiFiAccessPointWPSMapping;
-using quorvel::readOfAccessPoint;
+using quorvel::kWiFiAccessPointWPSObject;
 
 namespace {
 
 constexpr char kLogFile[] = "wifi/QuorvelWiFiAccessPointWPSImpl";
+constexpr char kApply[] = "WiFiAccessPointWPSApplyContextImpl";
 
 // The radios, a bit each, on which this library has switched WPS on since it was loaded. Guarded by the global lock.
 uint32_t wpsRadios;
@@ -26,7 +26,7 @@ uint32_t wpsRadios;
 uint32_t WiFiAccessPointWPSEnableGetImpl(uint32_t ap, uint8_t* out) {
     char mode[kValueSize + 1] = {};
     const uint32_t result =
-        readOfAccessPoint(kWiFiAccessPointWPSMapping, ap, WiFiAccessPointWPSNode::Enable, mode, kValueSize);
+        quorvel::readMapped(kWiFiAccessPointWPSObject, ap, WiFiAccessPointWPSNode::Enable, mode, kValueSize);
     if (result != 0) {
         QUORVEL_LOG_ERROR("WPS enable get fail");
         return result;
@@ -52,7 +52,7 @@ struct Staged {
     uint32_t sub;
 
     [[nodiscard]] bool has(uint32_t node) const {
-        return WiFiAccessPointWPSCheckContextNodeSet(&context, node) != 0;
+        return Quorvel_IsContextSetMap(&context, node) != 0;
     }
     void clear(uint32_t node) const {
         (void)Quorvel_ContextClearMap(&context, node);
@@ -68,8 +68,7 @@ struct Staged {
         uint8_t enabled = 0;
         (void)WiFiAccessPointWPSEnableGetImpl(ap, &enabled);  // an unread switch is off
         if (enabled == 0) {
-            Quorvel_LogPrint(quorvel::kLogError, kLogFile, "WiFiAccessPointWPSApplyContextImpl", __LINE__,
-                             "WPS is not enabled.");
+            QUORVEL_LOG_AS(kApply, quorvel::kLogError, "WPS is not enabled.");
         }
         return enabled != 0;
     }
@@ -91,7 +90,6 @@ void applyEnable(const Staged& staged) {
 
 // Starts the exchange of the staged method.
 void startExchange(const Staged& staged) {
-    const char* function = "WiFiAccessPointWPSApplyContextImpl";
     constexpr uint32_t kPinLength = 16;
     char method[sizeof staged.context.Method + 1] = {};
     memcpy(method, staged.context.Method, sizeof staged.context.Method);
@@ -104,10 +102,10 @@ void startExchange(const Staged& staged) {
         if (length == 4 || length == 8) {
             staged.exchange("client-pin");
         } else {
-            Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__, "Invalid Station Pin Length.");
+            QUORVEL_LOG_AS(kApply, quorvel::kLogError, "Invalid Station Pin Length.");
         }
     } else {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__, "Not supported WPSMethod[%s]\n", method);
+        QUORVEL_LOG_AS(kApply, quorvel::kLogError, "Not supported WPSMethod[%s]\n", method);
     }
     staged.write("wlWscAuthoStaMac", nullptr);
 }
@@ -128,5 +126,5 @@ uint32_t WiFiAccessPointWPSApplyContextImpl(void* ctx, uint32_t ap) {
         staged.clear(quorvel::kWpsCancelNode);
     }
     // One more than the table's rows: node 9 is never marked here, and only a marked node's row is looked at. Meant.
-    return Quorvel_P_WiFiApplyContext(radio, ap, ctx, kWiFiAccessPointWPSMapping, quorvel::kWpsCancelNode + 1);
+    return Quorvel_P_WiFiApplyContext(radio, ap, ctx, quorvel::kWiFiAccessPointWPSMapping, quorvel::kWpsCancelNode + 1);
 }
