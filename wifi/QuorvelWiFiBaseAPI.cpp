@@ -444,15 +444,14 @@ void reportBoard(const char* identifier) {
     static constexpr char kAccepted[][7] = {"0x0030", "0x0040", "0x0070", "0x0160", "0x0080"};
     // Four characters are compared: whatever begins with 0xff is no identifier. Meant.
     if (identifier[0] == '\0' || strncmp(identifier, "0xffff", 4) == 0) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, "WiFiInit", __LINE__, "WBID is not supported");
+        QUORVEL_LOG_AS("WiFiInit", quorvel::kLogError, "WBID is not supported");
         return;
     }
     for (const char* accepted : kAccepted) {
         if (strncmp(identifier, accepted, 6) == 0) return;
     }
     // Start-up goes on, whatever the message says: meant.
-    Quorvel_LogPrint(quorvel::kLogError, kLogFile, "WiFiInit", __LINE__,
-                     "Found WBID:%s unsupported, WiFiInit terminated.", identifier);
+    QUORVEL_LOG_AS("WiFiInit", quorvel::kLogError, "Found WBID:%s unsupported, WiFiInit terminated.", identifier);
 }
 
 bool namesChip(const char* piece) {
@@ -478,7 +477,7 @@ uint32_t countChips(FILE* listing) {
 void publishChipCount(uint32_t count) {
     FILE* file = fopen(kChipCountFile, "w");
     if (file == nullptr) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, "WiFiInit", __LINE__, "Open %s fail.", kChipCountFile);
+        QUORVEL_LOG_AS("WiFiInit", quorvel::kLogError, "Open %s fail.", kChipCountFile);
         return;
     }
     fprintf(file, "%d", static_cast<int32_t>(count));
@@ -489,29 +488,31 @@ void say(const char* line) {
     fwrite(line, 1, strlen(line), stderr);
 }
 
-// Loads the driver that the configuration names under `key`. Returns the lookup's result.
-uint32_t loadDriver(const char* key, const char* announcement, const char* failure) {
+// A driver as the configuration names it: the host's 64 bytes, and a NUL for a text that fills them.
+struct Driver {
+    char text[64 + 1];
+};
+
+// Looks the driver up under `key`. Returns the host's result.
+uint32_t findDriver(const char* key, Driver& driver) {
     char auxiliary[16] = {};
-    char driver[64] = {};
-    const uint32_t result = QuorvelUtilGetCfg("Device.WiFi", key, auxiliary, driver);
-    if (result != 0) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, "WiFiInit", __LINE__, "%s", failure);
-        return result;
-    }
-    say(announcement);
-    char command[128] = {};
-    snprintf(command, sizeof command, "insmod %.*s > /dev/null", static_cast<int>(sizeof driver), driver);
-    (void)!system(command);  // a driver that is loaded already is no failure
-    return kSuccess;
+    memset(&driver, 0, sizeof driver);
+    return QuorvelUtilGetCfg("Device.WiFi", key, auxiliary, driver.text);
 }
 
-void raiseDriverTask(const char* task, const char* failure) {
+void loadDriver(const Driver& driver) {
+    char command[128] = {};
+    snprintf(command, sizeof command, "insmod %s > /dev/null", driver.text);
+    (void)!system(command);  // a driver that is loaded already is no failure
+}
+
+// Gives a driver's task real-time priority; one that is not there is passed over. Returns false when it is refused.
+bool raisePriority(const char* task) {
     const int32_t id = QuorvelUtilGetPidByName(task);
-    if (id <= 0) return;
+    if (id <= 0) return true;
     sched_param parameters{};
     parameters.sched_priority = 5;
-    if (sched_setscheduler(id, SCHED_RR, &parameters) == 0) return;
-    Quorvel_LogPrint(quorvel::kLogError, kLogFile, "WiFiInit", __LINE__, "%s", failure);
+    return sched_setscheduler(id, SCHED_RR, &parameters) == 0;
 }
 
 // Everything between the count of chips and the start times.
@@ -519,23 +520,36 @@ uint32_t startSystem(uint32_t chips) {
     const char* function = "WiFiInit";
     uint32_t result = WiFiSystemInit();
     if (result != 0) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__, "WiFiSystemInit Failure with errno %d",
-                         result);
+        QUORVEL_LOG_AS(function, quorvel::kLogError, "WiFiSystemInit Failure with errno %d", result);
         return result;
     }
     say("Loading wireless driver...\n");
+    Driver driver;
     if (chips != 0) {
-        result = loadDriver("WL_Driver", "Loading WL wireless driver...\n", "Don't find WL_Driver in configure file.");
-        if (result != 0) return result;
+        result = findDriver("WL_Driver", driver);
+        if (result != 0) {
+            QUORVEL_LOG_AS(function, quorvel::kLogError, "Don't find WL_Driver in configure file.");
+            return result;
+        }
+        say("Loading WL wireless driver...\n");
+        loadDriver(driver);
     }
-    result = loadDriver("WLCSM_Driver", "Loading WLCSM driver...\n", "Don't find WLCSM_Driver in configure file.");
-    if (result != 0) return result;
-    raiseDriverTask("wler_thread0", "Could not set priority on wler_thread0.\n");
-    raiseDriverTask("wler_thread1", "Could not set priority on wler_thread1.\n");
+    result = findDriver("WLCSM_Driver", driver);
+    if (result != 0) {
+        QUORVEL_LOG_AS(function, quorvel::kLogError, "Don't find WLCSM_Driver in configure file.");
+        return result;
+    }
+    say("Loading WLCSM driver...\n");
+    loadDriver(driver);
+    if (!raisePriority("wler_thread0")) {
+        QUORVEL_LOG_AS(function, quorvel::kLogError, "Could not set priority on wler_thread0.\n");
+    }
+    if (!raisePriority("wler_thread1")) {
+        QUORVEL_LOG_AS(function, quorvel::kLogError, "Could not set priority on wler_thread1.\n");
+    }
     result = Quorvel_P_WiFiLaunchWldaemon();
     if (result != 0) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__,
-                         "Quorvel_P_WiFiLaunchWldaemon Failure with errno %d", result);
+        QUORVEL_LOG_AS(function, quorvel::kLogError, "Quorvel_P_WiFiLaunchWldaemon Failure with errno %d", result);
     }
     return result;
 }
@@ -601,7 +615,10 @@ uint32_t Quorvel_P_WiFiLaunchWldaemon(void) {
     ProcessRecord process{};
     const uint32_t result = QuorvelOsSpawnProcess(info.forHost(), &process);
     if (result != 0) {
-        QUORVEL_LOG_ERROR("could not spawn child %.*s", static_cast<int>(sizeof info.program), info.program);
+        // A path that fills its field has no terminator.
+        char program[sizeof info.program + 1] = {};
+        memcpy(program, info.program, sizeof info.program);
+        QUORVEL_LOG_ERROR("could not spawn child %s", program);
     }
     QUORVEL_LOG_DONE();
     return result;
