@@ -168,15 +168,14 @@ size_t handleEvent(const uint8_t* message, size_t length, AssociatedDeviceCallba
     char mac[32] = {};
     formatMac(mac, header.mac);
     // Before the event code is looked at: an unknown event is told as an association too. Meant.
-    Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, kListener, __LINE__,
-                     "New STA Association Event on wl%d.%d, Event[%d], STA MAC[%s]", header.radio, header.bss,
-                     header.event, mac);
+    QUORVEL_LOG_AS(kListener, quorvel::kLogTraffic, "New STA Association Event on wl%d.%d, Event[%d], STA MAC[%s]",
+                   header.radio, header.bss, header.event, mac);
     // The word recev is spelt so.
     printf("%s: recev event on wl%d.%d Event=%d STA MAC=[%s] len=%d\n", kListener, static_cast<int>(header.radio),
            static_cast<int>(header.bss), static_cast<int>(header.event), mac, static_cast<int>(length));
     fflush(stdout);
     if (header.event != kStationDetails && header.event != kStationOnly) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, kListener, __LINE__, "Invalid STA event[%d]", header.event);
+        QUORVEL_LOG_AS(kListener, quorvel::kLogError, "Invalid STA event[%d]", header.event);
         return 0;
     }
     StationRecord station{};
@@ -185,8 +184,7 @@ size_t handleEvent(const uint8_t* message, size_t length, AssociatedDeviceCallba
     if (header.event == kStationDetails) {
         taken = sizeof(DetailedEvent);
         if (length < taken) {
-            Quorvel_LogPrint(quorvel::kLogError, kLogFile, kListener, __LINE__, "message length too short[%d]",
-                             static_cast<int>(length));
+            QUORVEL_LOG_AS(kListener, quorvel::kLogError, "message length too short[%d]", static_cast<int>(length));
             return 0;
         }
         copyDetails(station, message);

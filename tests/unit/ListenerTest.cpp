@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <stdio_ext.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -7,6 +8,7 @@
 #include <condition_variable>
 #include <cstring>
 #include <mutex>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -44,12 +46,14 @@ std::mutex eventsMutex;
 std::condition_variable eventArrived;
 std::vector<Event> events;
 bool lockHeldInCallback = false;
+std::size_t unwrittenInCallback = 0;  // what was printed but has not left the process
 
 std::uint32_t takeEvent(std::uint32_t ap, std::uint32_t code, void* station) {
     {
         const std::lock_guard<std::mutex> guard(eventsMutex);
         events.push_back({ap, code, std::string(static_cast<const char*>(station), kRecordSize)});
         lockHeldInCallback = lockHeldInCallback || Platform::instance().lockHeld();
+        unwrittenInCallback += __fpending(stdout);
     }
     eventArrived.notify_all();
     return 4711;  // not looked at
@@ -84,6 +88,7 @@ class Listener : public PlatformTest {
         const std::lock_guard<std::mutex> guard(eventsMutex);
         events.clear();
         lockHeldInCallback = false;
+        unwrittenInCallback = 0;
     }
 
     // Runs the listener until the reads are used up; returns what it printed.
@@ -91,6 +96,7 @@ class Listener : public PlatformTest {
         platform.scriptReads(std::move(reads));
         testing::internal::CaptureStdout();
         platform.runInThread(qvl_thread_main_loop, reinterpret_cast<void*>(&takeEvent));
+        unwritten = __fpending(stdout);
         (void)std::fflush(stdout);
         return testing::internal::GetCapturedStdout();
     }
@@ -108,6 +114,14 @@ class Listener : public PlatformTest {
     static std::string received(std::size_t length) {
         return "qvl_thread_main_loop: receive total_len=" + std::to_string(length) + "\n";
     }
+
+    // Whether the output is this, with a line number of the source in place of each "#".
+    static bool reads(const std::string& output, std::string expected) {
+        const auto escaped = std::regex_replace(expected, std::regex(R"([.\[\]])"), R"(\$&)");
+        return std::regex_match(output, std::regex(std::regex_replace(escaped, std::regex("#"), "[1-9][0-9]*")));
+    }
+
+    std::size_t unwritten = 0;  // what the listener printed last and did not write out
 
     const std::string kReady = "qvl_thread_main_loop is ready for new msg...\n";
 };
@@ -192,8 +206,7 @@ TEST_F(Listener, CopiesTheDetailTextAsText) {
     message.replace(144, 64, "short" + std::string(1, '\0') + std::string(58, 'x'));
     (void)listen({{message, 0, 0}});
     ASSERT_EQ(events.size(), 1U);
-    EXPECT_EQ(events[0].record.substr(56, 5), "short");
-    EXPECT_EQ(events[0].record[61], '\0');
+    EXPECT_EQ(events[0].record.substr(56, 64), "short" + std::string(59, '\0'));
     EXPECT_EQ(events[0].record.substr(120, 4), message.substr(208, 4));
 }
 
@@ -222,8 +235,10 @@ TEST_F(Listener, FillsItsBufferWithOneRead) {
 }
 
 TEST_F(Listener, DropsAnAssociationThatIsTooShort) {
-    (void)listen({{association(0, 0).substr(0, 100), 0, 0}, {header(0, 0, 12), 0, 0}});
+    const std::string output = listen({{association(0, 0).substr(0, 100), 0, 0}, {header(0, 0, 12), 0, 0}});
     EXPECT_EQ(platform.logTexts(0), Texts{"message length too short[100]"});
+    EXPECT_EQ(platform.logTexts(2), (Texts{logLine(0, 0, 8), logLine(0, 0, 12)}));
+    EXPECT_EQ(output, kReady + received(100) + printed(0, 0, 8, 100) + received(20) + printed(0, 0, 12, 20));
     ASSERT_EQ(events.size(), 1U);  // the next read is taken from its start
     EXPECT_EQ(events[0].code, 12U);
 }
@@ -260,8 +275,9 @@ TEST_F(Listener, DropsWhatFollowsAnEventItDoesNotKnow) {
 TEST_F(Listener, ReadsAgainAfterAFailedRead) {
     const std::string output = listen({{"", -1, EIO}, {header(0, 0, 12), 0, 0}});
     EXPECT_EQ(events.size(), 1U);
-    EXPECT_EQ(output.rfind(kReady + "qvl_thread_main_loop:", 0), 0U);
-    EXPECT_NE(output.find(" socket read failure " + std::to_string(EIO) + "\n"), std::string::npos);
+    EXPECT_TRUE(reads(output, kReady + "qvl_thread_main_loop:# socket read failure " + std::to_string(EIO) + "\n" +
+                                  received(20) + printed(0, 0, 12, 20)))
+        << output;
 }
 
 // Meant: a closed peer is read again and again without a pause.
@@ -282,19 +298,21 @@ TEST_F(Listener, KeepsReadingFromAPeerThatIsGone) {
 TEST_F(Listener, EndsWhenThereIsNoSocket) {
     platform.fail("socket");
     const std::string output = listen({});
-    EXPECT_EQ(output.rfind("qvl_thread_main_loop:", 0), 0U);
-    EXPECT_NE(output.find(" domain socket failure " + std::to_string(EMFILE) + "\n"), std::string::npos);
+    EXPECT_TRUE(reads(output, "qvl_thread_main_loop:# domain socket failure " + std::to_string(EMFILE) + "\n"))
+        << output;
     EXPECT_EQ(platform.callCount("connect"), 0U);
     EXPECT_EQ(platform.callCount("read"), 0U);
+    EXPECT_EQ(platform.logs().size(), 0U);
+    EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
+    EXPECT_EQ(platform.callCount("close"), 0U);
 }
 
 TEST_F(Listener, EndsWhenNobodyServesTheSocket) {
     platform.fail("connect");
     const std::string output = listen({});
-    EXPECT_EQ(output.rfind("qvl_thread_main_loop:", 0), 0U);
-    const std::string end = " connect error " + std::to_string(ECONNREFUSED);
-    ASSERT_GE(output.size(), end.size());
-    EXPECT_EQ(output.substr(output.size() - end.size()), end);  // no newline
+    // Without a newline.
+    EXPECT_TRUE(reads(output, "qvl_thread_main_loop:# connect error " + std::to_string(ECONNREFUSED))) << output;
+    EXPECT_EQ(platform.logs().size(), 0U);
     EXPECT_EQ(platform.callCount("close"), 1U);
     EXPECT_EQ(platform.callCount("connect"), 1U);
     EXPECT_EQ(platform.callCount("read"), 0U);
@@ -310,11 +328,17 @@ TEST_F(Listener, EndsWithItsSocketOpenWhenThereIsNoMemory) {
     const std::string output = listen({});
     EXPECT_EQ(output, kReady);
     ASSERT_EQ(platform.logTexts(0).size(), 1U);
-    const std::string text = platform.logTexts(0)[0];
-    EXPECT_EQ(text.rfind("qvl_thread_main_loop:", 0), 0U);
-    EXPECT_NE(text.find(" malloc fails!\n"), std::string::npos);
+    EXPECT_TRUE(reads(platform.logTexts(0)[0], "qvl_thread_main_loop:# malloc fails!\n"));
+    EXPECT_EQ(platform.logs().size(), 1U);
     EXPECT_EQ(platform.callCount("read"), 0U);
     EXPECT_EQ(platform.callCount("close"), 0U);
+    // Whoever deregisters closes it, and only once.
+    platform.succeed("calloc");
+    platform.succeed("malloc");
+    EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
+    EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
+    EXPECT_EQ(platform.callTexts({"close"}), Texts{"close(socket)"});
+    EXPECT_EQ(platform.logCount(2, "Deregister done."), 2U);
 }
 
 TEST_F(Listener, CallsBackWithoutTheLock) {
@@ -324,8 +348,19 @@ TEST_F(Listener, CallsBackWithoutTheLock) {
     EXPECT_EQ(platform.callCount("QuorvelOsMutexLock"), 0U);
 }
 
-TEST_F(Listener, LogsWithTheImplementationsNames) {
+TEST_F(Listener, WritesItsLinesOutAtOnce) {
+    (void)listen({{header(0, 0, 12) + association(0, 0), 0, 0}});
+    EXPECT_EQ(events.size(), 2U);
+    EXPECT_EQ(unwrittenInCallback, 0U);
     (void)listen({{header(0, 0, 9), 0, 0}});
+    EXPECT_EQ(unwritten, 0U);
+    (void)listen({{"x", 0, 0}});
+    EXPECT_EQ(unwritten, 0U);
+}
+
+TEST_F(Listener, LogsWithTheImplementationsNames) {
+    (void)listen({{header(0, 0, 9), 0, 0}, {header(0, 0, 8), 0, 0}});
+    EXPECT_EQ(platform.logs().size(), 4U);
     for (const auto& line : platform.logs()) {
         EXPECT_EQ(line.file, "wifi/QuorvelWiFiImpl");
         EXPECT_EQ(line.function, "qvl_thread_main_loop");
@@ -337,6 +372,9 @@ class Registration : public Listener {};
 TEST_F(Registration, RefusesNoCallback) {
     EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackRegister(nullptr), 6U);
     EXPECT_EQ(platform.logTexts(0), Texts{"Invalid input params"});
+    ASSERT_EQ(platform.logs().size(), 1U);
+    EXPECT_EQ(platform.logs()[0].function, "WiFiNewAPAssociatedDeviceCallbackRegister");
+    EXPECT_EQ(platform.logs()[0].file, "wifi/QuorvelWiFi");
     EXPECT_EQ(platform.callTexts(), Texts{});
 }
 
@@ -380,9 +418,59 @@ TEST_F(Registration, SaysDoneBeforeItActs) {
     EXPECT_EQ(logs[0].text, "WiFiNewAPAssociatedDeviceCallbackRegister DONE");
     EXPECT_EQ(logs[0].level, 3U);
     EXPECT_EQ(logs[0].file, "wifi/QuorvelWiFi");
+    EXPECT_EQ(logs[0].function, "WiFiNewAPAssociatedDeviceCallbackRegister");
     EXPECT_EQ(logs[1].text, "create thread fail. \n");
     EXPECT_EQ(logs[1].level, 0U);
     EXPECT_EQ(logs[1].file, "wifi/QuorvelWiFiImpl");
+    EXPECT_EQ(logs[1].function, "WiFiNewAPAssociatedDeviceCallbackRegisterImpl");
+}
+
+TEST_F(Registration, EndSaysDoneBeforeItActs) {
+    EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
+    const auto logs = platform.logs();
+    ASSERT_EQ(logs.size(), 2U);
+    EXPECT_EQ(logs[0].text, "WiFiNewAPAssociatedDeviceCallbackDeRegister DONE");
+    EXPECT_EQ(logs[0].level, 3U);
+    EXPECT_EQ(logs[0].file, "wifi/QuorvelWiFi");
+    EXPECT_EQ(logs[0].function, "WiFiNewAPAssociatedDeviceCallbackDeRegister");
+    EXPECT_EQ(logs[1].text, "Deregister done.");
+    EXPECT_EQ(logs[1].level, 2U);
+    EXPECT_EQ(logs[1].file, "wifi/QuorvelWiFiImpl");
+    EXPECT_EQ(logs[1].function, "WiFiNewAPAssociatedDeviceCallbackDeRegisterImpl");
+}
+
+// Meant: nobody asks whether one is running.
+TEST_F(Registration, StartsASecondListenerThatTakesThePlaceOfTheFirst) {
+    testing::internal::CaptureStdout();
+    const int firstPeer = platform.openPeer();
+    ASSERT_GE(firstPeer, 0);
+    EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackRegister(&takeEvent), 0U);
+    platform.awaitCalls("read", 1);
+    const pthread_t first = qvlThreadId;
+    const int secondPeer = platform.openPeer();
+    ASSERT_GE(secondPeer, 0);
+    EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackRegister(&takeEvent), 0U);
+    platform.awaitCalls("read", 2);
+    EXPECT_EQ(pthread_equal(first, qvlThreadId), 0);
+    EXPECT_EQ(platform.callCount("pthread_create"), 2U);
+    EXPECT_EQ(platform.callCount("pthread_cancel"), 0U);
+    const std::string message = header(0, 3, 12);
+    ASSERT_EQ(write(secondPeer, message.data(), message.size()), static_cast<ssize_t>(message.size()));
+    {
+        std::unique_lock<std::mutex> guard(eventsMutex);
+        eventArrived.wait(guard, [] { return !events.empty(); });
+        EXPECT_EQ(events[0].ap, 4U);
+    }
+    platform.awaitCalls("read", 3);
+    EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
+    EXPECT_EQ(platform.callTexts({"pthread_cancel", "close"}), (Texts{"pthread_cancel(listener)", "close(socket)"}));
+    // The second one's end is closed, the first one's is nobody's any more.
+    char byte = 0;
+    EXPECT_EQ(read(secondPeer, &byte, 1), 0);
+    EXPECT_EQ(recv(firstPeer, &byte, 1, MSG_DONTWAIT), -1);
+    platform.endThreads();
+    (void)testing::internal::GetCapturedStdout();
+    (void)close(firstPeer);
 }
 
 TEST_F(Registration, CancelsTheRunningListenerWhenAnotherCannotBeCreated) {

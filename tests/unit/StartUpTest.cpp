@@ -8,6 +8,8 @@
 #include "PlatformTest.h"
 #include "QuorvelWiFiExports.h"
 
+extern "C" void Quorvel_P_WiFiFileCopyToBuffer(const char* path, char* buffer, std::uint32_t size);
+
 namespace {
 
 using quorvel::scripted::PlatformTest;
@@ -101,6 +103,38 @@ TEST_F(StartUp, DoesEverythingInOrder) {
     EXPECT_EQ(platform.logTexts(0), Texts{});
 }
 
+TEST_F(StartUp, AnnouncesEachDriverBeforeItLoadsIt) {
+    for (const std::string command : {"insmod /lib/wl.ko > /dev/null", "insmod /lib/wlcsm.ko > /dev/null"}) {
+        platform.onCommand(command, [command] {
+            (void)std::fputs((command + "\n").c_str(), stderr);
+            return 256;  // a module that the kernel refuses
+        });
+    }
+    EXPECT_EQ(start(), 0U);
+    EXPECT_EQ(standardError,
+              "Loading wireless driver...\n"
+              "Loading WL wireless driver...\n"
+              "insmod /lib/wl.ko > /dev/null\n"
+              "Loading WLCSM driver...\n"
+              "insmod /lib/wlcsm.ko > /dev/null\n");
+}
+
+TEST_F(StartUp, ReportsTheBoardBeforeItCountsTheChips) {
+    platform.setFile("/tmp/i2cget", "0xffff\n");
+    EXPECT_EQ(start(), 0U);
+    const auto calls = platform.calls();
+    const auto logs = platform.logs();
+    ASSERT_EQ(logs.at(0).text, "WBID is not supported");
+    for (const auto& call : calls) {
+        if (call.text() == "fopen(\"/tmp/i2cget\", \"r\")") {
+            EXPECT_LT(call.order, logs[0].order);
+        }
+        if (call.text() == "fopen(\"/tmp/lspci\", \"r\")") {
+            EXPECT_GT(call.order, logs[0].order);
+        }
+    }
+}
+
 TEST_F(StartUp, HoldsTheLockOnlyToAnnounceItself) {
     EXPECT_EQ(start(), 0U);
     for (const auto& call : platform.calls()) {
@@ -152,6 +186,9 @@ TEST_F(StartUp, EndsAtOnceWithoutAPciListing) {
 TEST_F(StartUp, CountsEachLineWithAChipOnce) {
     EXPECT_EQ(chips("a 43c5\nb 43c5\nc 4360\n"), 3U);
     EXPECT_EQ(stamps(), stampsOf(3));
+    platform.forget();
+    EXPECT_EQ(chips("a 43c5\nb 43c5\nc 4360\nd a8db\n"), 4U);
+    EXPECT_EQ(stamps(), stampsOf(4));  // also beyond the radios that there are
     EXPECT_EQ(chips("a 43c5 43c4 4365\n"), 1U);
     EXPECT_EQ(chips("a 43c5"), 1U);
     EXPECT_EQ(chips("x43c5x\n"), 1U);
@@ -209,6 +246,14 @@ TEST_F(StartUp, ReturnsTheLocksFailure) {
     EXPECT_EQ(stamps(), stampsOf(2));
 }
 
+TEST_F(StartUp, ReturnsTheUnlocksFailure) {
+    platform.answer("QuorvelOsMutexUnlock", 23);
+    EXPECT_EQ(start(), 23U);
+    EXPECT_EQ(platform.logTexts(0), (Texts{"Unlock failed, result 23", "WiFiSystemInit Failure with errno 23"}));
+    EXPECT_EQ(platform.callTexts({"QuorvelUtilGetCfg", "QuorvelOsSpawnProcess"}), Texts{});
+    EXPECT_EQ(stamps(), stampsOf(2));
+}
+
 TEST_F(StartUp, StopsWhenTheFirstDriverIsNotConfigured) {
     platform.answerAt("QuorvelUtilGetCfg", 1, 41);
     EXPECT_EQ(start(), 41U);
@@ -244,6 +289,16 @@ TEST_F(StartUp, TakesADriverTextThatFillsItsBuffer) {
     EXPECT_EQ(platform.callTexts({"system"}).back(), systemCall("insmod " + path + " > /dev/null"));
 }
 
+TEST_F(StartUp, LooksEachDriverUpAfresh) {
+    platform.answerAt("QuorvelUtilGetCfg", 2, 0);  // found, and nothing written
+    EXPECT_EQ(start(), 0U);
+    EXPECT_EQ(platform.callTexts({"system"}).back(), systemCall("insmod  > /dev/null"));
+    platform.answer("QuorvelUtilGetCfg", 0);
+    platform.forget();
+    EXPECT_EQ(start(), 0U);
+    EXPECT_EQ(platform.callTexts({"system"}).at(2), systemCall("insmod  > /dev/null"));
+}
+
 TEST_F(StartUp, PassesOverDriverTasksThatAreNotThere) {
     platform.setProcess("wler_thread0", 0);
     platform.setProcess("wler_thread1", -1);
@@ -259,6 +314,12 @@ TEST_F(StartUp, ReportsPrioritiesThatCannotBeSet) {
     EXPECT_EQ(platform.logTexts(0),
               (Texts{"Could not set priority on wler_thread0.\n", "Could not set priority on wler_thread1.\n"}));
     EXPECT_EQ(platform.callCount("QuorvelOsSpawnProcess"), 1U);
+}
+
+TEST_F(StartUp, ReportsTheOnePriorityThatCannotBeSet) {
+    platform.failAt("sched_setscheduler", 2);
+    EXPECT_EQ(start(), 0U);
+    EXPECT_EQ(platform.logTexts(0), Texts{"Could not set priority on wler_thread1.\n"});
 }
 
 TEST_F(StartUp, ReturnsTheSpawnsFailureAfterStampingTheRadios) {
@@ -277,14 +338,103 @@ TEST_F(StartUp, RepeatsEveryStepWhenCalledAgain) {
     EXPECT_EQ(platform.callTexts({"system", "QuorvelOsSpawnProcess", "wlcsm_mngr_set"}), first);
 }
 
-TEST_F(StartUp, LogsWithTheBridgesFileName) {
-    platform.failOpen("/tmp/i2cget");
-    platform.fail("sched_setscheduler");
+TEST_F(StartUp, SpawnsItsDefaultDaemonAndShutDownTerminatesIt) {
+    platform.fail("QuorvelUtilGetSpawnInfoFromCfg");
     EXPECT_EQ(start(), 0U);
+    EXPECT_EQ(WiFiUnInit(), 0);
+    EXPECT_EQ(platform.callTexts({"QuorvelOsSpawnProcess", "QuorvelOsTerminateProcess"}),
+              (Texts{"QuorvelOsSpawnProcess(\"/usr/loca/bin/wlmngr2\", \"-c/data/quorvel-dm-wifi.xml\")",
+                     "QuorvelOsTerminateProcess(\"/usr/loca/bin/wlmngr2\", \"-c/data/quorvel-dm-wifi.xml\", "
+                     "arguments of the record)"}));
+}
+
+TEST_F(StartUp, LogsEachStepUnderTheFunctionThatTakesIt) {
+    platform.failOpen("/tmp/i2cget");
+    platform.failOpen("/tmp/wl_instances.txt");
+    platform.fail("sched_setscheduler");
+    platform.fail("QuorvelUtilGetSpawnInfoFromCfg");
+    platform.answer("QuorvelOsSpawnProcess", 61);
+    EXPECT_EQ(start(), 61U);
+    Texts lines;
     for (const auto& line : platform.logs()) {
+        lines.push_back(std::to_string(line.level) + " " + line.function + ": " + line.text);
         EXPECT_EQ(line.file, line.function == "WiFiSystemInit" ? "wifi/QuorvelWiFiSystem" : "wifi/QuorvelWiFiBaseAPI")
             << line.text;
+        EXPECT_GT(line.line, 0U) << line.text;
+        EXPECT_NE(line.format, "%s") << line.text;
     }
+    const Texts expected = {
+        "0 Quorvel_P_WiFiFileCopyToBuffer: File /tmp/i2cget Open fail.",
+        "0 WiFiInit: WBID is not supported",
+        "0 WiFiInit: Open /tmp/wl_instances.txt fail.",
+        "3 WiFiSystemInit: WiFiSystemInit DONE",
+        "0 WiFiInit: Could not set priority on wler_thread0.\n",
+        "0 WiFiInit: Could not set priority on wler_thread1.\n",
+        "1 Quorvel_P_WiFiLaunchWldaemon: Failed to get WiFi daemon info from config file. Fall back to default...",
+        "0 Quorvel_P_WiFiLaunchWldaemon: could not spawn child /usr/loca/bin/wlmngr2",
+        "3 Quorvel_P_WiFiLaunchWldaemon: Quorvel_P_WiFiLaunchWldaemon DONE",
+        "0 WiFiInit: Quorvel_P_WiFiLaunchWldaemon Failure with errno 61",
+        "2 Quorvel_P_WiFiSetCurrentTimeAsStartTime: Set startTime[1234] for radio[1]",
+        "3 Quorvel_P_WiFiSetCurrentTimeAsStartTime: Quorvel_P_WiFiSetCurrentTimeAsStartTime DONE",
+        "2 Quorvel_P_WiFiSetCurrentTimeAsStartTime: Set startTime[1234] for radio[2]",
+        "3 Quorvel_P_WiFiSetCurrentTimeAsStartTime: Quorvel_P_WiFiSetCurrentTimeAsStartTime DONE"};
+    EXPECT_EQ(lines, expected);
+}
+
+TEST_F(StartUp, LogsItsRefusalsUnderItsOwnName) {
+    const auto expectRefusal = [this](const std::string& format, const std::string& text) {
+        for (const auto& line : platform.logs()) {
+            if (line.level != 0 || line.function != "WiFiInit") continue;
+            EXPECT_EQ(line.format, format);
+            EXPECT_EQ(line.text, text);
+            return;
+        }
+        ADD_FAILURE() << "nothing logged: " << text;
+    };
+    EXPECT_EQ(errorsForBoard("0x0031\n").size(), 1U);
+    expectRefusal("Found WBID:%s unsupported, WiFiInit terminated.",
+                  "Found WBID:0x0031\n unsupported, WiFiInit terminated.");
+    platform.setFile("/tmp/i2cget", "0x0030\n");
+    platform.forget();
+    platform.answerAt("QuorvelUtilGetCfg", 1, 41);
+    EXPECT_EQ(start(), 41U);
+    expectRefusal("Don't find WL_Driver in configure file.", "Don't find WL_Driver in configure file.");
+    platform.succeed("QuorvelUtilGetCfg");
+    platform.forget();
+    platform.answerAt("QuorvelUtilGetCfg", 2, 42);
+    EXPECT_EQ(start(), 42U);
+    expectRefusal("Don't find WLCSM_Driver in configure file.", "Don't find WLCSM_Driver in configure file.");
+    platform.forget();
+    platform.fail("wlcsm_mngr_wifi_hal_started");
+    EXPECT_EQ(start(), 1U);
+    expectRefusal("WiFiSystemInit Failure with errno %d", "WiFiSystemInit Failure with errno 1");
+    platform.forget();
+    platform.failOpen("/tmp/lspci");
+    EXPECT_EQ(start(), 1U);
+    expectRefusal("Open %s fail.", "Open /tmp/lspci fail.");
+}
+
+class FirstLine : public PlatformTest {};
+
+TEST_F(FirstLine, IsCopiedWithItsNewlineAsFarAsItFits) {
+    platform.setFile("/tmp/some", "first\nsecond\n");
+    char buffer[16] = {};
+    Quorvel_P_WiFiFileCopyToBuffer("/tmp/some", buffer, sizeof buffer);
+    EXPECT_STREQ(buffer, "first\n");
+    Quorvel_P_WiFiFileCopyToBuffer("/tmp/some", buffer, 4);
+    EXPECT_STREQ(buffer, "fir");
+    EXPECT_EQ(platform.callTexts({"fopen"}), Texts(2, "fopen(\"/tmp/some\", \"r\")"));
+    EXPECT_EQ(platform.logs().size(), 0U);
+}
+
+TEST_F(FirstLine, LeavesTheBufferWhenThereIsNone) {
+    char buffer[16] = "as it was";
+    Quorvel_P_WiFiFileCopyToBuffer("/tmp/none", buffer, sizeof buffer);
+    EXPECT_STREQ(buffer, "as it was");
+    EXPECT_EQ(platform.logTexts(0), Texts{"File /tmp/none Open fail."});
+    platform.setFile("/tmp/empty", "");
+    Quorvel_P_WiFiFileCopyToBuffer("/tmp/empty", buffer, sizeof buffer);
+    EXPECT_STREQ(buffer, "as it was");
 }
 
 class Daemon : public PlatformTest {
@@ -308,6 +458,10 @@ TEST_F(Daemon, IsLaunchedFromTheConfiguration) {
     ASSERT_TRUE(platform.spawned().has_value());
     const SpawnInfo spawned = *platform.spawned();
     EXPECT_EQ(std::memcmp(&spawned, &info, sizeof info), 0);
+    const ProcessRecord nothing{};
+    const auto filled = platform.spawnedInto();
+    ASSERT_TRUE(filled.has_value());
+    EXPECT_EQ(std::memcmp(&*filled, &nothing, sizeof nothing), 0);
     EXPECT_EQ(platform.logTexts(1), Texts{});
     EXPECT_EQ(platform.logTexts(3), Texts{"Quorvel_P_WiFiLaunchWldaemon DONE"});
 }
@@ -323,7 +477,18 @@ TEST_F(Daemon, LaunchSaysDoneThoughTheSpawnFailed) {
     platform.answer("QuorvelOsSpawnProcess", 5);
     EXPECT_EQ(Quorvel_P_WiFiLaunchWldaemon(), 5U);
     EXPECT_EQ(platform.logTexts(0), Texts{"could not spawn child /usr/loca/bin/wlmngr2"});
+    EXPECT_EQ(platform.logs().at(1).format, "could not spawn child %s");
     EXPECT_EQ(platform.logTexts(3), Texts{"Quorvel_P_WiFiLaunchWldaemon DONE"});
+}
+
+TEST_F(Daemon, IsNamedWholeWhenItsPathFillsTheField) {
+    SpawnInfo info = spawnInfo("", "-x");
+    std::memset(info.program, 'p', sizeof info.program);
+    platform.setSpawnInfo("Device.WiFi.Daemon", info);
+    platform.answer("QuorvelOsSpawnProcess", 5);
+    // The scripted host renders the path as a text, which ends with the arguments behind it.
+    EXPECT_EQ(Quorvel_P_WiFiLaunchWldaemon(), 5U);
+    EXPECT_EQ(platform.logTexts(0), Texts{"could not spawn child " + std::string(64, 'p')});
 }
 
 TEST_F(Daemon, IsTerminatedFromTheConfiguration) {
@@ -356,6 +521,8 @@ TEST_F(ShutDown, ReturnsTheTerminationsFailure) {
     platform.answer("QuorvelOsTerminateProcess", 8);
     EXPECT_EQ(WiFiUnInit(), 8);
     EXPECT_EQ(platform.logTexts(0), Texts{"Quorvel_P_WiFiTerminateWldaemon Failure with errno 8"});
+    EXPECT_EQ(platform.logs().back().function, "WiFiUnInit");
+    EXPECT_EQ(platform.logs().back().file, "wifi/QuorvelWiFiBaseAPI");
 }
 
 TEST_F(ShutDown, ReleasesTheStoredResultsEvenWhenTheTerminationFails) {
@@ -385,6 +552,9 @@ TEST_F(RadioTime, StartIsStampedAsTheSystemsUpTime) {
     EXPECT_EQ(platform.callTexts({"wlcsm_mngr_set"}), Texts{"wlcsm_mngr_set(1, 0, \"wlBootTime\", \"98765\")"});
     EXPECT_EQ(platform.logTexts(2), Texts{"Set startTime[98765] for radio[2]"});
     EXPECT_EQ(platform.logTexts(3), Texts{"Quorvel_P_WiFiSetCurrentTimeAsStartTime DONE"});
+    platform.setSystemUpSeconds(0xFFFFFFFFU);
+    EXPECT_EQ(Quorvel_P_WiFiSetCurrentTimeAsStartTime(1), 0U);
+    EXPECT_EQ(platform.variable(0, 0, "wlBootTime"), "-1");  // a signed number: meant
 }
 
 TEST_F(RadioTime, StartIsStampedForAnyNumberAndWhateverTheManagerSays) {
@@ -404,6 +574,7 @@ TEST_F(RadioTime, ElapsesAsTheManagerCounts) {
     EXPECT_EQ(platform.logTexts(3), Texts{"Quorvel_P_WiFiGetTimeElapseFromStartTime DONE"});
     EXPECT_EQ(Quorvel_P_WiFiGetTimeElapseFromStartTime(3, &seconds), 0U);
     EXPECT_EQ(seconds, 4U);
+    EXPECT_EQ(platform.callTexts(), (Texts{"wlcsm_get_wlUpSecs(0)", "wlcsm_get_wlUpSecs(2)"}));
 }
 
 TEST_F(RadioTime, IsRefusedForRadiosThatDoNotExist) {

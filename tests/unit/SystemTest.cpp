@@ -10,6 +10,7 @@
 
 namespace {
 
+using quorvel::scripted::GuardedBlock;
 using quorvel::scripted::Platform;
 using quorvel::scripted::PlatformTest;
 using quorvel::scripted::runFresh;
@@ -48,6 +49,22 @@ const Operation kOperations[] = {
 
 class SystemOperations : public PlatformTest {
   protected:
+    // The position of the last unlock among calls and log lines.
+    std::uint64_t unlocked() const {
+        std::uint64_t order = 0;
+        for (const auto& call : platform.calls()) {
+            if (call.name == "QuorvelOsMutexUnlock") order = call.order;
+        }
+        return order;
+    }
+
+    // The last line is logged where the operation stands.
+    void expectItsLine(const Operation& operation) const {
+        EXPECT_EQ(platform.logs().back().file, "wifi/QuorvelWiFiSystem");
+        EXPECT_EQ(platform.logs().back().function, operation.name);
+        EXPECT_GT(platform.logs().back().line, 0U);
+    }
+
     template <typename Check>
     void forEach(Check check) {
         for (const Operation& operation : kOperations) {
@@ -71,8 +88,9 @@ TEST_F(SystemOperations, CallTheManagerOnceUnderTheLock) {
         EXPECT_EQ(platform.callCount("QuorvelOsMutexUnlock"), 1U);
         EXPECT_TRUE(platform.logged(3, std::string(operation.name) + " DONE"));
         EXPECT_EQ(platform.logTexts(0), Texts{});
-        EXPECT_EQ(platform.logs().back().file, "wifi/QuorvelWiFiSystem");
-        EXPECT_EQ(platform.logs().back().function, operation.name);
+        EXPECT_EQ(platform.logs().back().text, std::string(operation.name) + " DONE");
+        EXPECT_GT(platform.logs().back().order, unlocked());
+        expectItsLine(operation);
     });
 }
 
@@ -83,7 +101,9 @@ TEST_F(SystemOperations, ReleaseTheLockAndReturnOneWhenTheManagerFails) {
         EXPECT_EQ(operation.run(), 1U);
         EXPECT_EQ(platform.logTexts(0), Texts{operation.failure});
         EXPECT_EQ(platform.callCount("QuorvelOsMutexUnlock"), 1U);
+        EXPECT_LT(platform.logs().back().order, unlocked());
         EXPECT_FALSE(platform.logged(3, std::string(operation.name) + " DONE"));
+        expectItsLine(operation);
     });
 }
 
@@ -102,6 +122,8 @@ TEST_F(SystemOperations, ReturnTheLocksFailure) {
         EXPECT_EQ(operation.run(), 31U);
         EXPECT_EQ(platform.logTexts(0), Texts{"Lock failed, result 31"});
         EXPECT_EQ(platform.callCount(operation.managerCall), 0U);
+        EXPECT_EQ(platform.callCount("QuorvelOsMutexUnlock"), 0U);
+        expectItsLine(operation);
     });
 }
 
@@ -110,6 +132,7 @@ TEST_F(SystemOperations, ReturnTheUnlocksFailure) {
         platform.answer("QuorvelOsMutexUnlock", 32);
         EXPECT_EQ(operation.run(), 32U);
         EXPECT_EQ(platform.logTexts(0), Texts{"Unlock failed, result 32"});
+        expectItsLine(operation);
         EXPECT_FALSE(platform.logged(3, std::string(operation.name) + " DONE"));
     });
 }
@@ -122,6 +145,9 @@ TEST_F(SystemOperations, RefuseRadiosThatDoNotExistWithoutLocking) {
         EXPECT_EQ(WiFiSystemRadioInit(radio), 1U);
         EXPECT_EQ(WiFiSystemResetRadioToFactory(radio), 1U);
         EXPECT_EQ(platform.logTexts(0), (Texts{message, message}));
+        EXPECT_EQ(platform.logs().front().function, "WiFiSystemRadioInit");
+        EXPECT_EQ(platform.logs().back().function, "WiFiSystemResetRadioToFactory");
+        EXPECT_EQ(platform.logs().size(), 2U);
         EXPECT_EQ(platform.callTexts(), Texts{});
     }
 }
@@ -131,11 +157,14 @@ TEST_F(SystemOperations, ResetsOfTheWholeSystemDoNothing) {
     EXPECT_EQ(WiFiSystemResetToFactory(), 0U);
     EXPECT_EQ(platform.callTexts(), Texts{});
     EXPECT_EQ(platform.logTexts(3), (Texts{"WiFiSystemReset DONE", "WiFiSystemResetToFactory DONE"}));
+    EXPECT_EQ(platform.logs().size(), 2U);
 }
 
 TEST_F(SystemOperations, HaveFixedDimensions) {
     EXPECT_EQ(WiFiSystemMaxNumberOfRadios(), 3U);
     EXPECT_EQ(WiFiSystemMaxNumberOfAccessPointsPerRadio(), 8U);
+    EXPECT_EQ(platform.logs().size(), 0U);
+    EXPECT_EQ(platform.callTexts(), Texts{});
 }
 
 TEST_F(SystemOperations, ResetAllRadiosOneAfterTheOther) {
@@ -152,7 +181,9 @@ TEST_F(SystemOperations, StopResettingAtTheFirstRadioThatFails) {
     platform.failAt("wlcsm_mngr_set", 2);
     EXPECT_EQ(WiFiSystemResetRadiosToFactory(), 1U);
     EXPECT_EQ(platform.callCount("wlcsm_mngr_set"), 2U);
-    EXPECT_TRUE(platform.logged(0, "WiFiSystemResetRadioToFactory FAIL result 1"));
+    EXPECT_EQ(platform.logs().back().text, "WiFiSystemResetRadioToFactory FAIL result 1");
+    EXPECT_EQ(platform.logs().back().level, 0U);
+    EXPECT_EQ(platform.logs().back().function, "WiFiSystemResetRadiosToFactory");
     EXPECT_FALSE(platform.logged(3, "WiFiSystemResetRadiosToFactory DONE"));
     platform.forget();
     platform.succeed("wlcsm_mngr_set");
@@ -168,6 +199,13 @@ TEST_F(SystemOperations, ResetAnUnknownAccessPointAllTheSame) {
     platform.forget();
     EXPECT_EQ(WiFiSystemResetAccessPointToFactory(0), 0U);
     EXPECT_EQ(platform.callTexts({"wlcsm_mngr_set"}), Texts{"wlcsm_mngr_set(4294967294, 7, \"wlResetAP\", \"1\")"});
+}
+
+TEST_F(SystemOperations, ReturnWhatTheManagerSaysToAnUnknownAccessPoint) {
+    platform.fail("wlcsm_mngr_set");
+    EXPECT_EQ(WiFiSystemResetAccessPointToFactory(25), 1U);
+    EXPECT_EQ(platform.logTexts(0), (Texts{"Invalid input params accessPointIndex:25 max:24",
+                                           "wlcsm_mngr_set wlResetAP FAIL, radio[-2] accessPointIndex[0]"}));
 }
 
 TEST_F(SystemOperations, LookTheAccessPointUpBeforeLocking) {
@@ -256,6 +294,61 @@ TEST(SlotTable, MovesAnAccessPointToAFreeSlotOfAnotherRadio) {
     }));
 }
 
+TEST(SlotTable, HoldsEightAccessPointsARadio) {
+    EXPECT_TRUE(runFresh([] {
+        EXPECT_EQ(WiFiSystemAccessPointDelete(2), 0U);
+        EXPECT_EQ(WiFiSystemAccessPointDelete(8), 0U);
+        EXPECT_EQ(WiFiSystemAccessPointCreate(1, 9), 0U);
+        EXPECT_EQ(WiFiSystemAccessPointCreate(1, 10), 0U);
+        EXPECT_EQ(WiFiSystemAccessPointCreate(1, 11), 1U);
+        EXPECT_EQ(WiFiSystemAccessPointRadioInstanceGet(9), 1U);
+        EXPECT_EQ(WiFiSystemAccessPointRadioInstanceGet(10), 1U);
+        EXPECT_EQ(WiFiSystemAccessPointRadioInstanceGet(11), kNoRadio);
+        // In their radio's own row the three left free places behind.
+        for (const std::uint32_t ap : {2U, 8U, 11U}) {
+            EXPECT_EQ(WiFiSystemAccessPointCreate(2, ap), 0U);
+            EXPECT_EQ(WiFiSystemAccessPointRadioInstanceGet(ap), 2U);
+        }
+        EXPECT_EQ(WiFiSystemAccessPointCreate(2, 1), 1U);
+    }));
+}
+
+TEST(SlotTable, SaysWhatItDoesUnderTheFunctionsNames) {
+    EXPECT_TRUE(runFresh([] {
+        (void)WiFiSystemAccessPointDelete(3);
+        (void)WiFiSystemAccessPointDelete(3);
+        (void)WiFiSystemAccessPointRadioInstanceGet(3);
+        (void)WiFiSystemAccessPointCreate(1, 3);
+        (void)WiFiSystemAccessPointCreate(1, 3);
+        (void)WiFiSystemAccessPointCreate(1, 9);
+        (void)WiFiSystemAccessPointCreate(0, 9);
+        (void)WiFiSystemAccessPointCreate(1, 0);
+        (void)WiFiSystemAccessPointDelete(0);
+        (void)WiFiSystemAccessPointRadioInstanceGet(0);
+        Texts lines;
+        for (const auto& line : Platform::instance().logs()) {
+            lines.push_back(std::to_string(line.level) + " " + line.function + ": " + line.text);
+            EXPECT_EQ(line.file, "wifi/QuorvelWiFiSystem");
+        }
+        const Texts expected = {
+            "3 WiFiSystemAccessPointDelete: WiFiSystemAccessPointDelete DONE",
+            "0 WiFiSystemAccessPointDelete: No access point match found",
+            "0 WiFiSystemAccessPointRadioInstanceGet: No access point match found",
+            // A create deletes first.
+            "0 WiFiSystemAccessPointDelete: No access point match found",
+            "3 WiFiSystemAccessPointCreate: WiFiSystemAccessPointCreate DONE",
+            "3 WiFiSystemAccessPointDelete: WiFiSystemAccessPointDelete DONE",
+            "3 WiFiSystemAccessPointCreate: WiFiSystemAccessPointCreate DONE",
+            "3 WiFiSystemAccessPointDelete: WiFiSystemAccessPointDelete DONE",
+            "0 WiFiSystemAccessPointCreate: No access point match found",
+            "0 WiFiSystemAccessPointCreate: Invalid input params radioIndex:0 WiFiSystemMaxNumberOfRadios():3",
+            "0 WiFiSystemAccessPointCreate: Invalid input params accessPointIndex:0 max:24",
+            "0 WiFiSystemAccessPointDelete: Invalid input params accessPointIndex:0 max:24",
+            "0 WiFiSystemAccessPointRadioInstanceGet: Invalid input params accessPointIndex:0 max:24"};
+        EXPECT_EQ(lines, expected);
+    }));
+}
+
 TEST(SlotTable, CreatesTwiceInTheSamePlace) {
     EXPECT_TRUE(runFresh([] {
         EXPECT_EQ(WiFiSystemAccessPointCreate(2, 12), 0U);
@@ -273,6 +366,92 @@ TEST(SlotTable, IsReadAndWrittenWithoutTheLock) {
         (void)WiFiSystemAccessPointRadioInstanceGet(5);
         EXPECT_EQ(Platform::instance().callTexts(), Texts{});
     }));
+}
+
+// The front ends of the object without parameters.
+class SystemContext : public PlatformTest {
+  protected:
+    Texts lines(const std::string& function) const {
+        Texts lines;
+        for (const auto& line : platform.logs()) {
+            EXPECT_EQ(line.file, "wifi/QuorvelWiFiSystem");
+            EXPECT_EQ(line.function, function);
+            lines.push_back(std::to_string(line.level) + " " + line.text);
+        }
+        platform.forget();
+        return lines;
+    }
+
+    GuardedBlock context{132};
+};
+
+TEST_F(SystemContext, IsInitialisedAsTheHostAnswers) {
+    EXPECT_EQ(WiFiSystemInitContext(nullptr), 2U);
+    EXPECT_EQ(platform.callTexts(), Texts{});
+    EXPECT_EQ(lines("WiFiSystemInitContext"), (Texts{"3 WiFiSystemInitContext Enter", "0 Invalid context"}));
+    platform.answer("Quorvel_ContextInit", 9);
+    EXPECT_EQ(WiFiSystemInitContext(context.get()), 9U);
+    EXPECT_EQ(platform.callTexts(), Texts{"Quorvel_ContextInit(ctx, 132)"});
+    EXPECT_LT(platform.logs().back().order, platform.calls().back().order);
+    EXPECT_EQ(lines("WiFiSystemInitContext"), (Texts{"3 WiFiSystemInitContext Enter", "3 WiFiSystemInitContext DONE"}));
+}
+
+TEST_F(SystemContext, AnswersYesOrNo) {
+    platform.answer("Quorvel_IsContextSetMap", 128);
+    EXPECT_EQ(WiFiSystemCheckContextNodeSet(context.get(), 0), 1U);
+    EXPECT_EQ(platform.callTexts(), Texts{"Quorvel_IsContextSetMap(ctx, 0)"});
+    EXPECT_EQ(lines("WiFiSystemCheckContextNodeSet"), Texts{"3 WiFiSystemCheckContextNodeSet DONE"});
+    EXPECT_EQ(WiFiSystemCheckContextNodeSet(context.get(), 1), 0U);
+    EXPECT_EQ(WiFiSystemCheckContextNodeSet(context.get(), 0xFFFFFFFFU), 0U);
+    EXPECT_EQ(platform.callTexts(), Texts{});
+    EXPECT_EQ(lines("WiFiSystemCheckContextNodeSet"), (Texts{"0 Exceeded subnodes", "0 Exceeded subnodes"}));
+    EXPECT_EQ(WiFiSystemCheckContextNodeSet(nullptr, 1), 0U);
+    EXPECT_EQ(platform.callTexts(), Texts{});
+    EXPECT_EQ(lines("WiFiSystemCheckContextNodeSet"), Texts{"0 Invalid context"});
+}
+
+TEST_F(SystemContext, IsRefusedWithoutLocking) {
+    EXPECT_EQ(WiFiSystemApplyContext(nullptr), 2U);
+    EXPECT_EQ(platform.callTexts(), Texts{});
+    EXPECT_EQ(lines("WiFiSystemApplyContext"), (Texts{"3 WiFiSystemApplyContext Enter", "0 Invalid context"}));
+    EXPECT_EQ(WiFiSystemApplyContext(context.get()), 5U);
+    EXPECT_EQ(platform.callTexts(), Texts{"Quorvel_IsContextInit(ctx)"});
+    EXPECT_EQ(lines("WiFiSystemApplyContext"), (Texts{"3 WiFiSystemApplyContext Enter", "0 Uninit context"}));
+}
+
+TEST_F(SystemContext, IsAppliedUnderTheLockAndItsMarksAreClearedAfter) {
+    ASSERT_EQ(WiFiSystemInitContext(context.get()), 0U);
+    (void)WiFiLock();
+    (void)WiFiUnlock();  // the lock exists
+    platform.forget();
+    platform.answer("Quorvel_ContextZeroSetMap", 9);  // not looked at
+    EXPECT_EQ(WiFiSystemApplyContext(context.get()), 0U);
+    EXPECT_EQ(platform.callTexts(), (Texts{"Quorvel_IsContextInit(ctx)", "QuorvelOsMutexLock(\"WiFi\")",
+                                           "QuorvelOsMutexUnlock(\"WiFi\")", "Quorvel_ContextZeroSetMap(ctx)"}));
+    EXPECT_EQ(lines("WiFiSystemApplyContext"),
+              (Texts{"3 WiFiSystemApplyContext Enter", "3 WiFiSystemApplyContext DONE"}));
+    EXPECT_EQ(WiFiSystemApplyContextImpl(context.get()), 0U);
+    EXPECT_EQ(WiFiSystemApplyContextImpl(nullptr), 0U);
+    EXPECT_EQ(platform.callTexts(), Texts{});
+    EXPECT_EQ(platform.logs().size(), 0U);
+}
+
+TEST_F(SystemContext, KeepsItsMarksWhenTheLockFails) {
+    ASSERT_EQ(WiFiSystemInitContext(context.get()), 0U);
+    (void)Quorvel_ContextSetMap(context.get(), 0);
+    const std::string before = context.bytes(0, 132);
+    for (const char* call : {"QuorvelOsMutexLock", "QuorvelOsMutexUnlock"}) {
+        platform.answer(call, 71);
+        EXPECT_EQ(WiFiSystemApplyContext(context.get()), 71U);
+        platform.succeed(call);
+        EXPECT_EQ(context.bytes(0, 132), before);
+    }
+}
+
+TEST_F(SystemContext, SnapshotSucceedsWhateverTheHostSays) {
+    EXPECT_EQ(WiFiSystemInstanceGet(nullptr), 0U);
+    EXPECT_EQ(platform.callTexts(), Texts{"Quorvel_ContextInit(null, 132)"});
+    EXPECT_EQ(lines("WiFiSystemInstanceGet"), (Texts{"3 WiFiSystemInstanceGet Enter", "3 WiFiSystemInstanceGet DONE"}));
 }
 
 }  // namespace

@@ -200,7 +200,7 @@ uint32_t QuorvelUtilGetSpawnInfoFromCfg(const char* section, SpawnInfo* info) {
 }
 
 uint32_t QuorvelOsSpawnProcess(SpawnInfo* info, ProcessRecord* process) {
-    platform().noteSpawned(*info);
+    platform().noteSpawned(*info, *process);
     if (const auto result = forced("QuorvelOsSpawnProcess", renderAll(info->program, info->arguments))) {
         return *result;
     }

@@ -78,6 +78,7 @@ void Platform::reset() {
     spawnInfos_.clear();
     processes_.clear();
     spawned_.reset();
+    spawnedInto_.reset();
     terminated_.reset();
     files_.clear();
     failingPaths_.clear();
@@ -432,9 +433,10 @@ std::int32_t Platform::process(const std::string& name) const {
     return entry == processes_.end() ? 0 : entry->second;
 }
 
-void Platform::noteSpawned(const SpawnInfo& info) {
+void Platform::noteSpawned(const SpawnInfo& info, const ProcessRecord& process) {
     const Guard guard(mutex_);
     spawned_ = info;
+    spawnedInto_ = process;
 }
 
 void Platform::noteTerminated(const SpawnInfo& info) {
@@ -445,6 +447,11 @@ void Platform::noteTerminated(const SpawnInfo& info) {
 std::optional<SpawnInfo> Platform::spawned() const {
     const Guard guard(mutex_);
     return spawned_;
+}
+
+std::optional<ProcessRecord> Platform::spawnedInto() const {
+    const Guard guard(mutex_);
+    return spawnedInto_;
 }
 
 std::optional<SpawnInfo> Platform::terminated() const {

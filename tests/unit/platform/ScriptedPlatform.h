@@ -121,6 +121,8 @@ class Platform {
     // What a call that fills a record or buffer writes there (wlcsm_mngr_sta_info, wlcsm_mngr_ssid_info,
     // wlcsm_mngr_ci_scanresults, wlcsm_mngr_chanim_stats, wlcsm_mngr_channelstats, wlcsm_mngr_getRadioChannelStats2).
     void setRecord(const std::string& call, const std::string& bytes);
+    // The record as such a call was handed it last, before it filled it (the three of channel measurements).
+    [[nodiscard]] std::optional<std::string> handed(const std::string& call) const;
     void setSystemUpSeconds(std::uint32_t seconds);
     void setRadioUpSeconds(std::uint32_t radio, std::uint32_t seconds);
 
@@ -131,6 +133,7 @@ class Platform {
     void setProcess(const std::string& name, std::int32_t id);
     // The records that the last spawn and the last termination were given.
     [[nodiscard]] std::optional<SpawnInfo> spawned() const;
+    [[nodiscard]] std::optional<ProcessRecord> spawnedInto() const;  // as it was before the spawn filled it
     [[nodiscard]] std::optional<SpawnInfo> terminated() const;
 
     // --- Files and commands
@@ -180,12 +183,13 @@ class Platform {
     [[nodiscard]] bool readVariable(std::uint32_t radio, std::uint32_t sub, const char* name, char* value) const;
     void writeVariable(std::uint32_t radio, std::uint32_t sub, const char* name, const char* value);
     [[nodiscard]] std::optional<std::string> record(const std::string& call) const;
+    void noteHanded(const std::string& call, const void* record, std::size_t size);
     [[nodiscard]] std::uint32_t systemUpSeconds() const;
     [[nodiscard]] std::uint32_t radioUpSeconds(std::uint32_t radio) const;
     [[nodiscard]] std::optional<std::string> configuration(const std::string& section, const std::string& key) const;
     [[nodiscard]] std::optional<SpawnInfo> spawnInfo(const std::string& section) const;
     [[nodiscard]] std::int32_t process(const std::string& name) const;
-    void noteSpawned(const SpawnInfo& info);
+    void noteSpawned(const SpawnInfo& info, const ProcessRecord& process);
     void noteTerminated(const SpawnInfo& info);
     [[nodiscard]] std::FILE* openFile(const std::string& path, const std::string& mode);
     [[nodiscard]] std::FILE* openCommand(const std::string& command);
@@ -239,6 +243,7 @@ class Platform {
     std::map<std::string, std::string> variablesEverywhere_;
     std::map<std::string, std::string> nvram_;
     std::map<std::string, std::string> records_;
+    std::map<std::string, std::string> handed_;
     std::uint32_t systemUpSeconds_ = 0;
     std::map<std::uint32_t, std::uint32_t> radioUpSeconds_;
 
@@ -246,6 +251,7 @@ class Platform {
     std::map<std::string, SpawnInfo> spawnInfos_;
     std::map<std::string, std::int32_t> processes_;
     std::optional<SpawnInfo> spawned_;
+    std::optional<ProcessRecord> spawnedInto_;
     std::optional<SpawnInfo> terminated_;
 
     std::map<std::string, std::string> files_;
