@@ -39,14 +39,27 @@ constexpr bool rowsStandAtTheirNodes(const MappingRow (&table)[rows]) {
     }
     return true;
 }
-#define OBJECT(...) static_assert(rowsStandAtTheirNodes(QUORVEL_CAT3(k, THIS_OBJECT, Mapping)));
+
+// A text is written from a buffer of kValueSize.
+template <size_t rows>
+constexpr bool textsFitTheirBuffer(const MappingRow (&table)[rows], const uint16_t (&sizes)[rows]) {
+    for (size_t n = 1; n < rows; ++n) {
+        if (table[n].conversion == conversion::CHAR && table[n].variable[0] != '\0' && sizes[n] > kValueSize)
+            return false;
+    }
+    return true;
+}
+
+#define OBJECT(...)                                                              \
+    static_assert(rowsStandAtTheirNodes(QUORVEL_CAT3(k, THIS_OBJECT, Mapping))); \
+    static_assert(textsFitTheirBuffer(QUORVEL_CAT3(k, THIS_OBJECT, Mapping), QUORVEL_CAT3(k, THIS_OBJECT, Sizes)));
 #include "MappedObjects.h"
 
 constexpr Mapping mappingOf(uint32_t object) {
     switch (object) {
-#define OBJECT(index, ...)                                                                         \
-    case index:                                                                                    \
-        return {QUORVEL_CAT3(k, THIS_OBJECT, Mapping), QUORVEL_CAT3(k, THIS_OBJECT, Sizes),        \
+#define OBJECT(index, ...)                                                                  \
+    case index:                                                                             \
+        return {QUORVEL_CAT3(k, THIS_OBJECT, Mapping), QUORVEL_CAT3(k, THIS_OBJECT, Sizes), \
                 std::size(QUORVEL_CAT3(k, THIS_OBJECT, Mapping))};
 #include "MappedObjects.h"
         default:

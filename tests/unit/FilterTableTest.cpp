@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "FreshProcess.h"
 #include "MappedParameters.h"
 #include "QuorvelWiFiExports.h"
 
@@ -73,6 +74,7 @@ TEST_F(FilterTable, CountIsClearedAndFailsForAnAccessPointThatDoesNotExist) {
         std::uint32_t number = 99;
         EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableNumberOfMacAddressGet(ap, &number), 6U);
         EXPECT_EQ(number, 0U);
+        EXPECT_TRUE(platform.logged(0, "Invalid radioIdx[4294967295] or ssidIdx[" + std::to_string(ap) + "]"));
     }
 }
 
@@ -80,8 +82,16 @@ TEST_F(FilterTable, RefusesABufferBelowItsLengthBeforeLocking) {
     GuardedBlock buffer(576);
     EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableMacAddressGet(1, buffer.text(), 575), 8U);
     EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableMacAddressGet(1, nullptr, 576), 6U);
+    EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableMacAddressGet(1, nullptr, 575), 6U);
     EXPECT_EQ(platform.callTexts(), Texts{});
-    EXPECT_EQ(platform.logTexts(0), (Texts{"Value out of range", "Invalid input params"}));
+    EXPECT_EQ(platform.logTexts(0), (Texts{"Value out of range", "Invalid input params", "Invalid input params"}));
+}
+
+TEST_F(FilterTable, OfItsFullLengthEndsOneBeyondTheBuffer) {
+    setList(std::string(576, 'm'));
+    GuardedBlock buffer(578);
+    EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableMacAddressGet(kAccessPoint, buffer.text(), 576), 0U);
+    EXPECT_EQ(buffer.bytes(0, 578), std::string(576, 'm') + std::string("\0\xEE", 2));
 }
 
 TEST_F(FilterTable, TakesATextOfItsLengthAndNoLonger) {
@@ -121,6 +131,59 @@ TEST_F(FilterTable, IsInitialisedAgainAfterItsApply) {
               (Texts{writeCall("wlFltMacList", kThree), "Quorvel_ContextInit(ctx, 712)"}));
 }
 
+TEST_F(FilterTable, IsNotWrittenForAnAccessPointThatDoesNotExist) {
+    for (const std::uint32_t ap : {0U, 25U}) {
+        ASSERT_EQ(WiFiAccessPointAccessPointControlFilterTableMacAddressSet(context.get(), ap, kThree, 53), 0U);
+        platform.forget();
+        EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableApplyContext(context.get(), ap), 6U);
+        EXPECT_TRUE(platform.logged(0, "Invalid radioIdx[4294967295] or ssidIdx[" + std::to_string(ap) + "]"));
+        EXPECT_TRUE(platform.logged(0, "Impl call failed, result 6"));
+        EXPECT_EQ(platform.callCount("wlcsm_mngr_set"), 0U);
+        EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableCheckContextNodeSet(context.get(), 1), 1U);
+        EXPECT_EQ(context.bytes(132, 53), kThree);
+    }
+}
+
+TEST_F(FilterTable, HasNowhereToWriteTheCount) {
+    ASSERT_EQ(Quorvel_ContextSetMap(context.get(), 2), 0U);  // as no setter would
+    EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableApplyContext(context.get(), kAccessPoint), 0U);
+    EXPECT_EQ(platform.callCount("wlcsm_mngr_set"), 0U);
+    EXPECT_EQ(platform.logTexts(0), Texts{" No direct wlmgnr mapping for node[2]."});
+}
+
+TEST_F(FilterTable, FollowsItsAccessPointToAnotherRadio) {
+    EXPECT_TRUE(scripted::runFresh([] {
+        auto& world = scripted::Platform::instance();
+        world.setVariable(2, 2, "wlFltMacList", kThree);
+        ASSERT_EQ(WiFiSystemAccessPointDelete(17), 0U);
+        ASSERT_EQ(WiFiSystemAccessPointCreate(3, 11), 0U);
+        std::uint32_t number = 0;
+        EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableNumberOfMacAddressGet(11, &number), 0U);
+        EXPECT_EQ(number, 3U);
+        GuardedBlock staged(712);
+        ASSERT_EQ(WiFiAccessPointAccessPointControlFilterTableInitContext(staged.get()), 0U);
+        ASSERT_EQ(WiFiAccessPointAccessPointControlFilterTableMacAddressSet(staged.get(), 11, "x", 1), 0U);
+        EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableApplyContext(staged.get(), 11), 0U);
+        EXPECT_EQ(world.variable(2, 2, "wlFltMacList"), "x");
+    }));
+}
+
+TEST_F(FilterTable, ModeIsLeftToWhatIsAllowed) {
+    platform.setVariable(kRadioIndex, kSubIndex, "wlFltMacMode", "disabled");
+    GuardedBlock accessPoint(1588);
+    ASSERT_EQ(WiFiAccessPointInitContext(accessPoint.get()), 0U);
+    ASSERT_EQ(WiFiAccessPointAccessControlFilterEnabledSet(accessPoint.get(), kAccessPoint, 1), 0U);
+    ASSERT_EQ(WiFiAccessPointApplyContext(accessPoint.get(), kAccessPoint), 0U);
+    EXPECT_EQ(platform.variable(kRadioIndex, kSubIndex, "wlFltMacMode"), "disabled");
+    ASSERT_EQ(WiFiAccessPointAccessControlFilterEnabledSet(accessPoint.get(), kAccessPoint, 1), 0U);
+    ASSERT_EQ(WiFiAccessPointAccessControlFilterAccessAllowSet(accessPoint.get(), kAccessPoint, 0), 0U);
+    ASSERT_EQ(WiFiAccessPointApplyContext(accessPoint.get(), kAccessPoint), 0U);
+    EXPECT_EQ(platform.variable(kRadioIndex, kSubIndex, "wlFltMacMode"), "deny");
+    std::uint8_t enabled = 0;
+    EXPECT_EQ(WiFiAccessPointAccessControlFilterEnabledGet(kAccessPoint, &enabled), 0U);
+    EXPECT_EQ(enabled, 1);
+}
+
 TEST_F(FilterTable, SnapshotHoldsListAndCount) {
     setList(kThree);
     GuardedBlock snapshot(712);
@@ -140,6 +203,16 @@ TEST_F(FilterTable, SnapshotReportsAFailureAsTheImplementations) {
     EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableInstanceGet(snapshot.get(), 25), 6U);
     EXPECT_EQ(platform.logCount(0, "Impl call failed, result 6"), 2U);  // the getter's own word and the snapshot's
     EXPECT_FALSE(platform.logged(0, "Get failed, result 6"));
+}
+
+TEST_F(FilterTable, SnapshotKeepsTheListWhenTheCountFails) {
+    setList(kThree);
+    platform.answerAt("QuorvelOsMutexLock", 2, 9);
+    GuardedBlock snapshot(712);
+    EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableInstanceGet(snapshot.get(), kAccessPoint), 9U);
+    EXPECT_EQ(platform.logTexts(0), (Texts{"Lock failed, result 9", "Impl call failed, result 9"}));
+    EXPECT_EQ(snapshot.bytes(132, 576), kThree + std::string(576 - 53, '\0'));
+    EXPECT_EQ(snapshot.at<std::uint32_t>(708), 0U);
 }
 
 }  // namespace

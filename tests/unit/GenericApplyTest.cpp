@@ -79,6 +79,7 @@ TEST_F(GenericApply, RefusesRadiosAndSsidsThatDoNotExist) {
         EXPECT_EQ(platform.logTexts(0),
                   Texts{"Invalid radioIdx[" + std::to_string(radio) + "] or ssidIdx[" + std::to_string(ssid) + "]"});
         EXPECT_EQ(platform.callTexts(), Texts{});
+        EXPECT_EQ(platform.logTexts(3), Texts{});
     }
 }
 
@@ -88,6 +89,28 @@ TEST_F(GenericApply, ReachesTheManagerWithTheSsidsPlaceWithinItsRadio) {
     EXPECT_EQ(Quorvel_P_WiFiApplyContext(2, 9, context.get(), kTable, kCount), 0U);
     EXPECT_EQ(written(),
               (Texts{"wlcsm_mngr_set(2, 7, \"unsigned\", \"0\")", "wlcsm_mngr_set(1, 0, \"unsigned\", \"0\")"}));
+}
+
+TEST_F(GenericApply, SaysWhichVariableOfWhichSsidItMeans) {
+    mark(1);
+    mark(2);
+    mark(7);
+    platform.forget();
+    platform.failAt("wlcsm_mngr_set", 2);
+    EXPECT_EQ(Quorvel_P_WiFiApplyContext(3, 18, context.get(), kTable, kCount), 0U);
+    EXPECT_EQ(platform.logTexts(2), Texts{"wlcsm_mngr_set: radio[2], ssid[1], varName[unsigned] value[0] SUCCESS."});
+    EXPECT_EQ(platform.logTexts(0), (Texts{"wlcsm_mngr_set: radio[2], ssid[1], varName[signed] value[0] FAIL.",
+                                           "Invalid nodeType[FLOAT] for radio[2], ssid[1], varName[odd]."}));
+}
+
+// The lock is the caller's.
+TEST_F(GenericApply, AsksForEachNodeOnceAndWritesBetween) {
+    mark(1);
+    mark(3);
+    EXPECT_EQ(apply(5), 0U);
+    EXPECT_EQ(platform.callTexts(),
+              (Texts{"Quorvel_IsContextSetMap(ctx, 1)", set("unsigned", "0"), "Quorvel_IsContextSetMap(ctx, 2)",
+                     "Quorvel_IsContextSetMap(ctx, 3)", set("flag", "0"), "Quorvel_IsContextSetMap(ctx, 4)"}));
 }
 
 TEST_F(GenericApply, WritesEachConversionInNodeOrder) {
@@ -162,6 +185,29 @@ TEST_F(GenericApply, PassesOverAConversionItDoesNotKnow) {
     EXPECT_EQ(written(), Texts{set("last", "")});
 }
 
+TEST_F(GenericApply, KnowsConversionsByTheirWholeName) {
+    mark(1);
+    for (const char* name :
+         {"UINT", "UINT32 ", "uint32", "INT", "INT321", "BOOL", "BOOLEANS", "RBOOLEAN2", "CHA", "CHARS", ""}) {
+        const Row table[] = {{5, 0, "", ""}, {1, 132, name, "odd"}};
+        EXPECT_EQ(apply(2, table), 0U);
+        EXPECT_EQ(platform.logTexts(0),
+                  Texts{"Invalid nodeType[" + std::string(name) + "] for radio[0], ssid[0], varName[odd]."});
+        EXPECT_EQ(written(), Texts{});
+        EXPECT_EQ(platform.logTexts(3), Texts{"Quorvel_P_WiFiApplyContext DONE"});
+    }
+}
+
+TEST_F(GenericApply, TakesAnyAnswerButZeroForFailure) {
+    mark(1);
+    for (const std::int64_t result : {2, -1}) {
+        platform.answer("wlcsm_mngr_set", result);
+        EXPECT_EQ(apply(), 0U);
+        EXPECT_EQ(platform.logTexts(0), Texts{"wlcsm_mngr_set: radio[0], ssid[0], varName[unsigned] value[0] FAIL."});
+        EXPECT_EQ(platform.logTexts(2), Texts{});
+    }
+}
+
 TEST_F(GenericApply, GoesOnAfterAFailedWrite) {
     mark(1);
     mark(2);
@@ -178,6 +224,34 @@ TEST_F(GenericApply, BoundsATextThatFillsItsFieldByTheField) {
     context.put<std::uint32_t>(152, 0x44434241U);  // what follows the field must not be taken for text
     EXPECT_EQ(apply(), 0U);
     EXPECT_EQ(written(), Texts{set("text", "abcdefghij")});
+}
+
+TEST_F(GenericApply, BoundsATextByTheNearestFieldBehindIt) {
+    const Row table[] = {
+        {5, 0, "", ""}, {1, 144, "CHAR", "far"}, {2, 132, "CHAR", "text"}, {3, 140, "CHAR", "near"}, {4, 134, "", ""}};
+    mark(2);
+    context.write(132, std::string(32, 'x'));
+    EXPECT_EQ(apply(4, table), 0U);  // the last row is beyond the count
+    EXPECT_EQ(written(), Texts{set("text", "xxxxxxxx")});
+}
+
+TEST_F(GenericApply, TakesAThousandAndTwentyFourBytesOfATextWithoutEnd) {
+    const Row table[] = {{5, 0, "", ""}, {1, 132, "CHAR", "long"}};
+    GuardedBlock large(132 + 1100);
+    ASSERT_EQ(Quorvel_ContextInit(large.get(), 132 + 1100), 0U);
+    large.write(132, std::string(1100, 'x'));
+    ASSERT_EQ(Quorvel_ContextSetMap(large.get(), 1), 0U);
+    EXPECT_EQ(Quorvel_P_WiFiApplyContext(1, 1, large.get(), table, 2), 0U);
+    EXPECT_EQ(written(), Texts{set("long", std::string(1024, 'x'))});
+}
+
+TEST_F(GenericApply, LeavesNothingOfOneTextInTheNext) {
+    mark(5);
+    mark(9);
+    context.write(142, "abcdefghij");
+    context.write(156, "x");
+    EXPECT_EQ(apply(), 0U);
+    EXPECT_EQ(written(), (Texts{set("text", "abcdefghij"), set("last", "x")}));
 }
 
 TEST_F(GenericApply, LogsWithTheBridgesNames) {
@@ -229,7 +303,7 @@ TEST_F(SpecialApply, DisablingTheFilterWritesItsModeAndEnablingNothing) {
 TEST_F(SpecialApply, FilterModeIsAllowForOneAndDenyForTheRest) {
     mark(20);
     const std::pair<std::uint32_t, const char*> modes[] = {
-        {1, "allow"}, {0, "deny"}, {5, "deny"}, {0xFFFFFFFFU, "deny"}};
+        {1, "allow"}, {0, "deny"}, {5, "deny"}, {257, "deny"}, {0xFFFFFFFFU, "deny"}};
     for (const auto& [value, mode] : modes) {
         context.put<std::uint32_t>(136, value);
         EXPECT_EQ(apply(25, table(7).data()), 0U);
@@ -261,6 +335,67 @@ TEST_F(SpecialApply, ClearingTheFilterTableWritesAnEmptyList) {
     EXPECT_EQ(platform.logTexts(2), Texts{hit(7, 19, "", 0)});
 }
 
+TEST_F(SpecialApply, BytesAboveOneEnableTheFilterAndKeepItsTable) {
+    mark(18);
+    mark(19);
+    for (const std::uint8_t value : std::initializer_list<std::uint8_t>{2, 128, 255}) {
+        context.put<std::uint8_t>(132, value);
+        context.put<std::uint8_t>(133, value);
+        EXPECT_EQ(apply(25, table(7).data()), 0U);
+        EXPECT_EQ(written(), Texts{});
+        EXPECT_EQ(platform.logTexts(2), (Texts{hit(7, 18, "", 0), hit(7, 19, "", 0)}));
+    }
+}
+
+TEST_F(SpecialApply, ClearingAfterDisablingWritesTheEmptyListAllTheSame) {
+    mark(18);
+    mark(19);
+    context.put<std::uint8_t>(132, 0);
+    context.put<std::uint8_t>(133, 1);
+    EXPECT_EQ(apply(25, table(7).data()), 0U);
+    EXPECT_EQ(written(), (Texts{set("wlFltMacMode", "disabled"), set("wlFltMacList", "")}));
+    EXPECT_EQ(platform.logTexts(2), (Texts{hit(7, 18, "disabled", 1), success("wlFltMacMode", "disabled"),
+                                           hit(7, 19, "", 1), success("wlFltMacList", "")}));
+}
+
+TEST_F(SpecialApply, AFailedWriteIsSaidAsAnyOther) {
+    mark(20);
+    platform.forget();
+    platform.fail("wlcsm_mngr_set");
+    EXPECT_EQ(apply(25, table(7).data()), 0U);
+    EXPECT_EQ(platform.logTexts(2), Texts{hit(7, 20, "deny", 1)});
+    EXPECT_EQ(platform.logTexts(0),
+              Texts{"wlcsm_mngr_set: radio[0], ssid[0], varName[wlFltMacMode] value[deny] FAIL."});
+}
+
+TEST_F(SpecialApply, ASpecialNodeWithoutVariableIsPassedOver) {
+    mark(20);
+    std::vector<Row> rows = table(9);
+    rows[20].variable = "";
+    EXPECT_EQ(apply(22, rows.data()), 0U);
+    EXPECT_EQ(written(), Texts{});
+    EXPECT_EQ(platform.logTexts(0), Texts{" No direct wlmgnr mapping for node[20]."});
+    EXPECT_EQ(platform.logTexts(2), Texts{});
+}
+
+TEST_F(SpecialApply, AllOtherNodesAreConvertedStraight) {
+    context.put<std::uint32_t>(132, 3);
+    for (std::uint32_t object = 0; object <= 12; ++object) {
+        for (std::uint32_t node = 1; node <= 25; ++node) {
+            const bool special = (object == 7 && node >= 18 && node <= 20) || (object == 9 && node == 20);
+            if (special) continue;
+            std::vector<Row> rows(26, Row{0, 136, "UINT32", ""});
+            rows[0] = {object, 0, "", ""};
+            rows[node] = {node, 132, "UINT32", "plain"};
+            mark(node);
+            EXPECT_EQ(apply(26, rows.data()), 0U);
+            EXPECT_EQ(written(), Texts{set("plain", "3")}) << object << ", " << node;
+            EXPECT_EQ(platform.logTexts(2), Texts{success("plain", "3")});
+            (void)Quorvel_ContextClearMap(context.get(), node);
+        }
+    }
+}
+
 TEST_F(SpecialApply, CipherIsWrittenAsTheManagersText) {
     mark(20);
     const char* const texts[] = {"tkip", "aes", "tkip+aes"};
@@ -268,6 +403,7 @@ TEST_F(SpecialApply, CipherIsWrittenAsTheManagersText) {
         context.put<std::uint32_t>(136, code);
         EXPECT_EQ(apply(22, table(9).data()), 0U);
         EXPECT_EQ(written(), Texts{set("wlWpa", texts[code])});
+        EXPECT_EQ(platform.logTexts(2), (Texts{hit(9, 20, texts[code], 1), success("wlWpa", texts[code])}));
         EXPECT_EQ(platform.logTexts(0), Texts{});
     }
 }
@@ -279,6 +415,7 @@ TEST_F(SpecialApply, AnUnknownCipherWritesTheEmptyText) {
         context.put<std::int32_t>(136, code);
         EXPECT_EQ(apply(22, table(9).data()), 0U);
         EXPECT_EQ(platform.logTexts(0), Texts{"Invalid wpaEncryption[" + std::to_string(code) + "]"});
+        EXPECT_EQ(platform.logs().at(0).function, "Quorvel_P_WiFiSpecialCaseSet");
         EXPECT_EQ(written(), Texts{set("wlWpa", "")});
         EXPECT_EQ(platform.logTexts(2), (Texts{hit(9, 20, "", 1), success("wlWpa", "")}));
     }

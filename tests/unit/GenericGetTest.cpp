@@ -6,6 +6,7 @@
 
 #include "PlatformTest.h"
 #include "QuorvelWiFiExports.h"
+#include "QuorvelWiFiInternal.h"
 
 // The generic read of a manager variable.
 
@@ -107,12 +108,34 @@ TEST_F(GenericGet, ConvertsNumbers) {
     EXPECT_EQ(number(2, "signed", "2147483647"), 2147483647U);
 }
 
+// The C library's numbers are as wide as the machine's word; what does not fit is the nearest that does.
+TEST_F(GenericGet, StoresTheLowWordOfTheCLibrarysNumber) {
+    constexpr bool kWide = sizeof(long) == 8;
+    struct Case {
+        const char* text;
+        std::uint32_t wide;
+        std::uint32_t narrow;
+    };
+    const Case cases[] = {{"2147483648", 0x80000000U, 0x7FFFFFFFU},  {"4294967295", 0xFFFFFFFFU, 0x7FFFFFFFU},
+                          {"4294967297", 1U, 0x7FFFFFFFU},           {"-2147483648", 0x80000000U, 0x80000000U},
+                          {"-2147483649", 0x7FFFFFFFU, 0x80000000U}, {"99999999999999999999", 0xFFFFFFFFU, 0x7FFFFFFFU},
+                          {"-99999999999999999999", 0U, 0x80000000U}};
+    for (const Case& c : cases) {
+        EXPECT_EQ(number(1, "unsigned", c.text), kWide ? c.wide : c.narrow) << c.text;
+        EXPECT_EQ(number(2, "signed", c.text), kWide ? c.wide : c.narrow) << c.text;
+    }
+    EXPECT_EQ(byte(3, "flag", "4294967296"), kWide ? 0U : 255U);
+    EXPECT_EQ(byte(4, "noFlag", "4294967296"), kWide ? 1U : 0U);
+}
+
 TEST_F(GenericGet, StoresTheLowByteOfABoolean) {
     EXPECT_EQ(byte(3, "flag", "1"), 1U);
     EXPECT_EQ(byte(3, "flag", "0"), 0U);
     EXPECT_EQ(byte(3, "flag", "256"), 0U);
     EXPECT_EQ(byte(3, "flag", "257"), 1U);
     EXPECT_EQ(byte(3, "flag", "7"), 7U);
+    EXPECT_EQ(byte(3, "flag", "-1"), 255U);
+    EXPECT_EQ(byte(3, "flag", "true"), 0U);
 }
 
 TEST_F(GenericGet, ReversesAReversedBoolean) {
@@ -120,6 +143,7 @@ TEST_F(GenericGet, ReversesAReversedBoolean) {
     EXPECT_EQ(byte(4, "noFlag", "1"), 0U);
     EXPECT_EQ(byte(4, "noFlag", "2"), 0U);
     EXPECT_EQ(byte(4, "noFlag", "256"), 1U);
+    EXPECT_EQ(byte(4, "noFlag", "-1"), 0U);
     EXPECT_EQ(byte(4, "noFlag", ""), 1U);
 }
 
@@ -135,6 +159,30 @@ TEST_F(GenericGet, LetsATextOfExactlyTheBuffersLengthEndOneBeyond) {
     GuardedBlock out(16);
     ASSERT_EQ(get(5, out.get(), 2, 10), 0);
     EXPECT_EQ(out.bytes(0, 12), std::string("abcdefghij\0\xEE", 12));
+}
+
+TEST_F(GenericGet, FindsTheTextFlagAmongOthers) {
+    platform.setVariable(0, 0, "text", "abcdefghij");
+    for (const std::uint32_t flags : {3U, 6U, 0xFFFFFFFFU}) {
+        GuardedBlock out(16);
+        ASSERT_EQ(get(5, out.get(), flags, 4), 0);
+        EXPECT_EQ(out.bytes(0, 5), std::string("abc\0\xEE", 5)) << flags;
+    }
+}
+
+TEST_F(GenericGet, WritesNoMoreThanTheEndIntoABufferOfNothing) {
+    platform.setVariable(0, 0, "text", "abc");
+    GuardedBlock out(16);
+    ASSERT_EQ(get(5, out.get(), 2, 0), 0);
+    EXPECT_EQ(out.bytes(0, 2), std::string("\0\xEE", 2));
+    EXPECT_TRUE(out.intact());
+}
+
+TEST_F(GenericGet, DoesNotBoundNumbersByTheLength) {
+    platform.setVariable(0, 0, "unsigned", "305419896");
+    std::uint32_t value = 0;
+    EXPECT_EQ(get(1, &value, 2, 0), 0);
+    EXPECT_EQ(value, 305419896U);
 }
 
 TEST_F(GenericGet, CopiesAShorterTextWithItsEnd) {
@@ -173,11 +221,31 @@ TEST_F(GenericGet, LeavesTheOutputForAConversionItDoesNotKnow) {
     EXPECT_EQ(platform.logTexts(0), Texts{});
 }
 
+TEST_F(GenericGet, KnowsConversionsByTheirWholeName) {
+    platform.setVariable(0, 0, "odd", "1");
+    for (const char* name : {"UINT", "UINT32 ", "uint32", "INT", "INT321", "BOOL", "BOOLEANS", "RBOOLEAN2", "CHA",
+                             "CHARS", "NO_CONVERT2", "NO_CONVER", ""}) {
+        SCOPED_TRACE(name);
+        platform.forget();
+        const Row table[] = {{5, 0, "", ""}, {1, 0, name, "odd"}};
+        GuardedBlock out(1024);
+        EXPECT_EQ(get(1, out.get(), 2, 16, table), 0);
+        EXPECT_EQ(out.bytes(0, 1024), std::string(1024, '\xEE'));
+        EXPECT_EQ(platform.logTexts(2),
+                  (Texts{"Invalid nodeType[" + std::string(name) + "] for radio[0], ssid[0], varName[odd].",
+                         success("odd", "1")}));
+    }
+}
+
 TEST_F(GenericGet, FailsForANodeWithoutVariable) {
     std::uint32_t value = 7;
     EXPECT_EQ(get(8, &value), 1);
     EXPECT_EQ(platform.logTexts(0), Texts{"Couldn't find node[8] in the mapping table."});
     EXPECT_EQ(platform.callTexts(), Texts{});
+    EXPECT_EQ(value, 7U);
+    // PacketAggregationEnable, which its own code answers for.
+    EXPECT_EQ(Quorvel_P_WiFiWlcsmMngrGet(1, 1, 35, quorvel::kWiFiRadioMapping, &value, 0, 0, 0), 1);
+    EXPECT_TRUE(platform.logged(0, "Couldn't find node[35] in the mapping table."));
     EXPECT_EQ(value, 7U);
 }
 
@@ -187,6 +255,38 @@ TEST_F(GenericGet, FailsWhenTheManagerDoes) {
     EXPECT_EQ(platform.logTexts(0), Texts{"wlcsm_mngr_get: radio[1], ssid[2], varName[unsigned] FAIL."});
     EXPECT_EQ(platform.logTexts(2), Texts{});
     EXPECT_EQ(value, 7U);
+}
+
+TEST_F(GenericGet, TakesAnyAnswerButZeroForSuccess) {
+    EXPECT_EQ(number(1, "unsigned", "42"), 42U);
+    for (const std::int64_t result : {2, -1}) {
+        // The manager writes nothing: what counts is the cleared buffer.
+        platform.answer("wlcsm_mngr_ext_get", result);
+        EXPECT_EQ(number(1, "unsigned", "42"), 0U) << result;
+    }
+    platform.answer("wlcsm_mngr_ext_get", 0);
+    std::uint32_t value = 7;
+    EXPECT_EQ(get(1, &value), 1);
+    EXPECT_EQ(value, 7U);
+}
+
+TEST_F(GenericGet, SaysWhichVariableOfWhichSsidItMeans) {
+    platform.setVariable(2, 1, "unsigned", "42");
+    platform.setVariable(2, 1, "odd", "1");
+    std::uint32_t value = 0;
+    EXPECT_EQ(Quorvel_P_WiFiWlcsmMngrGet(3, 18, 1, kTable, &value, 0, 0, 0), 0);
+    EXPECT_EQ(Quorvel_P_WiFiWlcsmMngrGet(3, 18, 7, kTable, &value, 0, 0, 0), 0);
+    EXPECT_EQ(platform.logTexts(2), (Texts{"wlcsm_mngr_get: radio[2], ssid[1], varName[unsigned] value[42] SUCCESS.",
+                                           "Invalid nodeType[FLOAT] for radio[2], ssid[1], varName[odd].",
+                                           "wlcsm_mngr_get: radio[2], ssid[1], varName[odd] value[1] SUCCESS."}));
+}
+
+// The lock is the caller's.
+TEST_F(GenericGet, MakesOneRequestAndNothingElse) {
+    EXPECT_EQ(number(1, "unsigned", "42"), 42U);
+    EXPECT_EQ(number(1, "unsigned", "43"), 43U);
+    EXPECT_EQ(platform.callTexts(),
+              (Texts{"wlcsm_mngr_ext_get(0, 0, \"unsigned\")", "wlcsm_mngr_ext_get(0, 0, \"unsigned\")"}));
 }
 
 TEST_F(GenericGet, FindsARowByItsPlaceNotByItsNumber) {
@@ -286,13 +386,20 @@ TEST_F(SpecialGet, CipherIsTheLastOneThatMatches) {
     EXPECT_EQ(cipher(""), 0xCDCDCDCDU);
 }
 
-TEST_F(SpecialGet, ObjectsWithTheSameNodesAreConvertedStraight) {
+TEST_F(SpecialGet, AllOtherNodesAreConvertedStraight) {
     platform.setVariable(0, 0, "wlFltMacMode", "3");
-    const std::vector<Row> table = tableOf(5, 20, "UINT32", "wlFltMacMode");
-    std::uint32_t value = 0;
-    EXPECT_EQ(get(20, &value, 0, 0, table.data()), 0);
-    EXPECT_EQ(value, 3U);
-    EXPECT_EQ(platform.logTexts(2), Texts{success("wlFltMacMode", "3")});
+    for (std::uint32_t object = 0; object <= 12; ++object) {
+        for (std::uint32_t node = 1; node <= 25; ++node) {
+            const bool special = (object == 7 && node >= 18 && node <= 20) || (object == 9 && node == 20);
+            if (special) continue;
+            platform.forget();
+            const std::vector<Row> table = tableOf(object, node, "UINT32", "wlFltMacMode");
+            std::uint32_t value = 0;
+            EXPECT_EQ(get(node, &value, 0, 0, table.data()), 0);
+            EXPECT_EQ(value, 3U) << object << ", " << node;
+            EXPECT_EQ(platform.logTexts(2), Texts{success("wlFltMacMode", "3")});
+        }
+    }
 }
 
 TEST_F(SpecialGet, AMissingFilterListIsAnEmptyOne) {
@@ -315,6 +422,27 @@ TEST_F(SpecialGet, AMissingFilterListOfAnotherNodeIsSaidAndStillSucceeds) {
     EXPECT_EQ(out.bytes(0, 16), std::string(16, '\xEE'));
     EXPECT_EQ(platform.logTexts(0), Texts{"Invalid case: objIdx[5], nodeIdx[9]"});
     EXPECT_EQ(platform.logTexts(2), Texts{success("wlFltMacList", "")});
+    const std::pair<std::uint32_t, std::uint32_t> others[] = {{7, 1}, {7, 18}, {8, 2}, {8, 19}, {9, 1}, {9, 19}};
+    for (const auto& [object, node] : others) {
+        platform.forget();
+        EXPECT_EQ(get(node, out.get(), 2, 16, tableOf(object, node, "CHAR", "wlFltMacList").data()), 0);
+        EXPECT_EQ(out.bytes(0, 16), std::string(16, '\xEE'));
+        EXPECT_EQ(platform.logTexts(0),
+                  Texts{"Invalid case: objIdx[" + std::to_string(object) + "], nodeIdx[" + std::to_string(node) + "]"});
+        EXPECT_EQ(platform.logTexts(2), Texts{success("wlFltMacList", "")});
+        EXPECT_EQ(platform.logs().at(0).function, kGetter);
+    }
+}
+
+TEST_F(SpecialGet, AMissingVariableWhoseNameOnlyBeginsLikeTheListsFails) {
+    std::uint8_t byte = 0xCD;
+    for (const char* name : {"wlFltMacList2", "wlFltMac"}) {
+        EXPECT_EQ(get(19, &byte, 0, 0, tableOf(7, 19, "BOOLEAN", name).data()), 1);
+        EXPECT_EQ(byte, 0xCD);
+    }
+    // The filter's mode has no value to fall back on.
+    EXPECT_EQ(get(18, &byte, 0, 0, tableOf(7, 18, "BOOLEAN", "wlFltMacMode").data()), 1);
+    EXPECT_EQ(byte, 0xCD);
 }
 
 }  // namespace

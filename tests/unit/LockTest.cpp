@@ -90,6 +90,12 @@ TEST_F(Saving, AsksTheManagerUnderTheLock) {
     EXPECT_EQ(platform.logTexts(0), Texts{});
 }
 
+TEST_F(Saving, TakesAnyAnswerButZeroForSuccess) {
+    platform.answer("wlcsm_mngr_save_nvram", -1);
+    EXPECT_EQ(WifiSaveNvram(), 0U);
+    EXPECT_EQ(platform.logTexts(0), Texts{});
+}
+
 // Meant: whoever locks next waits until the host has dealt with it.
 TEST_F(Saving, KeepsTheLockWhenTheManagerCouldNotSave) {
     expectLockLeftHeld();

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "DataModel.h"
+#include "PlatformTest.h"
 #include "QuorvelWiFiInternal.h"
 
 // The tables that bind nodes to the manager's variables, row by row.
@@ -83,6 +84,41 @@ TEST(Mapping, BindsEachNodeToItsVariableConversionAndField) {
         EXPECT_EQ(row.field, parameter.offset());
         EXPECT_STREQ(row.conversion, expected.conversion);
         EXPECT_STREQ(row.variable, expected.variable);
+    }
+}
+
+class MappedApply : public scripted::PlatformTest {};
+
+// The walk over the protected setup has one node more than its table: meant.
+TEST_F(MappedApply, AsksForEveryNodeOfItsTable) {
+    const std::pair<const char*, std::uint32_t> lastNodes[] = {{"WiFi", 10},
+                                                               {"WiFiRadio", 65},
+                                                               {"WiFiSSID", 6},
+                                                               {"WiFiAccessPoint", 24},
+                                                               {"WiFiAccessPointAccessPointControlFilterTable", 2},
+                                                               {"WiFiAccessPointSecurity", 21},
+                                                               {"WiFiAccessPointWPS", 9}};
+    for (const auto& [prefix, last] : lastNodes) {
+        SCOPED_TRACE(prefix);
+        const auto& objects = datamodel::objects();
+        const auto object = std::find_if(objects.begin(), objects.end(), [wanted = prefix](const datamodel::Object& o) {
+            return std::strcmp(o.prefix, wanted) == 0;
+        });
+        ASSERT_NE(object, objects.end());
+        scripted::GuardedBlock context(object->contextSize);
+        ASSERT_EQ(object->initContext(context.get()), 0U);
+        platform.forget();
+        EXPECT_EQ(object->apply(context.get()), 0U);
+        std::vector<std::string> walk;
+        for (std::uint32_t node = 1; node <= last; ++node) {
+            walk.push_back("Quorvel_IsContextSetMap(ctx, " + std::to_string(node) + ")");
+        }
+        // The object's own nodes were asked for before.
+        std::vector<std::string> asked = platform.callTexts({"Quorvel_IsContextSetMap"});
+        ASSERT_GE(asked.size(), walk.size());
+        asked.erase(asked.begin(), asked.end() - static_cast<std::ptrdiff_t>(walk.size()));
+        EXPECT_EQ(asked, walk);
+        EXPECT_EQ(platform.callTexts({"wlcsm_mngr_set", "wlcsm_nvram_set"}), std::vector<std::string>{});
     }
 }
 
