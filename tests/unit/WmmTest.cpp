@@ -62,9 +62,20 @@ TEST_F(Wmm, NamesItsTextByAccessPointAndCategory) {
 }
 
 TEST_F(Wmm, NameIsBoundedByItsBuffer) {
-    std::uint32_t value = 0;
-    EXPECT_EQ(wifi_ap_ac_config(0x7FFFFFFF, 8, kAifsn, kRead, &value), 1U);
-    EXPECT_EQ(platform.callTexts({"wlcsm_nvram_get"}), Texts{"wlcsm_nvram_get(\"wl2147483646_wm\")"});
+    const std::pair<std::uint32_t, const char*> names[] = {
+        {0x7FFFFFFF, "wl2147483646_wm"}, {101, "wl100_wme_sta_v"}, {100, "wl99_wme_sta_vo"}, {0, "wl-1_wme_sta_vo"}};
+    for (const auto& [ap, name] : names) {
+        platform.setNvram(name, "1 1 7 0 0 off off");
+        platform.forget();
+        std::uint32_t value = 2;
+        EXPECT_EQ(wifi_ap_ac_config(ap, 8, kAifsn, kRead, &value), 0U);
+        EXPECT_EQ(value, 7U);
+        EXPECT_EQ(wifi_ap_ac_config(ap, 8, kAifsn, kWrite, &value), 0U);
+        EXPECT_EQ(
+            platform.callTexts({"wlcsm_nvram_get", "wlcsm_nvram_set"}),
+            (Texts{"wlcsm_nvram_get(\"" + std::string(name) + "\")", "wlcsm_nvram_get(\"" + std::string(name) + "\")",
+                   "wlcsm_nvram_set(\"" + std::string(name) + "\", \"1 1 7 0 0 off off \")"}));
+    }
 }
 
 TEST_F(Wmm, ReadsItsParametersUnderTheLock) {
@@ -92,9 +103,9 @@ TEST_F(Wmm, ReadsItsParametersUnderTheLock) {
 
 TEST_F(Wmm, ShowsAWindowAsItsExponent) {
     const std::pair<const char*, std::uint32_t> windows[] = {
-        {"0", 0},  {"1", 1},  {"2", 1},   {"3", 2},      {"7", 3},           {"15", 4},         {"16", 4},
-        {"30", 4}, {"31", 5}, {"63", 6},  {"1023", 10},  {"32767", 15},      {"65534", 15},     {"65535", 0},  // masked
-        {"-1", 0}, {"", 0},   {"off", 0}, {"131071", 1}, {"2147483646", 14}, {"2147483647", 15}};
+        {"0", 0},  {"1", 1},  {"2", 1},     {"3", 2},      {"7", 3},           {"15", 4},          {"16", 4}, {"30", 4},
+        {"31", 5}, {"63", 6}, {"1023", 10}, {"32767", 15}, {"65534", 15},      {"65535", 0},  // masked
+        {"-1", 0}, {"", 0},   {"off", 0},   {"131071", 1}, {"2147483646", 14}, {"2147483647", 15}, {"-2", 15}};
     for (const auto& [text, exponent] : windows) {
         store(std::string(text) + " " + text + " 0 0 0 off off");
         EXPECT_EQ(read(kMin), exponent) << text;
@@ -121,6 +132,17 @@ TEST_F(Wmm, TakesTwoBlanksForAnEmptyFieldAndTheEndForTheRest) {
     store(" 63");
     EXPECT_EQ(read(kMin), 0U);
     EXPECT_EQ(read(kMax), 6U);
+}
+
+TEST_F(Wmm, TakesNothingButABlankForASeparator) {
+    EXPECT_EQ(written("15\t63,3 7", kMax, 2), "15\t63,3 3      ");
+}
+
+TEST_F(Wmm, ReadsSixtyThreeCharacters) {
+    store("0 0 0 0 " + std::string(54, '0') + "12");  // the 2 is the 64th
+    EXPECT_EQ(read(kTxOp), 1U);
+    store("0 0 0 0 " + std::string(53, '0') + "12");
+    EXPECT_EQ(read(kTxOp), 12U);
 }
 
 TEST_F(Wmm, WritesOneFieldAndKeepsTheOthers) {
@@ -163,6 +185,8 @@ TEST_F(Wmm, BoundsTheTextItReadsAndTheOneItWrites) {
               "2147483647 1 " + std::string(37, '3') + " 0 8 off off ");  // all 63 of them
     const std::string joined = written("1 1 " + std::string(50, '3') + " 0 8 off", kMin, 31);
     EXPECT_EQ(joined, ("2147483647 1 " + std::string(50, '3') + " 0 8 off").substr(0, 63));
+    // Full long before its last field.
+    EXPECT_EQ(written("1 " + std::string(55, '3') + " 0 0 8", kMin, 31), "2147483647 " + std::string(52, '3'));
 }
 
 TEST_F(Wmm, ReadsWhatItWrote) {
@@ -218,6 +242,13 @@ TEST_F(Wmm, RefusesActionsOtherThanReadAndWrite) {
     }
 }
 
+// The text is asked for before the action is looked at.
+TEST_F(Wmm, MissesItsTextWhateverTheAction) {
+    std::uint32_t value = 77;
+    EXPECT_EQ(wifi_ap_ac_config(1, 3, kAifsn, 2, &value), 1U);
+    EXPECT_EQ(platform.logTexts(0), Texts{"wifi_ap_ac_config, failed to read nvram wl0_wme_ap_vi\n"});
+}
+
 TEST_F(Wmm, FailsWithoutItsText) {
     using Get = std::uint32_t (*)(std::uint32_t, std::uint32_t, std::uint32_t*);
     for (const Get get : {WiFiAccessPointACECWMinGet, WiFiAccessPointACECWMaxGet, WiFiAccessPointACAIFSNGet,
@@ -269,6 +300,32 @@ TEST_F(Wmm, SetsWriteTheirOwnFieldWithoutLockOrContext) {
         EXPECT_TRUE(call.name == "wlcsm_nvram_get" || call.name == "wlcsm_nvram_set") << call.text();
         EXPECT_FALSE(call.lockHeld);
     }
+}
+
+TEST_F(Wmm, SetsSayWhenTheyHaveWritten) {
+    store("15 63 3 0 0 off off");
+    using Set = std::uint32_t (*)(void*, std::uint32_t, std::uint32_t, std::uint32_t);
+    const std::pair<Set, std::string> sets[] = {{WiFiAccessPointACAIFSNSet, "WiFiAccessPointACAIFSNSet"},
+                                                {WiFiAccessPointACECWMinSet, "WiFiAccessPointACECWMinSet"},
+                                                {WiFiAccessPointACECWMaxSet, "WiFiAccessPointACECWMaxSet"},
+                                                {WiFiAccessPointACTxOpMaxSet, "WiFiAccessPointACTxOpMaxSet"}};
+    for (const auto& [set, name] : sets) {
+        SCOPED_TRACE(name);
+        platform.forget();
+        EXPECT_EQ(set(nullptr, 1, 3, 15), 0U);
+        EXPECT_EQ(set(nullptr, 1, 9, 15), 1U);  // not done
+        EXPECT_EQ(platform.logTexts(3), (Texts{name + " Enter", name + " DONE", name + " Enter"}));
+        for (const auto& line : platform.logs()) {
+            if (line.level == 3) {
+                EXPECT_EQ(line.function, name);
+                EXPECT_EQ(line.file, "wifi/QuorvelWiFiAccessPointAC");
+            }
+        }
+    }
+    platform.forget();
+    EXPECT_EQ(WiFiAccessPointACAIFSNSet(nullptr, 1, 3, 0), 8U);
+    EXPECT_EQ(WiFiAccessPointACAIFSNSet(nullptr, 1, 3, 16), 8U);
+    EXPECT_EQ(platform.logTexts(0), (Texts{"Value out of range", "Value out of range"}));
 }
 
 TEST_F(Wmm, StagesWhatItDoesNotSupportAndDropsIt) {
