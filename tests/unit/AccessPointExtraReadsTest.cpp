@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "FreshProcess.h"
 #include "PlatformTest.h"
 #include "QuorvelWiFiExports.h"
 #include "StationRecord.h"
@@ -14,6 +15,7 @@ namespace quorvel {
 namespace {
 
 using scripted::GuardedBlock;
+using scripted::runFresh;
 using scripted::StationRecord;
 using Texts = std::vector<std::string>;
 
@@ -87,8 +89,15 @@ TEST_F(ExtraReads, ClearTheStatisticsResultWhenTheManagerFails) {
 }
 
 TEST_F(ExtraReads, ParseTheAssociationCountAsASignedNumber) {
-    const std::pair<const char*, std::uint64_t> texts[] = {
-        {"0", 0}, {"1234567", 1234567}, {"-3", static_cast<std::uint64_t>(-3)}, {"", 0}, {"many", 0}, {" 8x", 8}};
+    const std::pair<const char*, std::uint64_t> texts[] = {{"0", 0},
+                                                           {"1234567", 1234567},
+                                                           {"-3", static_cast<std::uint64_t>(-3)},
+                                                           {"", 0},
+                                                           {"many", 0},
+                                                           {" 8x", 8},
+                                                           {"12345678", 12345678},
+                                                           {"123456789", 12345678},  // eight characters count
+                                                           {"-2345678901", static_cast<std::uint64_t>(-2345678)}};
     for (const auto& [text, number] : texts) {
         setAssociationCount(text);
         EXPECT_EQ(WiFiAccessPointRxStatsResultGet(11, kMac, 0, 0, count()), 0U);
@@ -185,6 +194,127 @@ TEST_F(ExtraReads, ReturnTheLocksFailure) {
               Texts{});
 }
 
+struct ExtraRead {
+    std::uint32_t (*read)(std::uint32_t ap);
+    std::string name;
+    std::string failing;  // the call it fails with
+    std::string failure;  // in its words
+    Texts calls;          // for an access point that no radio has
+};
+
+const ExtraRead kExtraReads[] = {
+    {[](std::uint32_t ap) {
+         std::uint64_t out = 0;
+         return WiFiAccessPointRxStatsResultGet(ap, kMac, 1, 2, &out);
+     },
+     "WiFiAccessPointRxStatsResultGet",
+     "wlcsm_mngr_clientRxTxStatsResult",
+     "wlcsm_mngr_clientRxTxStatsResult fail",
+     {"wlcsm_mngr_clientRxTxStatsResult(4294967294, 2, \"00:11:22:33:44:55\", 1, 1, 2)",
+      "wlcsm_mngr_get(4294967294, 2, \"wlStaAssocCnt_00:11:22:33:44:55\")"}},
+    {[](std::uint32_t ap) {
+         std::uint64_t out = 0;
+         return WiFiAccessPointTxStatsResultGet(ap, kMac, 1, 2, &out);
+     },
+     "WiFiAccessPointTxStatsResultGet",
+     "wlcsm_mngr_clientRxTxStatsResult",
+     "wlcsm_mngr_clientRxTxStatsResult fail",
+     {"wlcsm_mngr_clientRxTxStatsResult(4294967294, 2, \"00:11:22:33:44:55\", 0, 1, 2)",
+      "wlcsm_mngr_get(4294967294, 2, \"wlStaAssocCnt_00:11:22:33:44:55\")"}},
+    {[](std::uint32_t ap) {
+         char record[1024] = {};
+         std::uint64_t out = 0;
+         return WiFiAccessPointStatsGet(ap, kMac, record, &out);
+     },
+     "WiFiAccessPointStatsGet",
+     "wlcsm_mngr_sta_info",
+     "wlcsm_mngr_sta_info fail",
+     {"wlcsm_mngr_sta_info(4294967294, 2, \"00:11:22:33:44:55\", out)",
+      "wlcsm_mngr_get(4294967294, 2, \"wlStaAssocCnt_00:11:22:33:44:55\")"}},
+    {[](std::uint32_t ap) {
+         char buffer[1024] = {};
+         return WiFiAccessPointSsidNameStatusGet(ap, buffer);
+     },
+     "WiFiAccessPointSsidNameStatusGet",
+     "wlcsm_mngr_ssid_info",
+     "wlcsm_mngr_ssid_info fail",
+     {"wlcsm_mngr_ssid_info(4294967294, 2, out)"}},
+    {[](std::uint32_t ap) {
+         std::uint32_t mode = 0;
+         return WiFiAccessPointMacModeGet(ap, &mode);
+     },
+     "WiFiAccessPointMacModeGet",
+     "popen",
+     "popen fail fail",
+     {"popen(\"wl -i wl-2.2 macmode\", \"r\")"}},
+};
+
+TEST_F(ExtraReads, SayWhatTheyDo) {
+    for (const ExtraRead& extra : kExtraReads) {
+        SCOPED_TRACE(extra.name);
+        platform.reset();
+        EXPECT_EQ(extra.read(11), 0U);
+        EXPECT_EQ(platform.logTexts(3),
+                  (Texts{extra.name + " Enter", "WiFiSystemAccessPointRadioInstanceGet DONE", extra.name + " DONE"}));
+        platform.forget();
+        platform.fail(extra.failing);
+        EXPECT_EQ(extra.read(11), 1U);
+        Texts lines;
+        for (const auto& line : platform.logs()) {
+            const bool own = line.function == extra.name;
+            if (own) {
+                EXPECT_EQ(line.file, "wifi/QuorvelWiFiAccessPoint");
+            } else if (line.level == 0) {
+                EXPECT_EQ(line.function, extra.name + "Impl");
+                EXPECT_EQ(line.file, "wifi/QuorvelWiFiAccessPointImpl");
+            }
+            if (own || line.level == 0) {
+                lines.push_back(std::to_string(line.level) + " " + line.text);
+            }
+        }
+        EXPECT_EQ(lines, (Texts{"3 " + extra.name + " Enter", "0 " + extra.failure, "0 Impl call failed, result 1"}));
+        EXPECT_EQ(platform.callCount("QuorvelOsMutexUnlock"), 1U);
+    }
+}
+
+TEST_F(ExtraReads, ReturnTheUnlocksFailure) {
+    for (const ExtraRead& extra : kExtraReads) {
+        SCOPED_TRACE(extra.name);
+        platform.reset();
+        platform.answer("QuorvelOsMutexUnlock", 55);
+        EXPECT_EQ(extra.read(11), 55U);
+        EXPECT_EQ(platform.logTexts(0), Texts{"Unlock failed, result 55"});
+        EXPECT_FALSE(platform.logged(3, extra.name + " DONE"));
+    }
+}
+
+// The manager is asked all the same, and says what it likes.
+TEST_F(ExtraReads, PassAnAccessPointThatNoRadioHasOn) {
+    for (const ExtraRead& extra : kExtraReads) {
+        SCOPED_TRACE(extra.name);
+        platform.reset();
+        EXPECT_EQ(extra.read(27), 0U);
+        EXPECT_EQ(platform.callTexts({"wlcsm_mngr_clientRxTxStatsResult", "wlcsm_mngr_sta_info", "wlcsm_mngr_ssid_info",
+                                      "wlcsm_mngr_get", "popen"}),
+                  extra.calls);
+    }
+}
+
+TEST_F(ExtraReads, FollowAnAccessPointToItsRadio) {
+    EXPECT_TRUE(runFresh([] {
+        auto& world = scripted::Platform::instance();
+        ASSERT_EQ(WiFiSystemAccessPointDelete(24), 0U);
+        ASSERT_EQ(WiFiSystemAccessPointCreate(3, 11), 0U);
+        char buffer[64] = {};
+        EXPECT_EQ(WiFiAccessPointSsidNameStatusGet(11, buffer), 0U);
+        std::uint32_t mode = 0;
+        EXPECT_EQ(WiFiAccessPointMacModeGet(11, &mode), 0U);
+        // By its own number within the radio, whatever the slot.
+        EXPECT_EQ(world.callTexts({"wlcsm_mngr_ssid_info", "popen"}),
+                  (Texts{"wlcsm_mngr_ssid_info(2, 2, out)", "popen(\"wl -i wl2.2 macmode\", \"r\")"}));
+    }));
+}
+
 TEST_F(ExtraReads, AskTheToolForTheMacMode) {
     const std::pair<std::uint32_t, const char*> interfaces[] = {
         {1, "wl0"}, {2, "wl0.1"}, {8, "wl0.7"}, {9, "wl1"}, {11, "wl1.2"}, {16, "wl1.7"}, {17, "wl2"}, {24, "wl2.7"}};
@@ -202,8 +332,16 @@ TEST_F(ExtraReads, AskTheToolForTheMacMode) {
 }
 
 TEST_F(ExtraReads, ParseTheFirstLineOfTheMacMode) {
-    const std::pair<std::string, std::uint32_t> outputs[] = {
-        {"1\n", 1}, {"0\n", 0}, {"2", 2}, {"", 0}, {"\n2\n", 0}, {"error\n", 0}, {std::string(600, '0') + "9\n", 0}};
+    const std::pair<std::string, std::uint32_t> outputs[] = {{"1\n", 1},
+                                                             {"0\n", 0},
+                                                             {"2", 2},
+                                                             {"", 0},
+                                                             {"\n2\n", 0},
+                                                             {"error\n", 0},
+                                                             {"-1\n", 0xFFFFFFFF},
+                                                             {std::string(255, '0') + "9\n", 9},
+                                                             {std::string(256, '0') + "9\n", 0},
+                                                             {std::string(255, '0') + "12\n", 1}};
     for (const auto& [output, number] : outputs) {
         platform.setCommandOutput("wl -i wl0 macmode", output);
         std::uint32_t mode = 77;

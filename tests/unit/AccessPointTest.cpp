@@ -166,6 +166,15 @@ TEST_F(AccessPoint, WritesInNodeOrderWhateverTheOrderOfTheSets) {
     }
 }
 
+TEST_F(AccessPoint, WalksItsTwentyFourNodes) {
+    EXPECT_EQ(apply(), 0U);
+    Texts asked;
+    for (std::uint32_t node = 1; node <= 24; ++node) {
+        asked.push_back("Quorvel_IsContextSetMap(ctx, " + std::to_string(node) + ")");
+    }
+    EXPECT_EQ(platform.callTexts({"Quorvel_IsContextSetMap"}), asked);
+}
+
 TEST_F(AccessPoint, RefusesValuesOutOfRange) {
     using Set = std::uint32_t (*)(void*, std::uint32_t, std::uint32_t);
     for (const Set set :
@@ -432,6 +441,27 @@ TEST_F(StationWalk, LogsAnAddressWithoutTerminatorByItsCharacters) {
     EXPECT_TRUE(platform.logged(2, "STA info:" + std::string(17, 'a') + ",0,0,0\n"));
 }
 
+TEST_F(StationWalk, AsksForTheStationsOfAnAccessPointThatNoRadioHas) {
+    platform.setVariable(0xFFFFFFFE, 2, "numStations", "1");
+    platform.setVariable(0xFFFFFFFE, 2, "wlStaInfo_0", station(kFirst, -41, 0, 0).bytes());
+    std::int32_t value = 0;
+    EXPECT_EQ(WiFiAccessPointAssociatedDeviceRSSIGet(27, kFirst, &value), 0U);
+    EXPECT_EQ(value, -41);
+    EXPECT_TRUE(platform.logged(0, "Invalid input params accessPointIndex:27 max:24"));
+}
+
+TEST_F(StationWalk, NeedsAnAddress) {
+    for (const StationNumber& number : kStationNumbers) {
+        platform.forget();
+        std::int32_t value = 5;
+        EXPECT_EQ(number.read(11, nullptr, &value), 6U);
+        EXPECT_EQ(number.read(11, kFirst, nullptr), 6U);
+        EXPECT_EQ(value, 5);
+        EXPECT_EQ(platform.logTexts(0), (Texts{"Invalid input params", "Invalid input params"}));
+        EXPECT_EQ(platform.callTexts(), Texts{});
+    }
+}
+
 TEST_F(StationWalk, SnapshotEndsAtTheListOfAnAccessPointWithoutStations) {
     for (const char* name : {"wlEnblSsid", "status", "apAlias", "SSIDReference", "wlHide", "WMMCapability",
                              "UAPSDCapability", "wlDisableWme", "wlWmeApsd"}) {
@@ -488,6 +518,26 @@ TEST_F(BeaconRate, TakesTheBandFromTheRadiosFirstInterface) {
     EXPECT_EQ(read("0", "1"), "6Mbps");
     EXPECT_EQ(platform.callTexts({"wlcsm_mngr_get", "wlcsm_mngr_ext_get"}),
               (Texts{"wlcsm_mngr_get(1, 0, \"wlBand\")", "wlcsm_mngr_ext_get(1, 2, \"wlBeaconRate\")"}));
+}
+
+TEST_F(BeaconRate, SaysBandRateAndFailure) {
+    const auto lines = [this] {
+        Texts texts;
+        for (const auto& line : platform.logs()) {
+            if (line.file == "wifi/QuorvelWiFiAccessPointImpl") {
+                EXPECT_EQ(line.function, "WiFiAccessPointBeaconRateGetImpl");
+                texts.push_back(std::to_string(line.level) + " " + line.text);
+            }
+        }
+        return texts;
+    };
+    EXPECT_EQ(read("22", "2"), "11Mbps");
+    EXPECT_EQ(lines(), (Texts{"2 wlBand[2]", "2 BeaconRate[11Mbps]"}));
+    platform.removeVariable(1, 2, "wlBeaconRate");
+    platform.forget();
+    char buffer[32] = {};
+    EXPECT_EQ(WiFiAccessPointBeaconRateGet(11, buffer, sizeof buffer), 1U);
+    EXPECT_EQ(lines(), (Texts{"2 wlBand[2]", "0 Quorvel_P_WiFiWlcsmMngrGet WIFIACCESSPOINT_BEACONRATE fail"}));
 }
 
 TEST_F(BeaconRate, ReadsWithoutABand) {
