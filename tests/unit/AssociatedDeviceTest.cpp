@@ -71,6 +71,11 @@ class AssociatedDevice : public scripted::PlatformTest {
         for (const auto& line : platform.logs()) {
             if (line.level == 0 && line.file == "wifi/QuorvelWiFiAccessPointAssociatedDeviceImpl") {
                 lines.push_back(line.text);
+                // The fetch speaks for itself, then its caller.
+                const bool ofGetter = line.text.find("Invalid") == 0 || line.text.find("Quorvel_P_") == 0;
+                EXPECT_EQ(line.function, ofGetter ? parameter.getterName() + "Impl"
+                                                  : "Quorvel_P_GetWiFiAccessPointAssociatedDeviceList")
+                    << line.text;
             }
         }
         EXPECT_TRUE(platform.logged(0, "Impl call failed, result " + std::to_string(expected)));

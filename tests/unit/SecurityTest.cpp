@@ -97,6 +97,7 @@ class Security : public MappedParameters {
         for (const auto& line : platform.logs()) {
             if (line.level == 0 && line.file == "wifi/QuorvelWiFiAccessPointSecurityImpl") {
                 lines.push_back(line.text);
+                EXPECT_EQ(line.function, "WiFiAccessPointSecurityModeEnabledGetImpl");
             }
         }
         return lines;
@@ -113,6 +114,15 @@ class Security : public MappedParameters {
             EXPECT_EQ(WiFiAccessPointSecurityCheckContextNodeSet(context.get(), node), 0U) << node;
         }
         return platform.callTexts({"wlcsm_mngr_set", "wlcsm_nvram_set"});
+    }
+    // Where a line of this text was logged.
+    std::string placeOf(const std::string& text) const {
+        for (const auto& line : platform.logs()) {
+            if (line.text == text) {
+                return line.file + " " + line.function;
+            }
+        }
+        return "nowhere";
     }
     Texts modeWrites(const char* wep, const char* managerMode) {
         return {writeCall("wlWep", wep), writeCall("wlAuthMode", managerMode)};
@@ -197,8 +207,10 @@ TEST_F(Security, ReadsTheModeByItsName) {
         EXPECT_EQ(mode(), name.dataModel);
         EXPECT_EQ(platform.callTexts({"wlcsm_mngr_get", "wlcsm_mngr_ext_get"}),
                   (Texts{"wlcsm_mngr_get(1, 2, \"wlWep\")", "wlcsm_mngr_get(1, 2, \"wlAuthMode\")"}));
-        EXPECT_TRUE(platform.logged(
-            2, "dm_value[" + std::string(name.dataModel) + "], wlmngr_value[" + name.manager + "], loading[0]\n"));
+        const std::string line =
+            "dm_value[" + std::string(name.dataModel) + "], wlmngr_value[" + name.manager + "], loading[0]\n";
+        EXPECT_TRUE(platform.logged(2, line));
+        EXPECT_EQ(placeOf(line), "wifi/QuorvelWiFiAccessPointSecurityImpl wlcsm_dm_adjust_security");
     }
 }
 
@@ -219,6 +231,15 @@ TEST_F(Security, TakesAWepSwitchByItsBeginning) {
     setWep("1", "wlKey1", "abcde");
     set("wlWep", "enabledness");
     EXPECT_EQ(mode(), "WEP-64");
+}
+
+// Of the switch and of a mode's name 32 characters count.
+TEST_F(Security, BoundsWhatItReadsOfAMode) {
+    set("wlWep", std::string(32, 'w') + "beyond");
+    EXPECT_EQ(modeFailure(), Texts{"Invalid wlWep value: " + std::string(32, 'w')});
+    setMode((std::string(32, 'm') + "beyond").c_str());
+    EXPECT_EQ(mode(), "None");
+    EXPECT_TRUE(platform.logged(2, "dm_value[None], wlmngr_value[" + std::string(32, 'm') + "], loading[0]\n"));
 }
 
 TEST_F(Security, FailsForAnotherWepSwitch) {
@@ -402,6 +423,24 @@ TEST_F(Security, PassesAnAccessPointThatDoesNotExistToTheGenericApply) {
     ASSERT_EQ(WiFiAccessPointSecurityPMFSet(context.get(), 25, 1), 0U);
     EXPECT_EQ(WiFiAccessPointSecurityApplyContext(context.get(), 25), 6U);
     EXPECT_EQ(platform.callCount("wlcsm_mngr_set"), 0U);
+    // The mode is written before that, and its mark is gone when the apply fails; the other one stays.
+    stageMode("WPA2-Personal");
+    EXPECT_EQ(WiFiAccessPointSecurityApplyContext(context.get(), 25), 6U);
+    EXPECT_EQ(platform.callTexts({"wlcsm_mngr_set"}),
+              (Texts{"wlcsm_mngr_set(4294967294, 0, \"wlWep\", \"disabled\")",
+                     "wlcsm_mngr_set(4294967294, 0, \"wlAuthMode\", \"psk2\")"}));
+    EXPECT_EQ(WiFiAccessPointSecurityCheckContextNodeSet(context.get(), 3), 0U);
+    EXPECT_EQ(WiFiAccessPointSecurityCheckContextNodeSet(context.get(), 4), 1U);
+}
+
+TEST_F(Security, WalksItsTwentyOneNodes) {
+    platform.forget();
+    EXPECT_EQ(WiFiAccessPointSecurityApplyContext(context.get(), kAccessPoint), 0U);
+    Texts asked = {"Quorvel_IsContextSetMap(ctx, 1)", "Quorvel_IsContextSetMap(ctx, 3)"};  // its own two first
+    for (std::uint32_t node = 1; node <= 21; ++node) {
+        asked.push_back("Quorvel_IsContextSetMap(ctx, " + std::to_string(node) + ")");
+    }
+    EXPECT_EQ(platform.callTexts({"Quorvel_IsContextSetMap"}), asked);
 }
 
 // --- Reset
@@ -428,6 +467,10 @@ TEST_F(Security, ResetIsRefusedInTheLogForAnEnterpriseAccessPoint) {
         EXPECT_EQ(platform.logTexts(0),
                   Texts{"WiFi.AccessPoint.Security.Reset is not allowed to set when modeEnabled[" +
                         std::string(name.dataModel) + "] is Enterprise type"});
+        EXPECT_EQ(placeOf(platform.logTexts(0)[0]),
+                  "wifi/QuorvelWiFiAccessPointSecurityImpl WiFiAccessPointSecurityApplyContextImpl");
+        EXPECT_EQ(platform.callTexts({"Quorvel_ContextClearMap", "Quorvel_ContextSetMap"}),
+                  Texts{"Quorvel_ContextClearMap(ctx, 1)"});
         EXPECT_EQ(mode(), name.dataModel);
     }
 }
@@ -455,6 +498,10 @@ TEST_F(Security, ResetStagesNothingWhenTheModeCannotBeRead) {
     EXPECT_EQ(apply(), Texts{});
     EXPECT_EQ(platform.logTexts(0),
               (Texts{"Invalid wlWep value: perhaps", "WiFiAccessPointSecurityModeEnabledGetImpl fail."}));
+    EXPECT_EQ(placeOf("WiFiAccessPointSecurityModeEnabledGetImpl fail."),
+              "wifi/QuorvelWiFiAccessPointSecurityImpl WiFiAccessPointSecurityApplyContextImpl");
+    EXPECT_EQ(platform.callTexts({"Quorvel_ContextClearMap", "Quorvel_ContextSetMap"}),
+              Texts{"Quorvel_ContextClearMap(ctx, 1)"});
 }
 
 TEST_F(Security, ResetOfZeroDoesNothing) {

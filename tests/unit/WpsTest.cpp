@@ -59,6 +59,14 @@ class Wps : public MappedParameters {
             EXPECT_EQ(WiFiAccessPointWPSCheckContextNodeSet(context.get(), node), 0U) << node;
         }
         EXPECT_TRUE(context.intact());
+        for (const auto& line : platform.logs()) {
+            if (line.file == "wifi/QuorvelWiFiAccessPointWPSImpl") {
+                EXPECT_EQ(line.function, line.text == "WPS enable get fail" ? "WiFiAccessPointWPSEnableGetImpl"
+                                                                            : "WiFiAccessPointWPSApplyContextImpl");
+            } else {
+                EXPECT_EQ(line.text.find("WPS "), std::string::npos) << line.text;
+            }
+        }
         return platform.callTexts({"wlcsm_mngr_set", "wlcsm_nvram_set"});
     }
     static Texts exchange(const char* command) {
@@ -332,6 +340,35 @@ TEST_F(Wps, CancelEndsTheExchange) {
     ASSERT_EQ(WiFiAccessPointWPSCancel(context.get()), 0U);
     EXPECT_EQ(apply(), Texts{});
     EXPECT_EQ(platform.logTexts(0), Texts{"WPS is not enabled."});
+}
+
+// The manager's table has eight nodes, and one more is walked.
+TEST_F(Wps, WalksNineNodesAfterItsOwnThree) {
+    (void)apply();
+    Texts asked = {"Quorvel_IsContextSetMap(ctx, 1)", "Quorvel_IsContextSetMap(ctx, 7)",
+                   "Quorvel_IsContextSetMap(ctx, 9)"};
+    for (std::uint32_t node = 1; node <= 9; ++node) {
+        asked.push_back("Quorvel_IsContextSetMap(ctx, " + std::to_string(node) + ")");
+    }
+    const Texts made = platform.callTexts({"Quorvel_IsContextSetMap"});
+    EXPECT_EQ(Texts(made.begin(), made.begin() + 12), asked);
+}
+
+// Its marks are gone all the same; the rest stays staged.
+TEST_F(Wps, OfAnAccessPointThatDoesNotExistFailsAfterItsOwnSteps) {
+    platform.setVariable(0xFFFFFFFE, 0, "wlWscMode", "enabled");
+    stageMethod("PushButton");
+    stagePush();
+    ASSERT_EQ(WiFiAccessPointWPSCancel(context.get()), 0U);
+    ASSERT_EQ(WiFiAccessPointWPSDevicePINSet(context.get(), 25, "12345670", 8), 0U);
+    platform.forget();
+    EXPECT_EQ(WiFiAccessPointWPSApplyContext(context.get(), 25), 6U);
+    EXPECT_EQ(platform.callTexts({"wlcsm_mngr_set"}), Texts{});
+    EXPECT_EQ(platform.logCount(0, "WPS is not enabled."), 2U);  // the switch cannot be read
+    for (std::uint32_t node = 1; node <= 9; ++node) {
+        EXPECT_EQ(WiFiAccessPointWPSCheckContextNodeSet(context.get(), node), node == 4 ? 1U : 0U) << node;
+    }
+    EXPECT_EQ(context.bytes(684, 10), "PushButton");
 }
 
 TEST_F(Wps, DoesEverythingInOrder) {
