@@ -8,7 +8,8 @@
 namespace quorvel {
 namespace {
 
-constexpr char kLogFile[] = "wifi/NeighbourScan";
+// The log knows the parser as a part of the apply that scans.
+constexpr char kLogFile[] = "wifi/QuorvelWiFiRadioStatsImpl";
 constexpr char kScan[] = "WiFiRadioStatsApplyContextImpl";
 
 // Longer lines arrive in pieces, each of which counts as a line.
