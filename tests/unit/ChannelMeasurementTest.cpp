@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "LogLines.h"
 #include "PlatformTest.h"
 #include "QuorvelWiFiInternal.h"
 
@@ -16,12 +17,14 @@ namespace quorvel {
 namespace {
 
 using scripted::GuardedBlock;
+using scripted::logLines;
 using scripted::PlatformTest;
 using Texts = std::vector<std::string>;
 
 constexpr std::uint32_t kMetricsSize = 1056;
 constexpr std::uint32_t kStatisticsSize = 80;
 constexpr std::uint32_t kTextMinimum = 2048;
+constexpr char kSource[] = "wifi/QuorvelWiFiRadioImpl";
 
 // A record as bytes; numbers are stored little-endian.
 class Bytes {
@@ -132,6 +135,21 @@ TEST_F(ChannelMeasurement, OfMetricsIsNotStoppedByAScanThatDoesNotStart) {
     EXPECT_EQ(platform.callCount("wlcsm_mngr_chanim_stats"), 1U);
 }
 
+TEST_F(ChannelMeasurement, TakesAnyResultButNoughtForAFailure) {
+    for (const char* call : {"wlcsm_mngr_ci_scanresults", "wlcsm_mngr_chanim_stats", "wlcsm_mngr_channelstats",
+                             "wlcsm_mngr_getRadioChannelStats2"}) {
+        SCOPED_TRACE(call);
+        platform.answer(call, -1);
+        GuardedBlock record(kMetricsSize);
+        const bool ofMetrics = std::strstr(call, "scanresults") != nullptr || std::strstr(call, "chanim") != nullptr;
+        EXPECT_EQ(WiFiRadioDcsChannelMetricsGetImpl(2, record.text(), kMetricsSize), ofMetrics ? 1U : 0U);
+        EXPECT_EQ(WiFiRadioChannelStatsGetImpl(2, record.text(), kStatisticsSize),
+                  std::strstr(call, "_channelstats") != nullptr ? 1U : 0U);
+        EXPECT_EQ(WiFiRadioChannelStatsGet2Impl(2, record.get(), 24), std::strstr(call, "Stats2") != nullptr ? 1U : 0U);
+        platform.succeed(call);
+    }
+}
+
 TEST_F(ChannelMeasurement, OfMetricsHandsTheRecordOverSortedByRssi) {
     const Bytes scanned = Bytes(kMetricsSize)
                               .put(0, 36)
@@ -152,14 +170,14 @@ TEST_F(ChannelMeasurement, OfMetricsHandsTheRecordOverSortedByRssi) {
     expected.neighbour(0, 2, 40, -40).neighbour(1, 3, 80, -55).neighbour(2, 1, 20, -70);
     EXPECT_TRUE(metrics.bytes(0, kMetricsSize) == expected.text());
     EXPECT_TRUE(metrics.intact());
-    const Texts logs = platform.logTexts(2);
-    ASSERT_GE(logs.size(), 6U);
+    const std::string start = "2 WiFiRadioDcsChannelMetricsGetImpl: ";
     EXPECT_EQ(
-        Texts(logs.end() - 6, logs.end()),
-        (Texts{"*** DcsChannelMetrics result for channel 36 ***\n", "noise: -93 utilization: 17  txpower: 20 (dbm)\n",
-               "\n*** channel_rssi_count 3 ***\n", "index 0: BSSID: a0:a1:a2:a3:a4:02 ap_channelWidth: 40 RSSI: -40\n",
-               "index 1: BSSID: a0:a1:a2:a3:a4:03 ap_channelWidth: 80 RSSI: -55\n",
-               "index 2: BSSID: a0:a1:a2:a3:a4:01 ap_channelWidth: 20 RSSI: -70\n"}));
+        logLines(platform, kSource),
+        (Texts{start + "*** DcsChannelMetrics result for channel 36 ***\n",
+               start + "noise: -93 utilization: 17  txpower: 20 (dbm)\n", start + "\n*** channel_rssi_count 3 ***\n",
+               start + "index 0: BSSID: a0:a1:a2:a3:a4:02 ap_channelWidth: 40 RSSI: -40\n",
+               start + "index 1: BSSID: a0:a1:a2:a3:a4:03 ap_channelWidth: 80 RSSI: -55\n",
+               start + "index 2: BSSID: a0:a1:a2:a3:a4:01 ap_channelWidth: 20 RSSI: -70\n"}));
 }
 
 TEST_F(ChannelMeasurement, OfMetricsSortsAnyNumberOfNeighbours) {
@@ -227,7 +245,8 @@ TEST_F(ChannelMeasurement, OfMetricsFailsWithoutScanResults) {
     GuardedBlock metrics(kMetricsSize);
     EXPECT_EQ(WiFiRadioDcsChannelMetricsGetImpl(2, metrics.text(), kMetricsSize), 1U);
     EXPECT_EQ(metrics.bytes(0, kMetricsSize), std::string(kMetricsSize, '\xEE'));
-    EXPECT_TRUE(platform.logged(0, "DcsChannelMetrics fail to get scan results"));
+    EXPECT_EQ(logLines(platform, kSource),
+              Texts{"0 WiFiRadioDcsChannelMetricsGetImpl: DcsChannelMetrics fail to get scan results"});
     EXPECT_EQ(platform.callCount("wlcsm_mngr_chanim_stats"), 0U);
 }
 
@@ -238,7 +257,8 @@ TEST_F(ChannelMeasurement, OfMetricsFailsWithoutStatisticsThoughTheResultsAreCop
     GuardedBlock metrics(kMetricsSize);
     EXPECT_EQ(WiFiRadioDcsChannelMetricsGetImpl(2, metrics.text(), kMetricsSize), 1U);
     EXPECT_TRUE(metrics.bytes(0, kMetricsSize) == scanned.text());  // not sorted either
-    EXPECT_TRUE(platform.logged(0, "DcsChannelMetrics fail to get chanim_stats"));
+    EXPECT_EQ(logLines(platform, kSource),
+              Texts{"0 WiFiRadioDcsChannelMetricsGetImpl: DcsChannelMetrics fail to get chanim_stats"});
 }
 
 TEST_F(ChannelMeasurement, OfMetricsAcceptsARecordAnywhereInMemory) {
@@ -252,13 +272,13 @@ TEST_F(ChannelMeasurement, OfMetricsAcceptsARecordAnywhereInMemory) {
 
 TEST_F(ChannelMeasurement, WithoutRecordFailsAndTellsItAsTraffic) {
     EXPECT_EQ(WiFiRadioDcsChannelMetricsGetImpl(2, nullptr, kMetricsSize), 1U);
-    EXPECT_EQ(platform.logTexts(2), Texts{"DcsChannelMetrics is NULL"});
+    EXPECT_EQ(logLines(platform, kSource), Texts{"2 WiFiRadioDcsChannelMetricsGetImpl: DcsChannelMetrics is NULL"});
     platform.forget();
     EXPECT_EQ(WiFiRadioChannelStatsGetImpl(2, nullptr, kStatisticsSize), 1U);
-    EXPECT_EQ(platform.logTexts(2), Texts{"ChannelStats is NULL"});
+    EXPECT_EQ(logLines(platform, kSource), Texts{"2 WiFiRadioChannelStatsGetImpl: ChannelStats is NULL"});
     platform.forget();
     EXPECT_EQ(WiFiRadioChannelStatsGet2Impl(2, nullptr, 24), 1U);
-    EXPECT_EQ(platform.logTexts(2), Texts{"ChannelStats is NULL"});
+    EXPECT_EQ(logLines(platform, kSource), Texts{"2 WiFiRadioChannelStatsGet2Impl: ChannelStats is NULL"});
     EXPECT_EQ(platform.logTexts(0), Texts{});
     EXPECT_EQ(platform.callTexts(), Texts{});
 }
@@ -292,20 +312,24 @@ TEST_F(ChannelMeasurement, OfStatisticsScansThenWaitsThenReadsTheCounters) {
                      "wlcsm_mngr_channelstats(1, out)"}));
     EXPECT_TRUE(statistics.bytes(0, kStatisticsSize) == measured.text());
     EXPECT_EQ(statistics.bytes(kStatisticsSize, 8), std::string(8, '\xEE'));
-    const Texts logs = platform.logTexts(2);
-    ASSERT_GE(logs.size(), 5U);
-    EXPECT_EQ(Texts(logs.end() - 5, logs.end()),
-              (Texts{"*** Channelstats result for channel 44 ***\n", "noise: -95 utilization: 33 \n",
-                     "ch_utilization_total: 10000000000 ch_utilization_busy: 2000000002 \n",
-                     "ch_utilization_busy_tx: 300 ch_utilization_busy_rx: 18446744073709551615 \n",
-                     "ch_utilization_busy_self: 500 ch_utilization_busy_ext: 600 \n"}));
+    const std::string start = "2 WiFiRadioChannelStatsGetImpl: ";
+    EXPECT_EQ(logLines(platform, kSource),
+              (Texts{start + "*** Channelstats result for channel 44 ***\n", start + "noise: -95 utilization: 33 \n",
+                     start + "ch_utilization_total: 10000000000 ch_utilization_busy: 2000000002 \n",
+                     start + "ch_utilization_busy_tx: 300 ch_utilization_busy_rx: 18446744073709551615 \n",
+                     start + "ch_utilization_busy_self: 500 ch_utilization_busy_ext: 600 \n"}));
+    for (const auto& call : platform.calls()) {
+        if (call.name.rfind("wlcsm_", 0) == 0 || call.name == "sleep") {
+            EXPECT_TRUE(call.lockHeld) << call.text();
+        }
+    }
 }
 
 TEST_F(ChannelMeasurement, OfStatisticsFailsWithoutResults) {
     platform.fail("wlcsm_mngr_channelstats");
     GuardedBlock statistics(kStatisticsSize);
     EXPECT_EQ(WiFiRadioChannelStatsGetImpl(2, statistics.text(), kStatisticsSize), 1U);
-    EXPECT_EQ(platform.logTexts(0).back(), "Channelstats fail to get results");
+    EXPECT_EQ(logLines(platform, kSource), Texts{"0 WiFiRadioChannelStatsGetImpl: Channelstats fail to get results"});
     EXPECT_EQ(statistics.bytes(0, kStatisticsSize), std::string(kStatisticsSize, '\xEE'));
 }
 
@@ -316,9 +340,11 @@ TEST_F(ChannelMeasurement, OfTheCurrentChannelReadsSixNumbers) {
     EXPECT_EQ(WiFiRadioChannelStatsGet2(2, record.get(), 24), 0U);
     EXPECT_EQ(managerCalls(), Texts{"wlcsm_mngr_getRadioChannelStats2(1, out, 24)"});
     EXPECT_TRUE(record.bytes(0, 24) == measured.text());
-    EXPECT_EQ(platform.logTexts(2),
-              (Texts{"*** Channelstats result\n", "ch_Frequency: 5180\n", "ch_NoiseFloor: -96\n",
-                     "ch_Non80211Noise: -90\n", "ch_Max80211Rssi: -33\n", "ch_ObssUtil: 41\n", "ch_SelfBssUtil: 7\n"}));
+    const std::string start = "2 WiFiRadioChannelStatsGet2Impl: ";
+    EXPECT_EQ(logLines(platform, kSource),
+              (Texts{start + "*** Channelstats result\n", start + "ch_Frequency: 5180\n",
+                     start + "ch_NoiseFloor: -96\n", start + "ch_Non80211Noise: -90\n",
+                     start + "ch_Max80211Rssi: -33\n", start + "ch_ObssUtil: 41\n", start + "ch_SelfBssUtil: 7\n"}));
     for (const auto& call : platform.calls()) {
         EXPECT_TRUE(call.lockHeld || call.name.rfind("QuorvelOs", 0) == 0) << call.text();
     }
@@ -337,7 +363,7 @@ TEST_F(ChannelMeasurement, OfTheCurrentChannelFailsWithoutResults) {
     platform.fail("wlcsm_mngr_getRadioChannelStats2");
     GuardedBlock record(24);
     EXPECT_EQ(WiFiRadioChannelStatsGet2(2, record.get(), 24), 1U);
-    EXPECT_TRUE(platform.logged(0, "Channelstats2 fail to get results"));
+    EXPECT_EQ(logLines(platform, kSource), Texts{"0 WiFiRadioChannelStatsGet2Impl: Channelstats2 fail to get results"});
     EXPECT_EQ(record.bytes(0, 24), std::string(24, '\xEE'));
 }
 

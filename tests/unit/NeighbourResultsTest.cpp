@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "LogLines.h"
 #include "NeighbourWorld.h"
 
 // The store of neighbour results: one sequence over three radios.
@@ -15,8 +16,11 @@ namespace quorvel {
 namespace {
 
 using scripted::GuardedBlock;
+using scripted::logLines;
 using scripted::NeighbourTest;
 using Texts = std::vector<std::string>;
+
+constexpr char kSource[] = "wifi/QuorvelWiFiNeighboringDiagnosticsResultImpl";
 
 class NeighbourResults : public NeighbourTest {
   protected:
@@ -76,10 +80,11 @@ TEST_F(NeighbourResults, BeyondTheLastAreRefused) {
         std::uint32_t channel = 99;
         EXPECT_EQ(WiFiNeighboringDiagnosticsResultChannelGet(k, &channel), 1U);
         EXPECT_EQ(channel, 99U);
-        EXPECT_TRUE(failed("QUORVEL_P_WiFiNeighboringDiagnosticsResultGetEntry",
-                           "Invalid resultInstance[" + std::to_string(k) + "]"));
-        EXPECT_TRUE(failed("WiFiNeighboringDiagnosticsResultChannelGetImpl",
-                           "WiFiNeighboring Diagnostics Result Get Entry Fail"));
+        EXPECT_EQ(logLines(platform, kSource),
+                  (Texts{"0 QUORVEL_P_WiFiNeighboringDiagnosticsResultGetEntry: Invalid resultInstance[" +
+                             std::to_string(k) + "]",
+                         "0 WiFiNeighboringDiagnosticsResultChannelGetImpl: WiFiNeighboring Diagnostics Result Get "
+                         "Entry Fail"}));
         NeighboringWiFiResult* record = nullptr;
         EXPECT_EQ(QUORVEL_P_WiFiNeighboringDiagnosticsResultGetEntry(k, &record), 6U);
     }
@@ -203,7 +208,7 @@ TEST_F(NeighbourResults, StoreReportsThatThereIsNoMemory) {
     platform.succeed("calloc");
     platform.succeed("malloc");
     EXPECT_EQ(result, 1U);
-    EXPECT_TRUE(failed("WiFiNeighboringDiagnosticsResultInit", "Memory allocation fail."));
+    EXPECT_EQ(logLines(platform, kSource), Texts{"0 WiFiNeighboringDiagnosticsResultInit: Memory allocation fail."});
 }
 
 TEST_F(NeighbourResults, ReleaseSparesTheThirdRadiosResults) {

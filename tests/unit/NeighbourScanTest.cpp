@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "FreshProcess.h"
+#include "LogLines.h"
 #include "NeighbourWorld.h"
 
 // A neighbour scan: the request, and what becomes of the text that `wl` prints.
@@ -14,6 +17,7 @@ namespace quorvel {
 
 namespace {
 
+using scripted::logLines;
 using scripted::NeighbourTest;
 using Texts = std::vector<std::string>;
 
@@ -54,6 +58,51 @@ TEST_F(NeighbourScan, ScansWaitsDumpsAndReadsTwice) {
         if (call.name == "system" || call.name == "sleep" || call.name == "fopen") {
             EXPECT_TRUE(call.lockHeld) << call.text();
         }
+    }
+}
+
+// Before any scan.
+class FirstNeighbourScan : public scripted::PlatformTest {};
+
+TEST_F(FirstNeighbourScan, IsCompletedBetweenTheScanAndTheDump) {
+    EXPECT_TRUE(scripted::runFresh([] {
+        auto& fresh = scripted::Platform::instance();
+        using State = std::pair<std::uint32_t, std::uint32_t>;
+        const auto now = [] {
+            State state;
+            EXPECT_EQ(WiFiRadioStatsDiagnosticsStateGetImpl(2, &state.first), 0U);
+            EXPECT_EQ(WiFiRadioStatsNeighboringWiFiDiagnosticResultNumberOfEntriesGetImpl(2, &state.second), 0U);
+            return state;
+        };
+        std::vector<State> seen;
+        fresh.onCommand("wl -i wl1 scan", [&] {
+            seen.push_back(now());
+            return 0;
+        });
+        fresh.onCommand("wl -i wl1 scanresults > /var/wl1_scanresults", [&] {
+            seen.push_back(now());
+            fresh.setFile("/var/wl1_scanresults", network("one") + "\n");
+            return 0;
+        });
+        scripted::GuardedBlock context(192);
+        for (int times = 0; times < 2; ++times) {
+            EXPECT_EQ(WiFiRadioStatsInitContext(context.get()), 0U);
+            EXPECT_EQ(WiFiRadioStatsDiagnosticsStateSet(context.get(), 2, 2), 0U);
+            EXPECT_EQ(WiFiRadioStatsApplyContext(context.get(), 2, 1), 0U);
+            seen.push_back(now());
+        }
+        // Idle, and the second time with the results of the first, while the radio scans; never idle again.
+        EXPECT_EQ(seen, (std::vector<State>{{1, 0}, {3, 0}, {3, 1}, {3, 1}, {3, 0}, {3, 1}}));
+        WiFiNeighboringDiagnosticsResultUnInit();
+    }));
+}
+
+TEST_F(NeighbourScan, ScansWheneverItIsToldAnythingButNought) {
+    output(1, "");
+    for (const std::uint32_t doScan : {2U, 0x100U, 0xFFFFFFFFU}) {
+        request(1);
+        EXPECT_EQ(WiFiRadioStatsApplyContext(context.get(), 1, doScan), 0U);
+        EXPECT_EQ(platform.callCount("sleep"), 1U);
     }
 }
 
@@ -142,6 +191,8 @@ TEST_F(NeighbourScan, SucceedsWithoutMemoryForTheResults) {
     platform.succeed("malloc");
     EXPECT_EQ(result, 0U);
     EXPECT_TRUE(platform.logged(0, "Memory allocation fail."));
+    EXPECT_EQ(state(1), 3U);
+    EXPECT_EQ(entries(1), 0U);
     std::uint32_t channel = 0;
     EXPECT_EQ(WiFiNeighboringDiagnosticsResultChannelGet(1, &channel), 1U);
 }
@@ -215,12 +266,72 @@ TEST_F(NeighbourScan, KeepsEverythingOfANetwork) {
     EXPECT_EQ(platform.logTexts(0), Texts{});
     EXPECT_TRUE(platform.logged(3, "strlen[13]: SSID: \"home\"\n"));
     EXPECT_TRUE(platform.logged(3, "strlen[1]: \n"));
-    bool named = false;
-    for (const auto& line : platform.logs()) {
-        named |= line.function == "Quorvel_P_WiFiRadioStatsNeighboringWiFiDiagnosticResultDecideSecurity" &&
-                 line.text == prefix + "ENCRYPTIONMODE[0] found: 2";
+}
+
+TEST_F(NeighbourScan, LogsUnderTheNamesOfTheApplyAndOfItsDecisions) {
+    platform.setVariable(0, 0, "name", "wl0");
+    scan(1, "Channel: 36/160\nSSID: \"\"\nWPA:\n\n");
+    const std::string apply = "WiFiRadioStatsApplyContextImpl: ";
+    const std::string security = "Quorvel_P_WiFiRadioStatsNeighboringWiFiDiagnosticResultDecideSecurity: ";
+    const std::string standard = "Quorvel_P_WiFiRadioStatsNeighboringWiFiDiagnosticResultDecideStandard: ";
+    const std::string result = "WIFINEIGHBORINGDIAGNOSTICSRESULT_";
+    EXPECT_EQ(logLines(platform, "wifi/QuorvelWiFiRadioStatsImpl"),
+              (Texts{
+                  "2 " + apply + "wl -i wl0 scanresults: 1 entries found.",
+                  "3 " + apply + "strlen[16]: Channel: 36/160\n",
+                  "2 " + apply + result + "RADIO[0] found: wl0",
+                  "0 " + apply + "Invalid Channel bandwidth 160",
+                  "2 " + apply + result + "CHANNEL[0] found: 36",
+                  "2 " + apply + result + "OPERATINGCHANNELBANDWIDTH[0] found: 0",
+                  "2 " + apply + result + "OPERATINGFREQUENCYBAND[0] found: 2",
+                  "3 " + apply + "strlen[9]: SSID: \"\"\n",
+                  "2 " + apply + result + "SSID[0] found: ",
+                  "3 " + apply + "strlen[5]: WPA:\n",
+                  "3 " + apply + "strlen[1]: \n",
+                  "2 " + security +
+                      "Neighboring WiFi[0]: foundRSN[0], foundWPA[1], foundTKIP[0], foundAES[0], foundPSK[0], "
+                      "foundWEP[0]",
+                  "0 " + security + "Invalid Security Mode: WPA",
+                  "2 " + security + result + "SECURITYMODEENABLED[0] found: 0",
+                  "2 " + security + result + "ENCRYPTIONMODE[0] found: 0",
+                  "2 " + standard + "Neighboring WiFi[0]: foundHT[0], foundVHT[0]",
+                  "2 " + standard + result + "SUPPORTEDSTANDARDS[0] found: a",
+                  "2 " + apply + "Neighboring WiFi[0] parse done.",
+              }));
+}
+
+TEST_F(NeighbourScan, AppliesEveryRuleThatFitsALineInTheirOrder) {
+    // A name can carry what other lines are known by: meant.
+    scan(1,
+         "SSID: \"n\" noise: -9 RSSI: -5 Channel: 6\n"
+         "Supported Rates: [ 6 ] Channel: 11\n"
+         "\n");
+    Texts first;
+    for (const std::string& line : platform.logTexts(2)) {
+        if (line.rfind("WIFINEIGH", 0) == 0) {
+            first.push_back(line.substr(line.find('_') + 1));
+        }
     }
-    EXPECT_TRUE(named);
+    EXPECT_EQ(
+        Texts(first.begin(), first.begin() + 9),
+        (Texts{"RADIO[0] found: ", "SSID[0] found: n", "CHANNEL[0] found: 6", "OPERATINGCHANNELBANDWIDTH[0] found: 1",
+               "OPERATINGFREQUENCYBAND[0] found: 1", "SIGNALSTRENGTH[0] found: -5", "NOISE[0] found: -9",
+               "SUPPORTEDDATATRANSFERRATES[0] found: 6", "BASICDATATRANSFERRATES[0] found: "}));
+    for (const char* line : {"Supported Rates: [ 6 ] noise: -9", "QBSS Channel Utilization: (7) noise: -9"}) {
+        SCOPED_TRACE(line);
+        scan(1, std::string("SSID: \"one\"\n") + line + "\n\n");
+        EXPECT_EQ(at(1).noise, -9);
+        const Texts told = platform.logTexts(2);
+        const std::string noise = "WIFINEIGHBORINGDIAGNOSTICSRESULT_NOISE[0] found: -9";
+        const auto place = std::find(told.begin(), told.end(), noise);
+        ASSERT_NE(place, told.end());
+        EXPECT_EQ(std::count_if(told.begin(), place,
+                                [](const std::string& text) {
+                                    return text.find("RATES[0]") != std::string::npos ||
+                                           text.find("QBSS") != std::string::npos;
+                                }),
+                  0);
+    }
 }
 
 TEST_F(NeighbourScan, DecidesForTheLastNetworkOnlyWhenABlankLineFollows) {
@@ -247,6 +358,17 @@ TEST_F(NeighbourScan, EndsAnEntryAtEveryBlankLine) {
     EXPECT_STREQ(at(2).ssid, "");
     EXPECT_EQ(at(2).securityModeEnabled, 1U);
     EXPECT_EQ(at(2).beaconPeriod, 0U);
+}
+
+TEST_F(NeighbourScan, EndsAnEntryAtALineThatIsEmptyOrBeginsWithANewline) {
+    const std::pair<std::string, bool> rows[] = {
+        {"\n", true}, {std::string("\0more\n", 6), true}, {"\r\n", false}, {" \n", false}, {"\t\n", false}};
+    for (const auto& [line, ends] : rows) {
+        scan(1, "SSID: \"one\"\n" + line + "Mode: Managed\n\n");
+        ASSERT_EQ(entries(1), 1U);
+        EXPECT_EQ(at(1).mode, ends ? 0U : 2U);
+        EXPECT_EQ(at(1).securityModeEnabled, 1U);
+    }
 }
 
 TEST_F(NeighbourScan, StartsEveryEntryAfresh) {
@@ -348,6 +470,8 @@ TEST_F(NeighbourScan, BoundsTheBssidByItsField) {
         EXPECT_EQ(bounded(at(1).bssid), bssid);
         EXPECT_EQ(at(1).mode, 1U);
     }
+    scan(1, "SSID: \"one\"\nx BSSID: no\nBSSID: aa\n\n");
+    EXPECT_STREQ(at(1).bssid, "aa");
 }
 
 TEST_F(NeighbourScan, TellsManagedNetworksByAPrefix) {
@@ -443,6 +567,8 @@ TEST_F(NeighbourScan, SplitsRatesIntoBasicAndSupported) {
         EXPECT_EQ(found(platform, "SUPPORTEDDATATRANSFERRATES"), Texts{std::string("[0] found: ") + row.supported});
         EXPECT_EQ(found(platform, "BASICDATATRANSFERRATES"), Texts{std::string("[0] found: ") + row.basic});
     }
+    scan(1, "SSID: \"one\"\n Supported Rates: [ 6 ]\n\n");
+    EXPECT_STREQ(at(1).supportedDataTransferRates, "");
 }
 
 // --- Security -------------------------------------------------------------------------------------------------------
@@ -463,15 +589,19 @@ TEST_F(NeighbourScan, SetsItsIndicatorsByTheFirstRuleThatFits) {
         {"Capability: unicast ciphers: TKIP\n", "000000"},
         {"unicast ciphers(2): TKIP AES-CCMP\n", "001100"},
         {"TKIP unicast ciphers: AES\n", "000100"},
+        {"AES unicast ciphers: TKIP\n", "001000"},
         {"unicast ciphers: TKIP AKM Suites: WPA-PSK\n", "001000"},
         {"AKM Suites(1): WPA-PSK\n", "000010"},
         {"AKM Suites(1): WPA2-PSK\n", "000010"},
         {"AKM Suites(1): WPA\n", "000000"},
         {"WPA2-PSK AKM Suites: none\n", "010000"},
         {"x WPA2-PSK AKM Suites: none\n", "000000"},
+        {"x WPA-PSK AKM Suites: none\n", "000000"},
         {"multicast cipher: TKIP\n", "000000"},
         // Once found stays found.
         {"unicast ciphers: TKIP\nunicast ciphers: AES\n", "001100"},
+        {"unicast ciphers: AES\nunicast ciphers: TKIP\n", "001100"},
+        {"AKM Suites: WPA2-PSK\nAKM Suites: none\n", "000010"},
         {"Capability: WEP\nCapability: ESS\n", "000001"},
     };
     for (const auto& row : rows) {

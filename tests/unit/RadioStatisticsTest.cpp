@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "FreshProcess.h"
+#include "LogLines.h"
 #include "PlatformTest.h"
 #include "QuorvelWiFiInternal.h"
 
@@ -16,11 +17,13 @@ namespace quorvel {
 namespace {
 
 using scripted::GuardedBlock;
+using scripted::logLines;
 using scripted::PlatformTest;
 using scripted::runFresh;
 using Texts = std::vector<std::string>;
 
 constexpr std::uint32_t kUntouched = 0x5A5A5A5A;
+constexpr char kSource[] = "wifi/QuorvelWiFiRadioStatsImpl";
 constexpr char kHeaders[] = "Inter-|   Receive\n face |bytes\n";
 
 class RadioStatistics : public PlatformTest {
@@ -42,7 +45,7 @@ class RadioStatistics : public PlatformTest {
     bool failed(const char* function, const std::string& message) {
         for (const auto& line : platform.logs()) {
             if (line.level == 0 && line.function == function && line.text == message) {
-                EXPECT_EQ(line.file, "wifi/QuorvelWiFiRadioStatsImpl");
+                EXPECT_EQ(line.file, kSource);
                 return true;
             }
         }
@@ -84,9 +87,11 @@ TEST_F(RadioStatistics, FollowTheirKeywordInTheCounters) {
         EXPECT_EQ(platform.callTexts({"popen"}), Texts{"popen(\"wl -i wl1 counters\", \"r\")"});
         const std::string node = std::to_string(counter.node);
         const std::string keyword = counter.keyword;
-        EXPECT_TRUE(platform.logged(2, "The keyword is [" + keyword + "] for node[" + node + "]"));
-        EXPECT_TRUE(platform.logged(
-            2, "Found keywokd[" + keyword + "] value[" + std::to_string(value) + "] for node[" + node + "]"));
+        EXPECT_EQ(logLines(platform, kSource),
+                  (Texts{"2 Quorvel_P_WiFiRadioStatsGet: The keyword is [" + keyword + "] for node[" + node + "]",
+                         // The misspelling is part of the text.
+                         "2 Quorvel_P_WiFiRadioStatsGet: Found keywokd[" + keyword + "] value[" +
+                             std::to_string(value) + "] for node[" + node + "]"}));
         EXPECT_EQ(platform.callCount("pclose"), 1U);
     }
 }
@@ -98,8 +103,9 @@ TEST_F(RadioStatistics, NoiseFollowsItsKeywordInTheStatus) {
     EXPECT_EQ(WiFiRadioStatsNoiseGet(2, &noise), 0U);
     EXPECT_EQ(noise, -91);
     EXPECT_EQ(platform.callTexts({"popen"}), Texts{"popen(\"wl -i wl1 status\", \"r\")"});
-    EXPECT_TRUE(platform.logged(2, "The keyword is [noise] for node[13]"));
-    EXPECT_TRUE(platform.logged(2, "Found keywokd[noise] value[-91] for node[13]"));
+    EXPECT_EQ(logLines(platform, kSource),
+              (Texts{"2 Quorvel_P_WiFiRadioStatsGet: The keyword is [noise] for node[13]",
+                     "2 Quorvel_P_WiFiRadioStatsGet: Found keywokd[noise] value[-91] for node[13]"}));
 }
 
 TEST_F(RadioStatistics, TellCountersOfOneLineApart) {
@@ -124,6 +130,10 @@ TEST_F(RadioStatistics, ReadNumbersOfThirtyTwoBits) {
     EXPECT_EQ(bytesSent(), 4294967295U);
     counters("txbyte 0");
     EXPECT_EQ(bytesSent(), 0U);
+    counters("txbyte 010\n");  // decimal, whatever it begins with
+    EXPECT_EQ(bytesSent(), 10U);
+    counters("txbyte 0x10\n");
+    EXPECT_EQ(bytesSent(), 0U);
 }
 
 TEST_F(RadioStatistics, ReadLinesInPiecesOfAHundredAndTwentySeven) {
@@ -138,8 +148,9 @@ TEST_F(RadioStatistics, ReadLinesInPiecesOfAHundredAndTwentySeven) {
 }
 
 TEST_F(RadioStatistics, SurviveALineThatEndsWithTheKeyword) {
+    // Of the last one the line before is longer: its digits are not the counter.
     for (const std::string& output : {std::string("txbyte"), std::string("txbyte\n"), std::string("txbyte "),
-                                      std::string(121, 'x') + "txbyte 17\n"}) {
+                                      std::string(121, 'x') + "txbyte 17\n", std::string("0123456789\ntxbyte")}) {
         counters(output);
         std::uint32_t value = kUntouched;
         EXPECT_EQ(WiFiRadioStatsBytesSentGet(2, &value), 0U);
@@ -277,6 +288,17 @@ TEST_F(RadioStatistics, DiscardsSkipTheTwoHeaderLinesWhateverTheySay) {
     EXPECT_EQ(sent, 4U);
 }
 
+TEST_F(RadioStatistics, DiscardsReadEachHeaderLineIntoFiveHundredAndTwelveBytes) {
+    // 510 characters and the newline fit; with one more the newline is read as the second header line.
+    for (const bool fits : {true, false}) {
+        platform.setFile("/proc/net/dev", std::string(fits ? 510 : 511, 'h') + "\n" + interfaceLine("wl1", 1, 1) +
+                                              interfaceLine("wl1", 2, 2));
+        std::uint32_t sent = kUntouched;
+        EXPECT_EQ(WiFiRadioStatsDiscardPacketsSentGet(2, &sent), 0U);
+        EXPECT_EQ(sent, fits ? 2U : 3U);
+    }
+}
+
 TEST_F(RadioStatistics, DiscardsEndAtALineThatDoesNotParse) {
     platform.setFile("/proc/net/dev",
                      kHeaders + interfaceLine("wl1", 1, 10) + "wl1.1:5 bad\n" + interfaceLine("wl1.2", 4, 40));
@@ -319,6 +341,26 @@ TEST_F(RadioStatistics, DiagnosticsAreIdleAndWithoutResultsAtFirst) {
     }));
 }
 
+TEST_F(RadioStatistics, DiagnosticsAreEachRadiosOwn) {
+    EXPECT_TRUE(runFresh([] {
+        auto& fresh = scripted::Platform::instance();
+        fresh.setFile("/var/wl1_scanresults", "SSID: \"one\"\n\nSSID: \"two\"\n\n");
+        GuardedBlock context(192);
+        EXPECT_EQ(WiFiRadioStatsInitContext(context.get()), 0U);
+        EXPECT_EQ(WiFiRadioStatsDiagnosticsStateSet(context.get(), 2, 2), 0U);
+        EXPECT_EQ(WiFiRadioStatsApplyContext(context.get(), 2, 0), 0U);
+        for (std::uint32_t radio = 1; radio <= 3; ++radio) {
+            std::uint32_t state = 0;
+            std::uint32_t entries = kUntouched;
+            EXPECT_EQ(WiFiRadioStatsDiagnosticsStateGet(radio, &state), 0U);
+            EXPECT_EQ(WiFiRadioStatsNeighboringWiFiDiagnosticResultNumberOfEntriesGet(radio, &entries), 0U);
+            EXPECT_EQ(state, radio == 2 ? 3U : 1U);
+            EXPECT_EQ(entries, radio == 2 ? 2U : 0U);
+        }
+        WiFiNeighboringDiagnosticsResultUnInit();
+    }));
+}
+
 TEST_F(RadioStatistics, DiagnosticsRefuseRadiosThatDoNotExist) {
     for (const std::uint32_t radio : {0U, 4U, 0xFFFFFFFFU}) {
         platform.forget();
@@ -326,7 +368,10 @@ TEST_F(RadioStatistics, DiagnosticsRefuseRadiosThatDoNotExist) {
         EXPECT_EQ(WiFiRadioStatsDiagnosticsStateGet(radio, &value), 6U);
         EXPECT_EQ(WiFiRadioStatsNeighboringWiFiDiagnosticResultNumberOfEntriesGet(radio, &value), 6U);
         EXPECT_EQ(value, kUntouched);
-        EXPECT_EQ(platform.logCount(0, "Invalid radioInstance[" + std::to_string(radio) + "]"), 2U);
+        const std::string refusal = ": Invalid radioInstance[" + std::to_string(radio) + "]";
+        EXPECT_EQ(logLines(platform, kSource),
+                  (Texts{"0 WiFiRadioStatsDiagnosticsStateGetImpl" + refusal,
+                         "0 WiFiRadioStatsNeighboringWiFiDiagnosticResultNumberOfEntriesGetImpl" + refusal}));
     }
 }
 

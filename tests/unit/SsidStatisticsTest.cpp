@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "FreshProcess.h"
+#include "LogLines.h"
 #include "PlatformTest.h"
 #include "QuorvelWiFiInternal.h"
 
@@ -16,11 +17,13 @@ namespace quorvel {
 namespace {
 
 using scripted::GuardedBlock;
+using scripted::logLines;
 using scripted::PlatformTest;
 using scripted::runFresh;
 using Texts = std::vector<std::string>;
 
 constexpr std::uint32_t kUntouched = 0x5A5A5A5A;
+constexpr char kSource[] = "wifi/QuorvelWiFiSSIDStatsImpl";
 constexpr char kHeaders[] = "Inter-|   Receive\n face |bytes\n";
 
 // A line whose sixteen counters are base + 1 to base + 16.
@@ -41,7 +44,7 @@ class SsidStatistics : public PlatformTest {
     bool failed(const char* function, const std::string& message) {
         for (const auto& line : platform.logs()) {
             if (line.level == 0 && line.function == function && line.text == message) {
-                EXPECT_EQ(line.file, "wifi/QuorvelWiFiSSIDStatsImpl");
+                EXPECT_EQ(line.file, kSource);
                 return true;
             }
         }
@@ -139,6 +142,13 @@ TEST_F(SsidStatistics, FollowTheSlotTable) {
         std::uint32_t value = 0;
         EXPECT_EQ(WiFiSSIDStatsBytesReceivedGet(9, &value), 0U);
         EXPECT_EQ(value, 201U);
+        EXPECT_EQ(WiFiSystemAccessPointDelete(1), 0U);
+        EXPECT_EQ(WiFiSystemAccessPointCreate(1, 9), 0U);
+        EXPECT_EQ(WiFiSSIDStatsBytesReceivedGet(9, &value), 0U);
+        EXPECT_EQ(value, 101U);
+        // An instance without a radio has no interface.
+        EXPECT_EQ(WiFiSSIDStatsBytesReceivedGet(1, &value), 1U);
+        EXPECT_EQ(value, 101U);
     }));
 }
 
@@ -170,14 +180,17 @@ TEST_F(SsidStatistics, FailWithoutTheKernelsFile) {
 }
 
 TEST_F(SsidStatistics, FailWithoutTheInterface) {
-    for (const std::string& lines : {std::string(), interfaceLine("wl0.1", 100), interfaceLine("wl00", 100)}) {
+    for (const std::string& lines : {std::string(), interfaceLine("wl0.1", 100), interfaceLine("wl00", 100),
+                                     interfaceLine("wl", 100), interfaceLine("WL0", 100)}) {
         platform.forget();
         setInterfaces(lines);
         std::uint32_t value = kUntouched;
         EXPECT_EQ(WiFiSSIDStatsBytesSentGet(1, &value), 1U);
         EXPECT_EQ(value, kUntouched);
-        EXPECT_TRUE(failed("Quorvel_P_WiFiSSIDStatsGet", "Don't find interface[wl0] in net_dev_stats"));
-        EXPECT_TRUE(platform.logged(2, "file reach the end \n"));
+        EXPECT_EQ(logLines(platform, kSource),
+                  (Texts{"2 Quorvel_P_WiFiSSIDStatsGet: Looking for stats for interface[wl0]",
+                         "2 Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext: file reach the end \n",
+                         "0 Quorvel_P_WiFiSSIDStatsGet: Don't find interface[wl0] in net_dev_stats"}));
         EXPECT_EQ(platform.callCount("fclose"), 1U);
     }
 }
@@ -190,6 +203,17 @@ TEST_F(SsidStatistics, SkipTheTwoHeaderLinesWhateverTheySay) {
     EXPECT_EQ(value, 301U);
 }
 
+TEST_F(SsidStatistics, ReadEachHeaderLineIntoFiveHundredAndTwelveBytes) {
+    // 510 characters and the newline fit; with one more the newline is read as the second header line.
+    for (const bool fits : {true, false}) {
+        platform.setFile("/proc/net/dev", std::string(fits ? 510 : 511, 'h') + "\n" + interfaceLine("wl0", 100) +
+                                              interfaceLine("wl0", 200));
+        std::uint32_t value = 0;
+        EXPECT_EQ(WiFiSSIDStatsBytesReceivedGet(1, &value), 0U);
+        EXPECT_EQ(value, fits ? 201U : 101U);
+    }
+}
+
 TEST_F(SsidStatistics, EndTheSearchAtALineThatDoesNotParse) {
     // Without a blank behind the colon the name and the first number are one word.
     const std::string glued = "wl0:1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n";
@@ -199,18 +223,42 @@ TEST_F(SsidStatistics, EndTheSearchAtALineThatDoesNotParse) {
     EXPECT_EQ(value, kUntouched);
     EXPECT_TRUE(failed("Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext", "failed reading at line " + glued + " \n"));
     EXPECT_TRUE(failed("Quorvel_P_WiFiSSIDStatsGet", "Don't find interface[wl0] in net_dev_stats"));
+    // Also when the line is another interface's.
+    for (const std::string& line :
+         {std::string("eth0:1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n"), std::string("eth0: 1 2 3\n"),
+          std::string("eth0: 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 x\n"), std::string("\n"), std::string(600, 'e')}) {
+        SCOPED_TRACE(line);
+        platform.forget();
+        setInterfaces(line + interfaceLine("wl0", 100));
+        EXPECT_EQ(WiFiSSIDStatsBytesSentGet(1, &value), 1U);
+        EXPECT_EQ(value, kUntouched);
+        EXPECT_TRUE(failed("Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext",
+                           "failed reading at line " + line.substr(0, 511) + " \n"));
+    }
 }
 
 TEST_F(SsidStatistics, AreDumpedByPosition) {
     setInterfaces(interfaceLine("  wl0", 100));
     std::uint32_t value = 0;
     EXPECT_EQ(WiFiSSIDStatsBytesSentGet(1, &value), 0U);
-    EXPECT_EQ(platform.logTexts(2),
-              (Texts{"Looking for stats for interface[wl0]", "------> Dump interface[wl0] stats", "interfacename wl0",
-                     "RxBytes      101", "RxPkts       102", "RxErrors     103", "RxDrops      104", "RxFifo       105",
-                     "RxFrame      106", "RxCompressed 107", "RxMulticast  108", "TxBytes      109", "TxPkts       110",
-                     "TxErrors     111", "TxDrops      112", "TxFifo       113", "TxFrame      114", "TxCompressed 115",
-                     "TxMulticast  116"}));
+    Texts expected{"Looking for stats for interface[wl0]", "------> Dump interface[wl0] stats", "interfacename wl0"};
+    const char* counters[] = {"RxBytes      %lu", "RxPkts       %lu", "RxErrors     %lu", "RxDrops      %lu",
+                              "RxFifo       %lu", "RxFrame      %lu", "RxCompressed %lu", "RxMulticast  %lu",
+                              "TxBytes      %lu", "TxPkts       %lu", "TxErrors     %lu", "TxDrops      %lu",
+                              "TxFifo       %lu", "TxFrame      %lu", "TxCompressed %lu", "TxMulticast  %lu"};
+    for (std::size_t n = 0; n < std::size(counters); ++n) {
+        expected.push_back(std::string(counters[n], 13) + std::to_string(101 + n));
+    }
+    for (std::string& line : expected) {
+        line.insert(0, "2 Quorvel_P_WiFiSSIDStatsGet: ");
+    }
+    EXPECT_EQ(logLines(platform, kSource), expected);
+    // A line is logged by its whole text, not put together.
+    std::size_t whole = 0;
+    for (const auto& line : platform.logs()) {
+        whole += whole < std::size(counters) && line.format == counters[whole] ? 1 : 0;
+    }
+    EXPECT_EQ(whole, std::size(counters));
 }
 
 TEST_F(SsidStatistics, ApplyHasNothingToWrite) {
@@ -293,7 +341,66 @@ TEST_F(InterfaceLine, BoundsTheNameByItsField) {
     EXPECT_EQ(parse(std::string(4096, 'n') + "\n"), 1U);
 }
 
+TEST_F(InterfaceLine, ReadsWhatScanfReads) {
+    const std::string sixteen = "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16";
+    const std::string fourteen = " 3 4 5 6 7 8 9 10 11 12 13 14 15 16";
+    const std::string lines[] = {"wl0: " + sixteen,
+                                 "\t wl0:\v" + sixteen + "\r",
+                                 "wl0: 1-2" + fourteen,
+                                 "wl0: 1+2" + fourteen,
+                                 "wl0: -1 -0" + fourteen,
+                                 "wl0: +7 007" + fourteen,
+                                 "wl0: 1 0x2" + fourteen,
+                                 "wl0: 1 - 2" + fourteen,
+                                 "wl0: 1 --2" + fourteen,
+                                 "wl0: 1 2." + fourteen,
+                                 "wl0: 1,2" + fourteen,
+                                 "wl0:\f1" + fourteen,
+                                 "wl0: 4294967295 4294967296" + fourteen,
+                                 "wl0: 4294967297 -4294967297" + fourteen,
+                                 "wl0: 18446744073709551615 18446744073709551616" + fourteen,
+                                 "wl0: -18446744073709551615 -18446744073709551616" + fourteen,
+                                 "wl0: " + std::string(40, '9') + " " + std::string(40, '0') + fourteen,
+                                 sixteen + " 17",
+                                 sixteen,
+                                 "wl0: 1 2" + fourteen + "17",
+                                 "wl0: 1 2" + fourteen + "x",
+                                 "wl0:1 2" + fourteen + " 17",
+                                 std::string(127, 'n') + sixteen,
+                                 std::string(127, 'n') + "x" + sixteen,
+                                 std::string(128, '1') + fourteen,
+                                 std::string(),
+                                 std::string(" "),
+                                 std::string(":"),
+                                 "wl0: 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 -"};
+    for (const std::string& line : lines) {
+        SCOPED_TRACE(line);
+        char word[128] = {};
+        unsigned long c[16] = {};
+        const int scanned =
+            sscanf(line.c_str(),
+                   " %127s  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu   "
+                   "%lu",
+                   word, c, c + 1, c + 2, c + 3, c + 4, c + 5, c + 6, c + 7, c + 8, c + 9, c + 10, c + 11, c + 12,
+                   c + 13, c + 14, c + 15);
+        ASSERT_EQ(parse(line), scanned == 17 ? 0U : 1U);
+        if (scanned != 17) continue;
+        std::string bare = word;
+        if (bare.back() == ':') bare.pop_back();
+        EXPECT_EQ(name(), bare);
+        for (std::size_t n = 0; n < 16; ++n) {
+            EXPECT_EQ(counter(n), static_cast<std::uint32_t>(c[n]));
+        }
+    }
+}
+
 TEST_F(InterfaceLine, IsReadInPiecesOfFiveHundredAndEleven) {
+    // The last number's second digit is the 511th character, then the 512th.
+    const std::string numbers = "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16";
+    EXPECT_EQ(parse("wl0:" + std::string(511 - 4 - numbers.size(), ' ') + numbers + "\n"), 0U);
+    EXPECT_EQ(counter(15), 16U);
+    EXPECT_EQ(parse("wl0:" + std::string(512 - 4 - numbers.size(), ' ') + numbers + "\n"), 0U);
+    EXPECT_EQ(counter(15), 1U);
     EXPECT_EQ(parse("wl0:" + std::string(600, ' ') + "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n"), 1U);
     EXPECT_EQ(parse("wl0:" + std::string(400, ' ') + "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16\n"), 0U);
 }

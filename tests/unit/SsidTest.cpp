@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "FreshProcess.h"
 #include "PlatformTest.h"
 #include "QuorvelWiFiInternal.h"
 
@@ -73,6 +74,24 @@ TEST_F(Ssid, InstancesBelongToTheRadiosInEights) {
         EXPECT_EQ(platform.callTexts({"wlcsm_mngr_ext_get"}),
                   Texts{std::string("wlcsm_mngr_ext_get(") + row.place + ", \"wlSsid\")"});
     }
+}
+
+TEST_F(Ssid, FollowTheSlotTable) {
+    // An instance that has moved to another radio keeps its place within the radio.
+    EXPECT_TRUE(scripted::runFresh([] {
+        auto& fresh = scripted::Platform::instance();
+        EXPECT_EQ(WiFiSystemAccessPointDelete(3), 0U);
+        EXPECT_EQ(WiFiSystemAccessPointCreate(1, 10), 0U);
+        GuardedBlock staged(344);
+        EXPECT_EQ(WiFiSSIDInitContext(staged.get()), 0U);
+        EXPECT_EQ(WiFiSSIDEnableSet(staged.get(), 10, 1), 0U);
+        char buffer[33] = {};
+        (void)WiFiSSIDSSIDGet(10, buffer, 32);
+        EXPECT_EQ(WiFiSSIDApplyContext(staged.get(), 10), 0U);
+        EXPECT_EQ(WiFiSSIDSSIDGet(3, buffer, 32), 6U);  // belongs to no radio any more
+        EXPECT_EQ(fresh.callTexts({"wlcsm_mngr_ext_get", "wlcsm_mngr_set"}),
+                  (Texts{"wlcsm_mngr_ext_get(0, 1, \"wlSsid\")", "wlcsm_mngr_set(0, 1, \"wlEnblSsid\", \"1\")"}));
+    }));
 }
 
 TEST_F(Ssid, InstancesThatDoNotExistAreRefused) {

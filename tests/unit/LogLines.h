@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "ScriptedPlatform.h"
+
+namespace quorvel::scripted {
+
+// The lines that a source file logged, in order, as "level function: text"; those at the end of a long log with `last`.
+inline std::vector<std::string> logLines(const Platform& platform, const std::string& file,
+                                         std::size_t last = static_cast<std::size_t>(-1)) {
+    std::vector<std::string> lines;
+    for (const LogLine& line : platform.logs()) {
+        if (line.file == file) {
+            lines.push_back(std::to_string(line.level) + " " + line.function + ": " + line.text);
+        }
+    }
+    if (lines.size() > last) {
+        lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(last));
+    }
+    return lines;
+}
+
+}  // namespace quorvel::scripted
