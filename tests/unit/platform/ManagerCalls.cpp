@@ -20,6 +20,10 @@ constexpr std::int32_t kNo = 0;
 constexpr std::int32_t kDone = 0;
 constexpr std::int32_t kFailed = 1;
 
+// Bytes of the records of channel measurements.
+constexpr std::size_t kMetricsSize = 1056;
+constexpr std::size_t kStatisticsSize = 80;
+
 Platform& platform() {
     return Platform::instance();
 }
@@ -152,6 +156,7 @@ int32_t wlcsm_mngr_ci_scan_start(uint32_t radio, uint32_t channel, uint32_t dwel
 }
 
 int32_t wlcsm_mngr_ci_scanresults(uint32_t radio, void* record) {
+    platform().noteHanded("wlcsm_mngr_ci_scanresults", record, kMetricsSize);
     if (const auto result = forced("wlcsm_mngr_ci_scanresults", renderAll(radio, out(record)), kFailed)) {
         return *result;
     }
@@ -160,6 +165,7 @@ int32_t wlcsm_mngr_ci_scanresults(uint32_t radio, void* record) {
 }
 
 int32_t wlcsm_mngr_chanim_stats(uint32_t radio, void* record) {
+    platform().noteHanded("wlcsm_mngr_chanim_stats", record, kMetricsSize);
     if (const auto result = forced("wlcsm_mngr_chanim_stats", renderAll(radio, out(record)), kFailed)) {
         return *result;
     }
@@ -168,6 +174,7 @@ int32_t wlcsm_mngr_chanim_stats(uint32_t radio, void* record) {
 }
 
 int32_t wlcsm_mngr_channelstats(uint32_t radio, void* record) {
+    platform().noteHanded("wlcsm_mngr_channelstats", record, kStatisticsSize);
     if (const auto result = forced("wlcsm_mngr_channelstats", renderAll(radio, out(record)), kFailed)) {
         return *result;
     }

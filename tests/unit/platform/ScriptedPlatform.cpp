@@ -72,6 +72,7 @@ void Platform::reset() {
     variablesEverywhere_.clear();
     nvram_.clear();
     records_.clear();
+    handed_.clear();
     systemUpSeconds_ = 0;
     radioUpSeconds_.clear();
     configuration_.clear();
@@ -178,6 +179,7 @@ void Platform::forget() {
     counts_.clear();
     logs_.clear();
     sleeps_.clear();
+    handed_.clear();
 }
 
 std::vector<double> Platform::sleeps() const {
@@ -374,6 +376,20 @@ std::optional<std::string> Platform::record(const std::string& call) const {
     const Guard guard(mutex_);
     const auto entry = records_.find(call);
     return entry == records_.end() ? std::nullopt : std::optional(entry->second);
+}
+
+void Platform::noteHanded(const std::string& call, const void* record, std::size_t size) {
+    if (record == nullptr) {
+        return;
+    }
+    const Guard guard(mutex_);
+    handed_[call] = std::string(static_cast<const char*>(record), size);
+}
+
+std::optional<std::string> Platform::handed(const std::string& call) const {
+    const Guard guard(mutex_);
+    const auto entry = handed_.find(call);
+    return entry == handed_.end() ? std::nullopt : std::optional(entry->second);
 }
 
 void Platform::setSystemUpSeconds(std::uint32_t seconds) {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,17 @@ TEST_F(ScriptedPlatform, WritesCallsAndLogLinesDownInOrder) {
     EXPECT_EQ(platform.logs()[0].text, "radio[2] text");
     EXPECT_LT(platform.calls()[0].order, platform.logs()[0].order);
     EXPECT_LT(platform.logs()[0].order, platform.calls()[1].order);
+}
+
+TEST_F(ScriptedPlatform, KeepsTheRecordThatAMeasurementCameWith) {
+    platform.setRecord("wlcsm_mngr_channelstats", std::string(80, 'm'));
+    std::string record(80, 'q');
+    EXPECT_EQ(platform.handed("wlcsm_mngr_channelstats"), std::nullopt);
+    EXPECT_EQ(wlcsm_mngr_channelstats(0, record.data()), 0);
+    EXPECT_EQ(record, std::string(80, 'm'));
+    EXPECT_EQ(platform.handed("wlcsm_mngr_channelstats"), std::string(80, 'q'));
+    platform.forget();
+    EXPECT_EQ(platform.handed("wlcsm_mngr_channelstats"), std::nullopt);
 }
 
 TEST_F(ScriptedPlatform, ForcesResultsByTheCountOfCalls) {
