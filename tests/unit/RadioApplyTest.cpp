@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -72,15 +73,22 @@ class RadioApply : public PlatformTest {
                                    "wlcsm_mngr_save_nvram", "sleep"});
     }
 
-    bool failed(const std::string& message) {
+    bool logged(std::uint32_t level, const std::string& message,
+                const std::string& function = "WiFiRadioApplyContextImpl") {
         for (const auto& line : platform.logs()) {
-            if (line.level == 0 && line.text == message) {
-                EXPECT_EQ(line.function, "WiFiRadioApplyContextImpl");
+            if (line.level == level && line.text == message) {
+                EXPECT_EQ(line.function, function);
                 EXPECT_EQ(line.file, "wifi/QuorvelWiFiRadioImpl");
                 return true;
             }
         }
         return false;
+    }
+    bool failed(const std::string& message) {
+        return logged(0, message);
+    }
+    bool steeringFailed(const std::string& message) {
+        return logged(0, message, "set_bsd_steering_policy");
     }
 
     GuardedBlock block{sizeof(WiFiRadioContext)};
@@ -107,8 +115,19 @@ std::string nvramSet(const std::string& name, const std::string& value) {
 TEST_F(RadioApply, AsksForTheBandFirstAndWritesNothingUnasked) {
     EXPECT_EQ(apply(), 0U);
     EXPECT_EQ(managerCalls(), Texts{get("wlBand")});
-    EXPECT_TRUE(platform.logged(2, "wlBand[1]"));
+    EXPECT_TRUE(logged(2, "wlBand[1]"));
     EXPECT_TRUE(platform.logged(3, "Quorvel_P_WiFiApplyContext DONE"));
+}
+
+TEST_F(RadioApply, LeavesFieldsThatAreNotMarked) {
+    setVariable("radio_status", "Down");
+    std::string fields(sizeof(WiFiRadioContext) - QUORVEL_CONTEXT_HEADER_SIZE, ',');
+    fields[offsetof(WiFiRadioContext, Enable) - QUORVEL_CONTEXT_HEADER_SIZE] = 1;
+    block.write(QUORVEL_CONTEXT_HEADER_SIZE, fields);
+    EXPECT_EQ(apply(), 0U);
+    EXPECT_EQ(managerCalls(), Texts{get("wlBand")});
+    EXPECT_TRUE(block.bytes(QUORVEL_CONTEXT_HEADER_SIZE, fields.size()) == fields);
+    EXPECT_EQ(staged(), Nodes{});
 }
 
 TEST_F(RadioApply, TakesItsStepsInOrder) {
@@ -255,7 +274,7 @@ TEST_F(RadioApply, StoresBasicRatesAsTheirKeyword) {
         {"2", "1", kAll, "all"},     {"2", "1", "6,12", "12"}, {"2", "1", "6,12,24", "wifi2"},
         {"2", "0", "11", "default"}, {"2", "0", "1,2", "12"},  {"2", "0", "1,2,5.5,6,9,11", "all"},
         {"0", "0", "11", "default"}, {"3", "0", "1,2", "12"},  {"2", "0", "1,2,5.5,6,11,12,24", "wifi2"},
-        {"3", "1", "54", "default"}, {"0", "2", kAll, "all"},
+        {"3", "1", "54", "default"}, {"0", "2", kAll, "all"},  {"2", "-1", kAll, "all"},
     };
     for (const BasicRates& row : rows) {
         SCOPED_TRACE(std::string(row.band) + " " + row.gMode + " " + row.rates);
@@ -265,7 +284,7 @@ TEST_F(RadioApply, StoresBasicRatesAsTheirKeyword) {
         stageText(WiFiRadioBasicDataTransmitRatesSet, row.rates);
         EXPECT_EQ(apply(), 0U);
         EXPECT_EQ(managerCalls(), (Texts{get("wlBand"), get("wlgMode"), set("wlBasicRate", row.keyword)}));
-        EXPECT_TRUE(platform.logged(2, std::string("wlgMode[") + row.gMode + "]"));
+        EXPECT_TRUE(logged(2, std::string("wlgMode[") + row.gMode + "]"));
         EXPECT_EQ(staged(), Nodes{37});
         std::string field = row.keyword;
         field.resize(64, '\0');
@@ -309,8 +328,8 @@ TEST_F(RadioApply, TakesAnUnreadBandForAnotherBandAndAnUnreadModeForZero) {
     stageText(WiFiRadioBasicDataTransmitRatesSet, "11");
     EXPECT_EQ(apply(), 0U);
     EXPECT_EQ(written(), Texts{set("wlBasicRate", "default")});
-    EXPECT_TRUE(platform.logged(2, "wlBand[0]"));
-    EXPECT_TRUE(platform.logged(2, "wlgMode[0]"));
+    EXPECT_TRUE(logged(2, "wlBand[0]"));
+    EXPECT_TRUE(logged(2, "wlgMode[0]"));
 }
 
 // --- Bandwidth, protection, chains, greenfield ----------------------------------------------------------------------
@@ -342,6 +361,13 @@ TEST_F(RadioApply, WritesProtectionToTheVariableOfThePhyType) {
             EXPECT_EQ(staged(), Nodes{});
         }
     }
+}
+
+TEST_F(RadioApply, TurnsProtectionOffForAnyValueButOne) {
+    ASSERT_EQ(WiFiRadioCtsProtectionEnableSet(block.get(), 2, 1), 0U);
+    context().CtsProtectionEnable = 2;
+    EXPECT_EQ(apply(), 0U);
+    EXPECT_EQ(written(), Texts{set("wlProtection", "off")});
 }
 
 TEST_F(RadioApply, DoesNotMindProtectionThatIsRefused) {
@@ -384,6 +410,13 @@ TEST_F(RadioApply, WritesGreenfieldAsGfWhichTheReadDoesNotKnow) {
     setVariable("wlNPreambleType", "1");  // what the manager may make of it
     EXPECT_EQ(WiFiRadioGreenfieldEnableGet(2, &enabled), 0U);
     EXPECT_EQ(enabled, 1);
+}
+
+TEST_F(RadioApply, WritesGreenfieldForAnyValueButZero) {
+    ASSERT_EQ(WiFiRadioGreenfieldEnableSet(block.get(), 2, 1), 0U);
+    context().GreenfieldEnable = 2;
+    EXPECT_EQ(apply(), 0U);
+    EXPECT_EQ(written(), Texts{set("wlNPreambleType", "gf")});
 }
 
 TEST_F(RadioApply, WritesNoGreenfieldAsTheEmptyText) {
@@ -438,6 +471,14 @@ TEST_F(RadioApply, DoesNotAskForTheStatusOfARadioThatIsDisabled) {
     EXPECT_EQ(managerCalls(), (Texts{get("wlBand"), set("wlEnbl", "0")}));
 }
 
+TEST_F(RadioApply, AsksForTheStatusForTheValueOneOnly) {
+    setVariable("radio_status", "Down");
+    ASSERT_EQ(WiFiRadioEnableSet(block.get(), 2, 1), 0U);
+    context().Enable = 2;
+    EXPECT_EQ(apply(), 0U);
+    EXPECT_EQ(managerCalls(), (Texts{get("wlBand"), set("wlEnbl", "2")}));
+}
+
 // --- Channel --------------------------------------------------------------------------------------------------------
 
 TEST_F(RadioApply, WritesAutomaticChannelAtOnceAndClearsIt) {
@@ -450,10 +491,28 @@ TEST_F(RadioApply, WritesAutomaticChannelAtOnceAndClearsIt) {
     }
 }
 
+TEST_F(RadioApply, WritesAutomaticChannelAsTheNumberItIs) {
+    ASSERT_EQ(WiFiRadioAutoChannelEnableSet(block.get(), 2, 1), 0U);
+    context().AutoChannelEnable = 200;
+    EXPECT_EQ(apply(), 0U);
+    EXPECT_EQ(written(), Texts{set("AutoChannelEnable", "200")});
+}
+
 TEST_F(RadioApply, TurnsAutomaticChannelOffForAFixedOne) {
     ASSERT_EQ(WiFiRadioChannelSet(block.get(), 2, 36), 0U);
     EXPECT_EQ(apply(), 0U);
     EXPECT_EQ(written(), (Texts{set("AutoChannelEnable", "0"), set("wlChannel", "36")}));
+    EXPECT_EQ(staged(), Nodes{13});
+}
+
+TEST_F(RadioApply, DoesNotMindAutomaticChannelThatIsRefused) {
+    ASSERT_EQ(WiFiRadioAutoChannelEnableSet(block.get(), 2, 1), 0U);
+    ASSERT_EQ(WiFiRadioChannelSet(block.get(), 2, 36), 0U);
+    platform.failAt("wlcsm_mngr_set", 1);
+    platform.failAt("wlcsm_mngr_set", 2);
+    EXPECT_EQ(apply(), 0U);
+    EXPECT_EQ(written(), (Texts{set("AutoChannelEnable", "1"), set("AutoChannelEnable", "0"), set("wlChannel", "36")}));
+    EXPECT_EQ(platform.logTexts(0), Texts{});
     EXPECT_EQ(staged(), Nodes{13});
 }
 
@@ -523,10 +582,19 @@ TEST_F(RadioApply, RestartsAfterTheStepsBeforeIt) {
     ASSERT_EQ(WiFiRadioChannelSet(block.get(), 2, 36), 0U);
     ASSERT_EQ(WiFiRadioAutoChannelEnableSet(block.get(), 2, 1), 0U);
     ASSERT_EQ(WiFiRadioGreenfieldEnableSet(block.get(), 2, 0), 0U);
+    ASSERT_EQ(WiFiRadioOperatingChannelBandwidthSet(block.get(), 2, 3), 0U);
+    ASSERT_EQ(WiFiRadioTxChainMaskSet(block.get(), 2, 2), 0U);
+    ASSERT_EQ(WiFiRadioRxChainMaskSet(block.get(), 2, 3), 0U);
+    stageText(WiFiRadioBasicDataTransmitRatesSet, "54");
     EXPECT_EQ(apply(), 0U);
-    EXPECT_EQ(managerCalls(), (Texts{get("wlBand"), set("wlNPreambleType", ""), set("AutoChannelEnable", "1"),
-                                     set("AutoChannelEnable", "0"), "wlcsm_mngr_restart(1, 0, 1, 1)"}));
-    EXPECT_EQ(staged(), (Nodes{13, 56}));
+    EXPECT_EQ(managerCalls(),
+              (Texts{get("wlBand"), get("wlgMode"), set("wlNPreambleType", ""), set("AutoChannelEnable", "1"),
+                     set("AutoChannelEnable", "0"), "wlcsm_mngr_restart(1, 0, 1, 1)"}));
+    EXPECT_EQ(staged(), (Nodes{13, 19, 37, 48, 49, 56}));
+    EXPECT_EQ(std::string(context().BasicDataTransmitRates), "default");
+    EXPECT_EQ(context().OperatingChannelBandwidth, 2U);
+    EXPECT_EQ(context().TxChainMask, 3U);
+    EXPECT_EQ(context().RxChainMask, 7U);
 }
 
 TEST_F(RadioApply, SucceedsWhenTheRestartDoesNot) {
@@ -564,6 +632,20 @@ TEST_F(RadioApply, WritesTheRadarThresholdOnOtherBands) {
     EXPECT_EQ(written(), Texts{set("radarThreshold", "1 2 3")});
 }
 
+TEST_F(RadioApply, LooksForTheBandInSixteenBytes) {
+    const std::pair<std::string, bool> rows[] = {
+        {"02", true}, {std::string(15, ' ') + "2", true}, {std::string(16, ' ') + "2", false}};
+    for (const auto& [band, dropped] : rows) {
+        SCOPED_TRACE(band);
+        ASSERT_EQ(WiFiRadioInitContext(block.get()), 0U);
+        setVariable("wlBand", band);
+        stageText(WiFiRadioRadarThresholdSet, "1 2 3");
+        EXPECT_EQ(apply(), 0U);
+        EXPECT_EQ(written(), dropped ? Texts{} : Texts{set("radarThreshold", "1 2 3")});
+        EXPECT_EQ(staged(), dropped ? Nodes{} : Nodes{27});
+    }
+}
+
 TEST_F(RadioApply, WritesOperationalRatesWithBlanks) {
     stageText(WiFiRadioOperationalDataTransmitRatesSet, "1b,2b,5.5,,11,");
     EXPECT_EQ(apply(), 0U);
@@ -585,8 +667,9 @@ TEST_F(RadioApply, ReplacesCommasWithinTheRatesFieldOnly) {
 TEST_F(RadioApply, MeasuresTheChannelThatIsStagedAndDiscardsTheRecord) {
     stageText(WiFiRadioDcsChannelMetricsSet, "36 and more");
     stageText(WiFiRadioChannelStatsSet, "x");
+    // What the manager writes may be longer than the record.
     platform.setRecord("wlcsm_mngr_ci_scanresults", std::string(1056, '\1'));
-    platform.setRecord("wlcsm_mngr_channelstats", std::string(80, '\1'));
+    platform.setRecord("wlcsm_mngr_channelstats", std::string(1024, '\1'));
     EXPECT_EQ(apply(), 0U);
     EXPECT_EQ(platform.callTexts({"wlcsm_mngr_ci_scan_start"}),
               (Texts{"wlcsm_mngr_ci_scan_start(1, 36, 40, 40)", "wlcsm_mngr_ci_scan_start(1, 0, 40, 40)"}));
@@ -610,15 +693,24 @@ TEST_F(RadioApply, DoesNotMindMeasurementsThatFail) {
     EXPECT_TRUE(platform.logged(0, "Channelstats fail to get results"));
 }
 
-TEST_F(RadioApply, HandsRequestsWithTheSecondWordOneToTheMeasurements) {
-    stageText(WiFiRadioDcsChannelMetricsSet, "36");
-    stageText(WiFiRadioChannelStatsSet, "44");
-    EXPECT_EQ(apply(), 0U);
-    // The platform leaves the records as they came, so that the logs show the requests.
-    EXPECT_TRUE(platform.logged(2, "*** DcsChannelMetrics result for channel 36 ***\n"));
-    EXPECT_TRUE(platform.logged(2, "noise: 0 utilization: 0  txpower: 0 (dbm)\n"));
-    EXPECT_TRUE(platform.logged(2, "\n*** channel_rssi_count 0 ***\n"));
-    EXPECT_TRUE(platform.logged(2, "*** Channelstats result for channel 44 ***\n"));
+TEST_F(RadioApply, HandsTheMeasurementsTheChannelAOneAndZeros) {
+    const struct {
+        const char* text;
+        std::uint32_t channel;
+    } rows[] = {{"36", 36}, {" 161x", 161}, {"-1", 0xFFFFFFFF}, {"", 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        ASSERT_EQ(WiFiRadioInitContext(block.get()), 0U);
+        stageText(WiFiRadioDcsChannelMetricsSet, row.text);
+        stageText(WiFiRadioChannelStatsSet, row.text);
+        EXPECT_EQ(apply(), 0U);
+        GuardedBlock request(8);
+        request.put(0, row.channel);
+        request.put(4, std::uint32_t{1});
+        const std::string words = request.bytes(0, 8);
+        EXPECT_EQ(platform.handed("wlcsm_mngr_ci_scanresults"), words + std::string(1048, '\0'));
+        EXPECT_EQ(platform.handed("wlcsm_mngr_channelstats"), words + std::string(72, '\0'));
+    }
 }
 
 // --- Band-steering policy -------------------------------------------------------------------------------------------
@@ -653,8 +745,8 @@ TEST_F(RadioApply, RefusesOtherNodesOfTheSteeringPolicy) {
     for (const std::uint32_t node : {0U, 52U, 56U}) {
         platform.forget();
         EXPECT_EQ(set_bsd_steering_policy(2, 7, node), 1U);
-        EXPECT_TRUE(platform.logged(0, "Invalid node[" + std::to_string(node) + "]"));
-        EXPECT_EQ(platform.callCount("wlcsm_nvram_set"), 0U);
+        EXPECT_TRUE(steeringFailed("Invalid node[" + std::to_string(node) + "]"));
+        EXPECT_EQ(managerCalls(), (Texts{"wlcsm_nvram_get(\"wl1_bsd_steering_policy\")", genericGet("wlBand")}));
     }
 }
 
@@ -669,7 +761,7 @@ TEST_F(RadioApply, ReportsASteeringPolicyThatIsNotStoredAndGoesOn) {
     stageText(WiFiRadioAliasSet, "attic");
     platform.fail("wlcsm_nvram_set");
     EXPECT_EQ(apply(), 0U);
-    EXPECT_TRUE(platform.logged(0, "wlcsm_nvram_set(wl1_bsd_steering_policy, 80 5 3 -60 0 0x40) FAIL."));
+    EXPECT_TRUE(steeringFailed("wlcsm_nvram_set(wl1_bsd_steering_policy, 80 5 3 -60 0 0x40) FAIL."));
     EXPECT_EQ(staged(), Nodes{3});
     EXPECT_EQ(written(), Texts{set("rAlias", "attic")});
     EXPECT_EQ(set_bsd_steering_policy(2, -60, 54), 1U);

@@ -44,14 +44,20 @@ class RadioReads : public PlatformTest {
         return std::string(buffer.text());
     }
 
-    bool failed(const char* function, const std::string& message) {
+    bool logged(std::uint32_t level, const char* function, const std::string& message) {
         for (const auto& line : platform.logs()) {
-            if (line.level == 0 && line.function == function && line.text == message) {
+            if (line.level == level && line.function == function && line.text == message) {
                 EXPECT_EQ(line.file, "wifi/QuorvelWiFiRadioImpl");
                 return true;
             }
         }
         return false;
+    }
+    bool failed(const char* function, const std::string& message) {
+        return logged(0, function, message);
+    }
+    bool noted(const char* function, const std::string& message) {
+        return logged(2, function, message);
     }
 };
 
@@ -270,10 +276,12 @@ TEST_F(RadioReads, OperatingBandwidthIsOneMoreThanTheManagers) {
     EXPECT_EQ(managerReads().front(), genericRead("wlNBwCap"));
 }
 
-TEST_F(RadioReads, OperatingBandwidthPassesAFailureOn) {
-    std::uint32_t value = 0;
-    EXPECT_EQ(WiFiRadioOperatingChannelBandwidthGetImpl(2, &value), 1U);
-    EXPECT_EQ(WiFiRadioOperatingChannelBandwidthGetImpl(4, &value), 6U);
+TEST_F(RadioReads, OperatingBandwidthPassesAFailureOnAndAddsOneAllTheSame) {
+    for (const auto& [radio, result] : {std::pair{2U, 1U}, std::pair{4U, 6U}}) {
+        std::uint32_t value = 0;
+        EXPECT_EQ(WiFiRadioOperatingChannelBandwidthGet(radio, &value), result);
+        EXPECT_EQ(value, 1U);
+    }
 }
 
 // --- Regulatory domain ----------------------------------------------------------------------------------------------
@@ -292,10 +300,20 @@ TEST_F(RadioReads, RegulatoryDomainIsTheCountryIndoors) {
     }
 }
 
-TEST_F(RadioReads, RegulatoryDomainPassesAFailureOn) {
-    char buffer[13] = {};
-    EXPECT_EQ(WiFiRadioRegulatoryDomainGetImpl(2, buffer, 12), 1U);
-    EXPECT_EQ(WiFiRadioRegulatoryDomainGetImpl(0, buffer, 12), 6U);
+TEST_F(RadioReads, RegulatoryDomainPassesAFailureOnAndIsIndoorsAllTheSame) {
+    for (const auto& [radio, result] : {std::pair{2U, 1U}, std::pair{0U, 6U}}) {
+        GuardedBlock buffer(12);
+        EXPECT_EQ(WiFiRadioRegulatoryDomainGet(radio, buffer.text(), 12), result);
+        EXPECT_STREQ(buffer.text(), "I");
+    }
+}
+
+TEST_F(RadioReads, RegulatoryDomainIsBoundedByTheBuffer) {
+    set("wlCountryRev", "US/0");
+    GuardedBlock buffer(2);
+    EXPECT_EQ(WiFiRadioRegulatoryDomainGetImpl(2, buffer.text(), 2), 0U);
+    EXPECT_STREQ(buffer.text(), "U");
+    EXPECT_TRUE(buffer.intact());
 }
 
 // --- Rates ----------------------------------------------------------------------------------------------------------
@@ -335,8 +353,9 @@ TEST_F(RadioReads, BasicRatesSpellOutTheManagersKeyword) {
         set("wlBasicRate", row.keyword);
         EXPECT_EQ(text(WiFiRadioBasicDataTransmitRatesGet), row.rates);
         EXPECT_EQ(managerReads(), (Texts{genericRead("wlBasicRate"), plainRead("wlBand"), plainRead("wlgMode")}));
-        EXPECT_TRUE(platform.logged(2, std::string("wlBand[") + row.band + "]"));
-        EXPECT_TRUE(platform.logged(2, std::string("wlgMode[") + row.gMode + "]"));
+        EXPECT_TRUE(noted("WiFiRadioBasicDataTransmitRatesGetImpl", std::string("wlBand[") + row.band + "]"));
+        EXPECT_TRUE(noted("WiFiRadioBasicDataTransmitRatesGetImpl", std::string("wlgMode[") + row.gMode + "]"));
+        EXPECT_EQ(platform.logTexts(0), Texts{});
     }
 }
 
@@ -350,7 +369,7 @@ TEST_F(RadioReads, BasicRatesAreBoundedByTheBuffer) {
 }
 
 TEST_F(RadioReads, BasicRatesOfAnUnknownKeywordSucceedAndLeaveTheOutput) {
-    for (const char* keyword : {"abc", "", "alls", "al", "ALL", "defaul"}) {
+    for (const char* keyword : {"abc", "", "alls", "al", "ALL", "defaul", "default rates", " all"}) {
         for (const auto& [band, gMode] : {std::pair{"1", "1"}, std::pair{"2", "1"}, std::pair{"2", "0"}}) {
             platform.forget();
             set("wlBand", band);
@@ -484,6 +503,19 @@ TEST_F(RadioReads, PreferenceListIsBoundedByTheBuffer) {
     EXPECT_EQ(WiFiRadioAutoChannelSelectionPreferenceListGet(2, buffer.text(), 256), 0U);
     EXPECT_EQ(std::string(buffer.text()), std::string(255, '1'));
     EXPECT_TRUE(buffer.intact());
+    GuardedBlock small(8);
+    EXPECT_EQ(WiFiRadioAutoChannelSelectionPreferenceListGetImpl(2, small.text(), 8), 0U);
+    EXPECT_EQ(std::string(small.text()), std::string(7, '1'));
+    EXPECT_TRUE(small.intact());
+}
+
+TEST_F(RadioReads, PreferenceListSucceedsForARadioThatDoesNotExist) {
+    for (const std::uint32_t radio : {0U, 4U}) {
+        GuardedBlock buffer(256);
+        EXPECT_EQ(WiFiRadioAutoChannelSelectionPreferenceListGet(radio, buffer.text(), 256), 0U);
+        EXPECT_STREQ(buffer.text(), "");
+    }
+    EXPECT_EQ(platform.logTexts(0), Texts{});
 }
 
 // --- Protection, chains, greenfield ---------------------------------------------------------------------------------
@@ -546,6 +578,18 @@ TEST_F(RadioReads, ChainMasksReadAsNumbersOfChains) {
         EXPECT_EQ(sending, chains);
         EXPECT_EQ(receiving, chains);
     }
+}
+
+TEST_F(RadioReads, ChainMasksHaveAVariableEach) {
+    set("wlTxChain", "7");
+    set("wlRxChain", "1");
+    std::uint32_t sending = kUntouched;
+    std::uint32_t receiving = kUntouched;
+    EXPECT_EQ(WiFiRadioTxChainMaskGet(2, &sending), 0U);
+    EXPECT_EQ(WiFiRadioRxChainMaskGet(2, &receiving), 0U);
+    EXPECT_EQ(sending, 3U);
+    EXPECT_EQ(receiving, 1U);
+    EXPECT_EQ(managerReads(), (Texts{genericRead("wlTxChain"), genericRead("wlRxChain")}));
 }
 
 TEST_F(RadioReads, ChainMasksAreZeroWhenTheReadFails) {
@@ -623,7 +667,7 @@ TEST_F(RadioReads, BandUtilizationIsWhatTheIdleShareLeaves) {
         std::uint32_t value = kUntouched;
         EXPECT_EQ(WiFiRadioBandUtilizationGet(2, &value), 0U);
         EXPECT_EQ(value, busy);
-        EXPECT_TRUE(platform.logged(2, "BandUtilization[" + std::to_string(busy) + "]"));
+        EXPECT_TRUE(noted("WiFiRadioBandUtilizationGetImpl", "BandUtilization[" + std::to_string(busy) + "]"));
         EXPECT_EQ(managerReads(), Texts{plainRead("WlBandUtilization")});
     }
 }
@@ -659,6 +703,10 @@ TEST_F(RadioReads, SteeringThresholdsAreFieldsOfThePolicy) {
     EXPECT_EQ(rssi, -65);
     EXPECT_EQ(rate, 300);
     EXPECT_EQ(managerReads(), Texts(3, "wlcsm_nvram_get(\"wl1_bsd_steering_policy\")"));
+    EXPECT_TRUE(noted("get_bsd_steering_policy",
+                      "wlcsm_nvram_get(wl1_bsd_steering_policy) SUCCESS, value[70 6 4 -65 300 0x1a0], "
+                      "BwUtil[70], samplePeriod[6], consecutiveSampleCount[4], RssiThreshold[-65], "
+                      "pPhyRateThreshold[300], extFlag[0x1a0]"));
     EXPECT_EQ(platform.logCount(2,
                                 "wlcsm_nvram_get(wl1_bsd_steering_policy) SUCCESS, value[70 6 4 -65 300 0x1a0], "
                                 "BwUtil[70], samplePeriod[6], consecutiveSampleCount[4], RssiThreshold[-65], "
@@ -705,6 +753,12 @@ TEST_F(RadioReads, SteeringPolicyThatIsAbsentIsReportedAndZero) {
     const BsdSteeringPolicy none{};
     EXPECT_EQ(std::memcmp(&policy, &none, sizeof policy), 0);
     EXPECT_TRUE(failed("get_bsd_steering_policy", "wlcsm_nvram_get(wl0_bsd_steering_policy) FAIL."));
+}
+
+TEST_F(RadioReads, SteeringPolicyHasANameOfAtMostThirtyTwoBytes) {
+    BsdSteeringPolicy policy{};
+    EXPECT_EQ(get_bsd_steering_policy(0x80000001, &policy), 1U);
+    EXPECT_EQ(managerReads(), Texts{"wlcsm_nvram_get(\"wl-2147483648_bsd_steering_poli\")"});
 }
 
 TEST_F(RadioReads, SteeringUtilizationWithoutPolicyDependsOnTheBand) {
