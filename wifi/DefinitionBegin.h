@@ -8,9 +8,9 @@
 //   access    RO, RW (staged), WO (staged, not readable), RW_NOW (its setter acts at once)
 //   type      boolean, unsignedInt, int, string(capacity)
 //   accepted  any, range(low, high), lengths(one, other) of a text; none without a setter. Booleans are 0 or 1.
-//   read      MAPPED (the source variable, converted), BYPASSED (mapped, but the front end reads elsewhere), OWN (its
-//   own function), INERT (success, value untouched),
-//             STATION (takes a station's MAC text), NONE; COUNTER, RESULT, STATION_TEXT, STATION_NUMBER: by the object
+//   read      MAPPED (the source variable, converted), BYPASSED (mapped, but the front end reads elsewhere),
+//             OWN (its own function), INERT (success, value untouched), STATION (takes a station's MAC text), NONE;
+//             COUNTER, RESULT, STATION_TEXT, STATION_NUMBER: by the object
 //   source    the conversion of the manager's variable, or what the object reads
 #if !defined(OBJECT) && !defined(PARAMETER) && !defined(EXTRA_FIELD)
 #error "define OBJECT, PARAMETER or EXTRA_FIELD before including a definition"

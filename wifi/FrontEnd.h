@@ -65,6 +65,7 @@ uint32_t checkContext(void* ctx, const Site& site);
 uint32_t lock(const Site& site);
 /// Unlocks after an implementation that returned `result`, and says which of the two failed.
 uint32_t unlock(uint32_t result, const Site& site);
+
 /// A getter of a mapped parameter: all there is to know of it.
 struct Mapped {
     Site site;

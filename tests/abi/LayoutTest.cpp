@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstring>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "QuorvelWiFiContexts.h"
@@ -12,7 +13,8 @@
 #include "RadioChannel.h"
 #include "quorvel.h"
 
-// The records that the library exchanges with the host and the manager, to the byte, on every platform.
+// The records that the library exchanges with the host and the manager, to the byte, on every platform, and the
+// signatures that follow no pattern.
 
 namespace quorvel {
 
@@ -51,6 +53,53 @@ static_assert(sizeof(ChannelStats2Record) == 24);
 static_assert(sizeof(NeighboringWiFiResult) == 1092 && sizeof(NetDevStats) == 192);
 static_assert(offsetof(NetDevStats, rxBytes) == 128 && offsetof(NetDevStats, txBytes) == 160);
 static_assert(offsetof(NetDevStats, txCompressed) == 188);
+
+template <typename Function, typename Exact>
+constexpr bool kIs = std::is_same_v<Function, Exact*>;
+template <typename... Arguments>
+using Returning = std::uint32_t(Arguments...);
+
+static_assert(kIs<decltype(&WiFiCommitSettingsSet), Returning<>>);
+static_assert(kIs<decltype(&WiFiRadioStatsApplyContext), Returning<void*, std::uint32_t, std::uint32_t>>);
+static_assert(kIs<decltype(&WiFiRadioChannelStatsGet2), Returning<std::uint32_t, void*, std::uint32_t>>);
+using StationRead = Returning<std::uint32_t, const char*, std::int32_t*>;
+static_assert(kIs<decltype(&WiFiAccessPointAssociatedDeviceRSSIGet), StationRead>);
+static_assert(kIs<decltype(&WiFiAccessPointAssociatedDeviceRxRateGet), StationRead>);
+static_assert(kIs<decltype(&WiFiAccessPointAssociatedDeviceTxRateGet), StationRead>);
+using ResultRead = Returning<std::uint32_t, const char*, std::uint32_t, std::uint32_t, std::uint64_t*>;
+static_assert(kIs<decltype(&WiFiAccessPointRxStatsResultGet), ResultRead>);
+static_assert(kIs<decltype(&WiFiAccessPointTxStatsResultGet), ResultRead>);
+static_assert(kIs<decltype(&WiFiAccessPointStatsGet), Returning<std::uint32_t, const char*, void*, std::uint64_t*>>);
+static_assert(kIs<decltype(&WiFiAccessPointSsidNameStatusGet), Returning<std::uint32_t, void*>>);
+static_assert(kIs<decltype(&WiFiAccessPointMacModeGet), Returning<std::uint32_t, std::uint32_t*>>);
+static_assert(kIs<decltype(&WiFiAccessPointWPSMethodSet), Returning<void*, std::uint32_t, const char*, std::uint32_t>>);
+static_assert(kIs<decltype(&WiFiAccessPointWPSCancel), Returning<void*>>);
+
+static_assert(kIs<decltype(&WiFiLock), Returning<>> && kIs<decltype(&WiFiUnlock), Returning<>>);
+static_assert(kIs<decltype(&WifiSaveNvram), Returning<>> && kIs<decltype(&WiFiInit), Returning<>>);
+static_assert(kIs<decltype(&WiFiUnInit), std::int32_t()>);
+static_assert(kIs<decltype(&Quorvel_P_WiFiLaunchWldaemon), Returning<>>);
+static_assert(kIs<decltype(&Quorvel_P_WiFiTerminateWldaemon), Returning<>>);
+static_assert(kIs<decltype(&Quorvel_P_WiFiSetCurrentTimeAsStartTime), Returning<std::uint32_t>>);
+static_assert(kIs<decltype(&Quorvel_P_WiFiGetTimeElapseFromStartTime), Returning<std::uint32_t, std::uint32_t*>>);
+static_assert(
+    kIs<decltype(&Quorvel_P_WiFiWlcsmMngrGet), std::int32_t(std::uint32_t, std::uint32_t, std::uint32_t, const void*,
+                                                            void*, std::uint32_t, std::uint32_t, std::uint32_t)>);
+static_assert(kIs<decltype(&Quorvel_P_WiFiApplyContext),
+                  Returning<std::uint32_t, std::uint32_t, void*, const void*, std::uint32_t>>);
+
+static_assert(kIs<decltype(&WiFiSystemStartStopSecurityDaemons), Returning<std::uint32_t, std::uint32_t>>);
+static_assert(kIs<decltype(&WiFiSystemRadioInit), Returning<std::uint32_t>>);
+static_assert(kIs<decltype(&WiFiSystemResetRadioToFactory), Returning<std::uint32_t>>);
+static_assert(kIs<decltype(&WiFiSystemAccessPointDelete), Returning<std::uint32_t>>);
+static_assert(kIs<decltype(&WiFiSystemAccessPointCreate), Returning<std::uint32_t, std::uint32_t>>);
+static_assert(kIs<decltype(&WiFiSystemAccessPointRadioInstanceGet), Returning<std::uint32_t>>);
+static_assert(kIs<decltype(&WiFiSystemResetAccessPointToFactory), Returning<std::uint32_t>>);
+static_assert(kIs<decltype(&WiFiSystemCheckContextNodeSet), Returning<void*, std::uint32_t>>);
+
+static_assert(std::is_same_v<AssociatedDeviceCallback, Returning<std::uint32_t, std::uint32_t, void*>*>);
+static_assert(kIs<decltype(&WiFiNewAPAssociatedDeviceCallbackRegister), Returning<AssociatedDeviceCallback>>);
+static_assert(kIs<decltype(&WiFiNewAPAssociatedDeviceCallbackDeRegister), Returning<>>);
 
 enum class Kind { String, Boolean, UnsignedInt, Int };
 

@@ -114,15 +114,15 @@ std::uint32_t getValue(const Parameter& parameter, std::uint32_t i, std::uint32_
 }
 
 template <Type type>
-std::uint32_t setValue(const Parameter& parameter, void* ctx, std::uint32_t value) {
+std::uint32_t setValue(const Parameter& parameter, void* ctx, std::uint32_t value, std::uint32_t i, std::uint32_t j) {
     const auto in = static_cast<typename ValueOf<type>::In>(value);
     switch (parameter.depth) {
         case 0:
             return as<typename Signature<type, 0>::Set>(parameter.setter)(ctx, in);
         case 1:
-            return as<typename Signature<type, 1>::Set>(parameter.setter)(ctx, 1, in);
+            return as<typename Signature<type, 1>::Set>(parameter.setter)(ctx, i, in);
         default:
-            return as<typename Signature<type, 2>::Set>(parameter.setter)(ctx, 1, 1, in);
+            return as<typename Signature<type, 2>::Set>(parameter.setter)(ctx, i, j, in);
     }
 }
 
@@ -260,28 +260,29 @@ std::uint32_t Parameter::get(std::uint32_t i, std::uint32_t j, void* out, std::u
     }
 }
 
-std::uint32_t Parameter::setNumber(void* ctx, std::uint32_t value) const {
+std::uint32_t Parameter::setNumber(void* ctx, std::uint32_t value, std::uint32_t i, std::uint32_t j) const {
     switch (type) {
         case Type::Boolean:
-            return setValue<Type::Boolean>(*this, ctx, value);
+            return setValue<Type::Boolean>(*this, ctx, value, i, j);
         case Type::UnsignedInt:
-            return setValue<Type::UnsignedInt>(*this, ctx, value);
+            return setValue<Type::UnsignedInt>(*this, ctx, value, i, j);
         case Type::Int:
-            return setValue<Type::Int>(*this, ctx, value);
+            return setValue<Type::Int>(*this, ctx, value, i, j);
         case Type::String:
             break;
     }
     missing("a number's setter: " + setterName());
 }
 
-std::uint32_t Parameter::setText(void* ctx, const char* text, std::uint32_t len) const {
+std::uint32_t Parameter::setText(void* ctx, const char* text, std::uint32_t len, std::uint32_t i,
+                                 std::uint32_t j) const {
     switch (depth) {
         case 0:
             return as<Signature<Type::String, 0>::Set>(setter)(ctx, text, len);
         case 1:
-            return as<Signature<Type::String, 1>::Set>(setter)(ctx, 1, text, len);
+            return as<Signature<Type::String, 1>::Set>(setter)(ctx, i, text, len);
         default:
-            return as<Signature<Type::String, 2>::Set>(setter)(ctx, 1, 1, text, len);
+            return as<Signature<Type::String, 2>::Set>(setter)(ctx, i, j, text, len);
     }
 }
 

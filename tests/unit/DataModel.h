@@ -68,8 +68,10 @@ struct Parameter {
     }
     // Calls the getter for instances (i, j) as far as its depth has them; `len` is for texts.
     [[nodiscard]] std::uint32_t get(std::uint32_t i, std::uint32_t j, void* out, std::uint32_t len) const;
-    [[nodiscard]] std::uint32_t setNumber(void* ctx, std::uint32_t value) const;
-    [[nodiscard]] std::uint32_t setText(void* ctx, const char* text, std::uint32_t len) const;
+    [[nodiscard]] std::uint32_t setNumber(void* ctx, std::uint32_t value, std::uint32_t i = 1,
+                                          std::uint32_t j = 1) const;
+    [[nodiscard]] std::uint32_t setText(void* ctx, const char* text, std::uint32_t len, std::uint32_t i = 1,
+                                        std::uint32_t j = 1) const;
 };
 
 [[nodiscard]] const std::vector<Object>& objects();

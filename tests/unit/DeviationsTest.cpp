@@ -57,6 +57,32 @@ TEST_F(AccessCategory, WritesItsNumbersAtOnceWithoutContextAndLock) {
     EXPECT_EQ(platform.callTexts({"QuorvelOsMutexLock", "Quorvel_IsContextInit", "Quorvel_ContextSetMap"}), Texts{});
 }
 
+TEST_F(AccessCategory, SaysWhatItDoesLikeAnyObject) {
+    using Set = std::uint32_t (*)(void*, std::uint32_t, std::uint32_t, std::uint32_t);
+    const std::pair<std::string, Set> setters[] = {{"WiFiAccessPointACAIFSNSet", WiFiAccessPointACAIFSNSet},
+                                                   {"WiFiAccessPointACECWMinSet", WiFiAccessPointACECWMinSet},
+                                                   {"WiFiAccessPointACECWMaxSet", WiFiAccessPointACECWMaxSet},
+                                                   {"WiFiAccessPointACTxOpMaxSet", WiFiAccessPointACTxOpMaxSet}};
+    for (const auto& [name, set] : setters) {
+        platform.forget();
+        EXPECT_EQ(set(nullptr, 1, 1, 1), 0U);
+        EXPECT_EQ(platform.logTexts(3), (Texts{name + " Enter", name + " DONE"}));
+        EXPECT_EQ(platform.logTexts(0), Texts{});
+        EXPECT_EQ(set(nullptr, 1, 2, 1), 1U);  // its text is absent
+        EXPECT_EQ(platform.logTexts(3), (Texts{name + " Enter", name + " DONE", name + " Enter"}));
+        for (const auto& line : platform.logs()) {
+            if (line.level == 3) {
+                EXPECT_EQ(line.function, name);
+                EXPECT_EQ(line.file, "wifi/QuorvelWiFiAccessPointAC");
+            }
+        }
+    }
+    platform.forget();
+    EXPECT_EQ(WiFiAccessPointACApplyContext(nullptr, 1, 1), 0U);
+    EXPECT_EQ(platform.logTexts(3),
+              (Texts{"WiFiAccessPointACApplyContext Enter", "WiFiAccessPointACApplyContext DONE"}));
+}
+
 TEST_F(AccessCategory, RefusesNumbersOutOfRange) {
     for (const std::uint32_t value : {0U, 16U, 0xFFFFFFFFU}) {
         platform.forget();
@@ -75,6 +101,25 @@ TEST_F(AccessCategory, RefusesNumbersOutOfRange) {
     EXPECT_EQ(WiFiAccessPointACECWMinSet(nullptr, 1, 1, 0), 0U);
     EXPECT_EQ(WiFiAccessPointACECWMaxSet(nullptr, 1, 1, 15), 0U);
     EXPECT_EQ(WiFiAccessPointACTxOpMaxSet(nullptr, 1, 1, 0xFFFFFFFFU), 0U);
+}
+
+class StationReads : public scripted::PlatformTest {};
+
+TEST_F(StationReads, RefuseANullAddressLikeANullOutput) {
+    const std::pair<std::string, std::uint32_t (*)(std::uint32_t, const char*, std::int32_t*)> reads[] = {
+        {"WiFiAccessPointAssociatedDeviceRSSIGet", WiFiAccessPointAssociatedDeviceRSSIGet},
+        {"WiFiAccessPointAssociatedDeviceRxRateGet", WiFiAccessPointAssociatedDeviceRxRateGet},
+        {"WiFiAccessPointAssociatedDeviceTxRateGet", WiFiAccessPointAssociatedDeviceTxRateGet}};
+    scripted::makeWilling(platform);
+    for (const auto& [name, read] : reads) {
+        platform.forget();
+        std::int32_t value = 77;
+        EXPECT_EQ(read(1, nullptr, &value), 6U);
+        EXPECT_EQ(value, 77);
+        EXPECT_EQ(platform.logTexts(0), Texts{"Invalid input params"});
+        EXPECT_EQ(platform.logTexts(3), Texts{name + " Enter"});
+        EXPECT_EQ(platform.callTexts(), Texts{});
+    }
 }
 
 // A text that fills its field has no terminator; the manager gets the field's bytes and nothing of what follows.
@@ -151,6 +196,43 @@ TEST_F(WpsExtras, CancelMarksTheNodeBehindTheParameters) {
     EXPECT_EQ(WiFiAccessPointWPSCancel(uninitialised.get()), 5U);
 }
 
+TEST_F(WpsExtras, SayWhatTheyDoLikeAnySetter) {
+    GuardedBlock uninitialised(700);
+    const auto method = [](void* ctx, const char* text, std::uint32_t len) {
+        return WiFiAccessPointWPSMethodSet(ctx, 7, text, len);
+    };
+    const std::string set = "3 WiFiAccessPointWPSMethodSet ";
+    const std::string cancel = "3 WiFiAccessPointWPSCancel ";
+    const std::string before = context.bytes(0, 700);
+    const auto expect = [this](std::uint32_t result, std::uint32_t expected, const Texts& lines) {
+        EXPECT_EQ(result, expected);
+        Texts logged;
+        for (const auto& line : platform.logs()) {
+            logged.push_back(std::to_string(line.level) + " " + line.text);
+            EXPECT_EQ(line.file, "wifi/QuorvelWiFiAccessPointWPS");
+            EXPECT_EQ(logged.back().find(line.function) == std::string::npos, line.level == 0);
+        }
+        EXPECT_EQ(logged, lines);
+        platform.forget();
+    };
+    // Each refusal for the first reason, and the context as it was.
+    expect(method(nullptr, nullptr, 99), 2, {set + "Enter", "0 Invalid context"});
+    expect(method(uninitialised.get(), nullptr, 99), 5, {set + "Enter", "0 Uninit context"});
+    expect(method(context.get(), nullptr, 99), 6, {set + "Enter", "0 Invalid input params"});
+    expect(method(context.get(), "PIN", 16), 8, {set + "Enter", "0 Value out of range"});
+    EXPECT_EQ(context.bytes(0, 700), before);
+    expect(method(context.get(), "PIN", 15), 0, {set + "Enter", set + "DONE"});
+    expect(WiFiAccessPointWPSCancel(nullptr), 2, {cancel + "Enter", "0 Invalid context"});
+    expect(WiFiAccessPointWPSCancel(uninitialised.get()), 5, {cancel + "Enter", "0 Uninit context"});
+    platform.answer("Quorvel_ContextSetMap", 9);
+    expect(WiFiAccessPointWPSCancel(context.get()), 0, {cancel + "Enter", cancel + "DONE"});
+}
+
+TEST_F(WpsExtras, CancelMarksOneNodeWithoutTheLock) {
+    EXPECT_EQ(WiFiAccessPointWPSCancel(context.get()), 0U);
+    EXPECT_EQ(platform.callTexts(), (Texts{"Quorvel_IsContextInit(ctx)", "Quorvel_ContextSetMap(ctx, 9)"}));
+}
+
 class SystemObject : public scripted::PlatformTest {
   protected:
     GuardedBlock context{132};
@@ -176,6 +258,10 @@ TEST_F(SystemObject, AnswersForNodeZeroOnly) {
     EXPECT_EQ(platform.logTexts(3), Texts{"WiFiSystemCheckContextNodeSet DONE"});
     EXPECT_EQ(WiFiSystemCheckContextNodeSet(context.get(), 1), 0U);
     EXPECT_EQ(platform.logTexts(0), Texts{"Exceeded subnodes"});
+    EXPECT_EQ(platform.callCount("Quorvel_IsContextSetMap"), 1U);
+    platform.forget();
+    platform.answer("Quorvel_IsContextSetMap", 64);
+    EXPECT_EQ(WiFiSystemCheckContextNodeSet(context.get(), 0), 1U);  // one for any truth value of the host's
     platform.forget();
     EXPECT_EQ(WiFiSystemCheckContextNodeSet(nullptr, 0), 0U);
     EXPECT_EQ(platform.logTexts(0), Texts{"Invalid context"});
@@ -192,6 +278,21 @@ TEST_F(SystemObject, ClearsItsMarksInsteadOfInitialisingAgain) {
     EXPECT_EQ(Quorvel_IsContextInit(context.get()), 0U);
     EXPECT_EQ(platform.callCount("QuorvelOsMutexLock"), 1U);
     EXPECT_TRUE(platform.logged(3, "WiFiSystemApplyContext DONE"));
+}
+
+TEST_F(SystemObject, AppliesInOrder) {
+    ASSERT_EQ(WiFiSystemInitContext(context.get()), 0U);
+    ASSERT_EQ(WiFiLock(), 0U);  // the lock has been created
+    ASSERT_EQ(WiFiUnlock(), 0U);
+    platform.forget();
+    EXPECT_EQ(WiFiSystemApplyContext(context.get()), 0U);
+    EXPECT_EQ(platform.callTexts(), (Texts{"Quorvel_IsContextInit(ctx)", "QuorvelOsMutexLock(\"WiFi\")",
+                                           "QuorvelOsMutexUnlock(\"WiFi\")", "Quorvel_ContextZeroSetMap(ctx)"}));
+    ASSERT_EQ(platform.logs().size(), 2U);
+    EXPECT_EQ(platform.logs()[0].text, "WiFiSystemApplyContext Enter");
+    EXPECT_LT(platform.logs()[0].order, platform.calls().front().order);
+    EXPECT_EQ(platform.logs()[1].text, "WiFiSystemApplyContext DONE");
+    EXPECT_GT(platform.logs()[1].order, platform.calls().back().order);
 }
 
 TEST_F(SystemObject, RefusesToApplyLikeAnyObject) {
@@ -212,6 +313,8 @@ TEST_F(SystemObject, SnapshotOnlyInitialises) {
     EXPECT_EQ(WiFiSystemInstanceGet(context.get()), 0U);
     EXPECT_EQ(platform.callTexts(), Texts{"Quorvel_ContextInit(ctx, 132)"});
     EXPECT_EQ(platform.logTexts(3), (Texts{"WiFiSystemInstanceGet Enter", "WiFiSystemInstanceGet DONE"}));
+    EXPECT_LT(platform.logs()[0].order, platform.calls()[0].order);
+    EXPECT_GT(platform.logs()[1].order, platform.calls()[0].order);
     platform.answer("Quorvel_ContextInit", 9);
     EXPECT_EQ(WiFiSystemInstanceGet(context.get()), 0U);
     for (const auto& line : platform.logs()) {

@@ -1,12 +1,16 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <initializer_list>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "DataModel.h"
+#include "FreshProcess.h"
 #include "PlatformTest.h"
+#include "QuorvelWiFiExports.h"
 #include "WillingWorld.h"
 
 // The one pattern of all accessors, held against every parameter of the data model.
@@ -53,6 +57,28 @@ class FrontEnd : public scripted::PlatformTest {
         return lines;
     }
 
+    // The function's own log lines and the host's calls of these names, as they followed each other.
+    Texts sequenceOf(const std::string& function, std::initializer_list<const char*> calls) const {
+        std::map<std::uint64_t, std::string> ordered;
+        for (const LogLine& line : platform.logs()) {
+            if (line.function == function) {
+                ordered[line.order] = std::to_string(line.level) + " " + line.text;
+            }
+        }
+        for (const scripted::Call& call : platform.calls()) {
+            for (const char* name : calls) {
+                if (call.name == name) {
+                    ordered[call.order] = call.name;
+                }
+            }
+        }
+        Texts sequence;
+        for (const auto& step : ordered) {
+            sequence.push_back(step.second);
+        }
+        return sequence;
+    }
+
     std::size_t locks() const {
         return platform.callCount("QuorvelOsMutexLock");
     }
@@ -83,6 +109,10 @@ class Getters : public FrontEnd {
 
     Texts lines(const Parameter& parameter) const {
         return linesOf(parameter.getterName(), parameter.object().file());
+    }
+
+    Texts sequence(const Parameter& parameter) const {
+        return sequenceOf(parameter.getterName(), {"QuorvelOsMutexLock", "QuorvelOsMutexUnlock"});
     }
 
     GuardedBlock output{kOutputSize};
@@ -200,6 +230,54 @@ TEST_F(Getters, ReturnTheUnlocksFailureThoughTheValueWasRead) {
     });
 }
 
+TEST_F(Getters, LogAndLockInOrder) {
+    forEach([this](const Parameter& parameter) {
+        const std::string enter = "3 " + parameter.getterName() + " Enter";
+        std::uint32_t result = parameter.get(1, 1, output.get(), kOutputSize);
+        if (result != 0) {
+            EXPECT_EQ(sequence(parameter),
+                      (Texts{enter, "QuorvelOsMutexLock", "0 Impl call failed, result " + std::to_string(result),
+                             "QuorvelOsMutexUnlock"}));
+        }
+        fresh();
+        scripted::makeWilling(platform);
+        result = parameter.get(1, 1, output.get(), kOutputSize);
+        if (result == 0) {
+            EXPECT_EQ(sequence(parameter), (Texts{enter, "QuorvelOsMutexLock", "QuorvelOsMutexUnlock",
+                                                  "3 " + parameter.getterName() + " DONE"}));
+        }
+        platform.forget();
+        platform.answer("QuorvelOsMutexLock", 77);
+        EXPECT_EQ(parameter.get(1, 1, output.get(), kOutputSize), 77U);
+        EXPECT_EQ(sequence(parameter), (Texts{enter, "QuorvelOsMutexLock", "0 Lock failed, result 77"}));
+    });
+}
+
+TEST_F(Getters, GiveTheCallersLengthToTheImplementation) {
+    const std::pair<const char*, const char*> texts[] = {
+        {"WiFiBridgeInfo", "wlBridgeInfo"},
+        {"WiFiRadioAlias", "rAlias"},
+        {"WiFiRadioAutoChannelSelectionPreferenceList", "wlAcsPrefChannels"},
+        {"WiFiSSIDSSID", "wlSsid"},
+        {"WiFiAccessPointStatus", "status"},
+        {"WiFiAccessPointAccessPointControlFilterTableMacAddress", "wlFltMacList"},
+        {"WiFiAccessPointSecurityWEPKey", "wlKey1"},
+        {"WiFiAccessPointWPSDevicePIN", "wlWscDevPin"},
+    };
+    for (const auto& [stem, variable] : texts) {
+        SCOPED_TRACE(stem);
+        fresh();
+        const Parameter& parameter = datamodel::parameter(stem);
+        platform.setVariableEverywhere(variable, std::string(1000, 'x'));
+        for (const std::uint32_t length : {parameter.capacity, parameter.capacity + 7}) {
+            GuardedBlock text(length);
+            EXPECT_EQ(parameter.get(1, 1, text.get(), length), 0U);
+            EXPECT_EQ(text.bytes(0, length), std::string(length - 1, 'x') + '\0');
+            EXPECT_TRUE(text.intact());
+        }
+    }
+}
+
 TEST_F(Getters, LeaveTheInstanceToTheImplementation) {
     std::uint32_t value = 0;
     EXPECT_EQ(datamodel::parameter("WiFiRadioBeaconPeriod").get(4, 0, &value, 0), 6U);
@@ -275,6 +353,16 @@ TEST_F(Setters, RefuseAContextThatWasNeverInitialised) {
         EXPECT_EQ(setSomething(parameter, context.get()), 5U);
         EXPECT_EQ(lines(parameter), refused(parameter, "Uninit context"));
         EXPECT_EQ(context.bytes(0, context.size()), std::string(context.size(), '\xBB'));
+    });
+}
+
+TEST_F(Setters, TakeAnyAnswerButZeroForAnUninitialisedContext) {
+    forEach([this](const Parameter& parameter, GuardedBlock& context) {
+        const std::string before = context.bytes(0, context.size());
+        platform.answer("Quorvel_IsContextInit", 64);
+        EXPECT_EQ(setSomething(parameter, context.get()), 5U);
+        EXPECT_EQ(lines(parameter), refused(parameter, "Uninit context"));
+        EXPECT_EQ(context.bytes(0, context.size()), before);
     });
 }
 
@@ -399,14 +487,72 @@ TEST_F(Setters, MarkTheirOwnNodeAndNoOther) {
     });
 }
 
-TEST_F(Setters, DoNotLookAtTheResultOfMarking) {
+TEST_F(Setters, LogAndMarkInOrderThoughTheMarkIsRefused) {
     forEach([this](const Parameter& parameter, GuardedBlock& context) {
-        if (isPin(parameter)) {
-            return;
+        for (const std::int64_t answer : {0, 9}) {
+            platform.forget();
+            platform.answer("Quorvel_ContextSetMap", answer);
+            EXPECT_EQ(isPin(parameter) ? parameter.setText(context.get(), "12345678", 8)
+                                       : setSomething(parameter, context.get()),
+                      0U);
+            EXPECT_EQ(sequenceOf(parameter.setterName(),
+                                 {"Quorvel_IsContextInit", "Quorvel_ContextSetMap", "Quorvel_ContextInit"}),
+                      (Texts{"3 " + parameter.setterName() + " Enter", "Quorvel_IsContextInit", "Quorvel_ContextSetMap",
+                             "3 " + parameter.setterName() + " DONE"}));
         }
-        platform.answer("Quorvel_ContextSetMap", 9);
-        EXPECT_EQ(setSomething(parameter, context.get()), 0U);
     });
+}
+
+// The context stands for one instance already.
+TEST_F(Setters, DoNotLookAtTheInstances) {
+    forEach([](const Parameter& parameter, GuardedBlock& context) {
+        const std::string text(isPin(parameter) ? 8 : parameter.capacity, 't');
+        if (parameter.type == Type::String) {
+            EXPECT_EQ(parameter.setText(context.get(), text.c_str(), static_cast<std::uint32_t>(text.size()), 0, 99),
+                      0U);
+            EXPECT_EQ(context.bytes(parameter.offset(), text.size()), text);
+        } else {
+            EXPECT_EQ(parameter.setNumber(context.get(), parameter.high, 0xFFFFFFFF, 0), 0U);
+        }
+        EXPECT_EQ(parameter.object().checkContextNodeSet(context.get(), parameter.node), 1U);
+    });
+}
+
+TEST_F(Setters, RefuseForTheFirstReason) {
+    forEach([this](const Parameter& parameter, GuardedBlock& context) {
+        GuardedBlock uninitialised(parameter.object().contextSize);
+        const auto set = [&parameter](void* ctx, const char* text, std::uint32_t value) {
+            return parameter.type == Type::String ? parameter.setText(ctx, text, value)
+                                                  : parameter.setNumber(ctx, value);
+        };
+        const auto expect = [this, &parameter](std::uint32_t result, std::uint32_t expected, const char* message) {
+            EXPECT_EQ(result, expected);
+            EXPECT_EQ(lines(parameter), refused(parameter, message));
+            platform.forget();
+        };
+        // A text that is null and too long, or a number that is too high for most.
+        expect(set(nullptr, nullptr, 0xFFFFFFFF), 2, "Invalid context");
+        expect(set(uninitialised.get(), nullptr, 0xFFFFFFFF), 5, "Uninit context");
+        if (parameter.type == Type::String) {
+            expect(set(context.get(), nullptr, 0xFFFFFFFF), 6, "Invalid input params");
+        }
+    });
+}
+
+TEST_F(Setters, OfPinsLeaveTheContextWhenTheyRefuse) {
+    for (const char* stem : {"WiFiAccessPointWPSDevicePIN", "WiFiAccessPointWPSEnrolleePin"}) {
+        SCOPED_TRACE(stem);
+        fresh();
+        const Parameter& parameter = datamodel::parameter(stem);
+        GuardedBlock context = prepared(parameter);
+        const std::string before = context.bytes(0, context.size());
+        for (const std::uint32_t length : {0U, 3U, 6U, 9U, 16U, 17U, 0xFFFFFFFFU}) {
+            platform.forget();
+            EXPECT_EQ(parameter.setText(context.get(), "12345678901234567890", length), 8U) << length;
+            EXPECT_EQ(lines(parameter), refused(parameter, "Value out of range"));
+            EXPECT_EQ(context.bytes(0, context.size()), before);
+        }
+    }
 }
 
 TEST_F(Setters, OfPinsTakeExactLengths) {
@@ -497,10 +643,14 @@ TEST_F(Contexts, AnswerForNodesUpToTheLimit) {
         const bool saysDone = std::string(object.prefix) != "WiFiRadioStats";
         for (const std::uint32_t node : {0U, 1U, object.nodeLimit}) {
             platform.forget();
-            platform.answer("Quorvel_IsContextSetMap", 1);
-            EXPECT_EQ(object.checkContextNodeSet(context.get(), node), 1U);
+            // The host's truth value as it is.
+            platform.answer("Quorvel_IsContextSetMap", 64);
+            EXPECT_EQ(object.checkContextNodeSet(context.get(), node), 64U);
             EXPECT_EQ(platform.callTexts(), Texts{"Quorvel_IsContextSetMap(ctx, " + std::to_string(node) + ")"});
             EXPECT_EQ(linesOf(name, object.file()), saysDone ? Texts{"3 " + name + " DONE"} : Texts{});
+            EXPECT_EQ(sequenceOf(name, {"Quorvel_IsContextSetMap"}),
+                      saysDone ? (Texts{"3 " + name + " DONE", "Quorvel_IsContextSetMap"})
+                               : Texts{"Quorvel_IsContextSetMap"});
             platform.succeed("Quorvel_IsContextSetMap");
             EXPECT_EQ(object.checkContextNodeSet(context.get(), node), 0U);
         }
@@ -562,6 +712,9 @@ TEST_F(Applies, RefuseAnUninitialisedContextWithoutLocking) {
         EXPECT_EQ(object.apply(context.get()), 5U);
         EXPECT_EQ(lines(object), (Texts{"3 " + object.function("ApplyContext Enter"), "0 Uninit context"}));
         EXPECT_EQ(platform.callTexts(), Texts{"Quorvel_IsContextInit(ctx)"});
+        platform.answer("Quorvel_IsContextInit", 64);
+        EXPECT_EQ(object.apply(context.get()), 5U);
+        EXPECT_EQ(locks(), 0U);
     });
 }
 
@@ -606,6 +759,54 @@ TEST_F(Applies, LeaveACleanContextBehind) {
     });
 }
 
+TEST_F(Applies, LogLockAndInitialiseInOrder) {
+    forEach([this](const Object& object) {
+        const bool checked = std::string(object.prefix) != "WiFiAccessPointAC";
+        const std::string name = object.function("ApplyContext");
+        const auto sequence = [this, &name] {
+            return sequenceOf(
+                name, {"Quorvel_IsContextInit", "QuorvelOsMutexLock", "QuorvelOsMutexUnlock", "Quorvel_ContextInit"});
+        };
+        Texts begin = {"3 " + name + " Enter"};
+        if (checked) {
+            begin.push_back("Quorvel_IsContextInit");
+        }
+        begin.push_back("QuorvelOsMutexLock");
+        const auto and_ = [&begin](const Texts& rest) {
+            Texts all = begin;
+            all.insert(all.end(), rest.begin(), rest.end());
+            return all;
+        };
+        GuardedBlock context(object.contextSize);
+        ASSERT_EQ(object.initContext(context.get()), 0U);
+        platform.forget();
+        EXPECT_EQ(object.apply(context.get()), 0U);
+        EXPECT_EQ(sequence(), checked ? and_({"QuorvelOsMutexUnlock", "Quorvel_ContextInit", "3 " + name + " DONE"})
+                                      : and_({"QuorvelOsMutexUnlock", "3 " + name + " DONE"}));
+        platform.forget();
+        platform.answer("QuorvelOsMutexUnlock", 55);
+        EXPECT_EQ(object.apply(context.get()), 55U);
+        EXPECT_EQ(sequence(), and_({"QuorvelOsMutexUnlock", "0 Unlock failed, result 55"}));
+        platform.reset();
+        ASSERT_EQ(object.initContext(context.get()), 0U);
+        platform.forget();
+        platform.answer("QuorvelOsMutexLock", 77);
+        EXPECT_EQ(object.apply(context.get()), 77U);
+        EXPECT_EQ(sequence(), and_({"0 Lock failed, result 77"}));
+    });
+}
+
+TEST_F(Applies, NameTheImplementationsFailureBeforeTheyUnlock) {
+    GuardedBlock context(344);
+    ASSERT_EQ(datamodel::parameter("WiFiSSIDSSID").object().initContext(context.get()), 0U);
+    platform.forget();
+    EXPECT_EQ(WiFiSSIDApplyContext(context.get(), 25), 6U);
+    EXPECT_EQ(sequenceOf("WiFiSSIDApplyContext", {"Quorvel_IsContextInit", "QuorvelOsMutexLock", "QuorvelOsMutexUnlock",
+                                                  "Quorvel_ContextInit"}),
+              (Texts{"3 WiFiSSIDApplyContext Enter", "Quorvel_IsContextInit", "QuorvelOsMutexLock",
+                     "0 Impl call failed, result 6", "QuorvelOsMutexUnlock"}));
+}
+
 TEST_F(Applies, DoNotLookAtTheResultOfInitialisingAgain) {
     forEachChecked([this](const Object& object) {
         GuardedBlock context(object.contextSize);
@@ -641,6 +842,32 @@ TEST_F(Applies, KeepTheContextWhenTheImplementationFails) {
     EXPECT_EQ(unlocks(), 1U);
     platform.answer("QuorvelOsMutexUnlock", 55);
     EXPECT_EQ(reinterpret_cast<Apply>(ssid.object().applyContext)(context.get(), 25), 6U);
+}
+
+// Whoever locks first creates the lock, and each tries again until one succeeds.
+TEST(FirstOfAll, EveryWrapperReturnsTheFailureToCreateTheLock) {
+    EXPECT_TRUE(scripted::runFresh([] {
+        scripted::Platform& platform = scripted::Platform::instance();
+        platform.answer("QuorvelOsCreateMutex", 33);
+        GuardedBlock output(kOutputSize);
+        for (const Parameter& parameter : parameters()) {
+            if (parameter.getter != nullptr) {
+                EXPECT_EQ(parameter.get(1, 1, output.get(), kOutputSize), 33U) << parameter.stem;
+            }
+        }
+        for (const Object& object : objects()) {
+            GuardedBlock context(object.contextSize);
+            ASSERT_EQ(object.initContext(context.get()), 0U);
+            EXPECT_EQ(object.apply(context.get()), 33U) << object.prefix;
+        }
+        EXPECT_EQ(platform.logCount(0, "Lock failed, result 33"), 244U + 19U);
+        EXPECT_EQ(platform.callCount("QuorvelOsCreateMutex"), 244U + 19U);
+        EXPECT_EQ(platform.callCount("QuorvelOsMutexLock"), 0U);
+        platform.succeed("QuorvelOsCreateMutex");
+        std::uint8_t value = 0;
+        EXPECT_EQ(datamodel::parameter("WiFiATMCapable").get(1, 1, &value, 0), 0U);
+        EXPECT_EQ(platform.callCount("QuorvelOsMutexLock"), 1U);
+    }));
 }
 
 }  // namespace

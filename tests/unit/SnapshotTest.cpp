@@ -1,12 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "DataModel.h"
 #include "PlatformTest.h"
 #include "QuorvelWiFiExports.h"
+#include "QuorvelWiFiInternal.h"
 #include "WillingWorld.h"
 
 // One call reads every readable parameter of an instance into a context.
@@ -130,10 +132,36 @@ TEST_F(Snapshot, CallsEveryGetterOnceInNodeOrder) {
     });
 }
 
+TEST_F(Snapshot, IsAnnouncedThenInitialisesThenReads) {
+    forEach([this](const Object& object) {
+        GuardedBlock context(object.contextSize);
+        (void)object.snapshot(context.get());
+        EXPECT_EQ(platform.callTexts({"Quorvel_ContextInit", "Quorvel_ContextZeroSetMap", "Quorvel_ContextSetMap",
+                                      "Quorvel_ContextClearMap"}),
+                  Texts{"Quorvel_ContextInit(ctx, " + std::to_string(object.contextSize) + ")"});
+        const scripted::Call init = platform.calls().front();
+        EXPECT_EQ(init.name, "Quorvel_ContextInit");
+        std::size_t before = 0;
+        for (const auto& line : platform.logs()) {
+            before += line.order < init.order ? 1 : 0;
+        }
+        EXPECT_EQ(before, filterTable(object) ? 0U : 1U);
+        if (!filterTable(object)) {
+            EXPECT_EQ(platform.logs().front().text, object.function("InstanceGet Enter"));
+        }
+        EXPECT_EQ(platform.logs().back().function, object.function("InstanceGet"));
+    });
+}
+
 TEST_F(Snapshot, LeavesNoNodePending) {
     forEach([](const Object& object) {
         GuardedBlock context(object.contextSize);
+        ASSERT_EQ(object.initContext(context.get()), 0U);
+        for (std::uint32_t node = 0; node <= object.nodeLimit; ++node) {
+            ASSERT_EQ(Quorvel_ContextSetMap(context.get(), node), 0U);
+        }
         (void)object.snapshot(context.get());
+        EXPECT_EQ(Quorvel_IsContextInit(context.get()), 0U);
         for (std::uint32_t node = 0; node <= object.nodeLimit; ++node) {
             EXPECT_EQ(object.checkContextNodeSet(context.get(), node), 0U);
         }
@@ -183,6 +211,75 @@ TEST_F(Snapshot, EndsAtTheFirstFailureWithItsCode) {
     EXPECT_EQ(own, (Texts{"WiFiSSIDInstanceGet Enter", "Get failed, result 1"}));
 }
 
+// Whichever getter fails: what stands before it is filled, what stands behind it is as initialised.
+TEST_F(Snapshot, KeepsWhatItReadBeforeAnyFailure) {
+    forEach([this](const Object& object) {
+        if (oneFetch(object) || neighbouring(object)) {
+            return;
+        }
+        GuardedBlock whole(object.contextSize);
+        ASSERT_EQ(object.snapshot(whole.get()), 0U);
+        const std::vector<Parameter> read = readParameters(object);
+        for (std::uint32_t failing = 1; failing <= read.size(); ++failing) {
+            SCOPED_TRACE(read[failing - 1].getterName());
+            platform.forget();
+            platform.succeed("QuorvelOsMutexLock");
+            platform.answerAt("QuorvelOsMutexLock", failing, 71);
+            GuardedBlock context(object.contextSize);
+            EXPECT_EQ(object.snapshot(context.get()), 71U);
+            std::string expected(object.contextSize, '\0');
+            for (std::uint32_t n = 0; n + 1 < failing; ++n) {
+                const std::size_t offset = read[n].offset();
+                expected.replace(offset, read[n].width(), whole.bytes(offset, read[n].width()));
+            }
+            EXPECT_TRUE(context.bytes(132, object.contextSize - 132) == expected.substr(132));
+            EXPECT_EQ(platform.callCount("QuorvelOsMutexLock"), failing);
+            EXPECT_EQ(ownLines(object).back(),
+                      filterTable(object) ? "0 Impl call failed, result 71" : "0 Get failed, result 71");
+            EXPECT_TRUE(context.intact());
+        }
+    });
+}
+
+TEST_F(Snapshot, DropsAValueWhoseGetterFailedAfterReadingIt) {
+    scripted::makeWilling(platform);
+    for (const std::uint32_t failing : {1U, 2U}) {
+        platform.forget();
+        platform.succeed("QuorvelOsMutexUnlock");
+        platform.answerAt("QuorvelOsMutexUnlock", failing, 55);
+        GuardedBlock context(344);
+        EXPECT_EQ(WiFiSSIDInstanceGet(context.get(), 1), 55U);
+        EXPECT_EQ(context.at<std::uint8_t>(132), failing - 1);
+        EXPECT_EQ(context.bytes(133, 344 - 133), std::string(344 - 133, '\0'));
+        EXPECT_TRUE(platform.logged(0, "Get failed, result 55"));
+    }
+}
+
+TEST_F(Snapshot, ReadsItsOwnInstance) {
+    const std::pair<std::uint32_t (*)(void*, std::uint32_t), std::uint32_t> snapshots[] = {
+        {WiFiRadioInstanceGet, 2},
+        {WiFiSSIDInstanceGet, 11},
+        {WiFiAccessPointInstanceGet, 11},
+        {WiFiAccessPointAccessPointControlFilterTableInstanceGet, 11},
+        {WiFiAccessPointSecurityInstanceGet, 11},
+        {WiFiAccessPointWPSInstanceGet, 11},
+    };
+    for (const auto& [snapshot, instance] : snapshots) {
+        platform.reset();
+        scripted::makeWilling(platform);
+        GuardedBlock context(9960);
+        EXPECT_EQ(snapshot(context.get(), instance), 0U);
+        std::size_t reads = 0;
+        for (const auto& call : platform.calls()) {
+            if (call.name == "wlcsm_mngr_get" || call.name == "wlcsm_mngr_ext_get") {
+                EXPECT_EQ(call.arguments.rfind("1, ", 0), 0U) << call.text();
+                ++reads;
+            }
+        }
+        EXPECT_GT(reads, 0U);
+    }
+}
+
 TEST_F(Snapshot, OfAnInstanceThatDoesNotExistGivesTheGettersCode) {
     GuardedBlock context(344);
     EXPECT_EQ(WiFiSSIDInstanceGet(context.get(), 25), 6U);
@@ -215,6 +312,58 @@ TEST_F(Snapshot, CopiesATextThatFillsItsFieldWithoutTerminator) {
     EXPECT_TRUE(context.intact());
 }
 
+// The getter is given a buffer of exactly its minimum, so a longer text is cut to leave room for its end.
+TEST_F(Snapshot, GivesEachTextGetterItsMinimum) {
+    const std::map<std::string, Texts> variables = {
+        {"WiFi", {"wlBridgeInfo"}},
+        {"WiFiRadio",
+         {"rAlias", "name", "wlFreqBands", "supportedStandards", "operatingStandards", "guardInterval",
+          "transmitPowerSupported", "radarThreshold", "wlPreambleType", "wlAcsExclChannels", "wlAmsdu"}},
+        {"WiFiSSID", {"status", "sAlias", "name", "wlBssid", "wlSsid"}},
+        {"WiFiAccessPoint", {"status", "apAlias", "SSIDReference"}},
+        {"WiFiAccessPointAccessPointControlFilterTable", {"wlFltMacList"}},
+        {"WiFiAccessPointSecurity",
+         {"modesSupported", "wlKey1", "wlWpaPsk", "wlRadiusServerIP", "secondaryRadiusServerIPAddr", "wlRadiusKey",
+          "secondaryRadiusSecret", "wlKey2", "wlKey3", "wlKey4"}},
+        {"WiFiAccessPointWPS", {"configMethodsSupported", "configMethodsEnabled", "wlWscDevPin", "wlWscStaPin"}},
+    };
+    forEach([this, &variables](const Object& object) {
+        const auto found = variables.find(object.prefix);
+        if (found == variables.end()) {
+            return;
+        }
+        std::size_t expected = found->second.size();
+        for (const std::string& variable : found->second) {
+            platform.setVariableEverywhere(variable, std::string(1000, 'x'));
+            expected += variable == "wlWpaPsk" ? 2 : 0;  // read for three parameters
+        }
+        GuardedBlock context(object.contextSize);
+        ASSERT_EQ(object.snapshot(context.get()), 0U);
+        std::size_t cut = 0;
+        for (const Parameter& parameter : readParameters(object)) {
+            if (parameter.type != Type::String || context.bytes(parameter.offset(), 2) != "xx") {
+                continue;
+            }
+            ++cut;
+            EXPECT_EQ(context.bytes(parameter.offset(), parameter.capacity),
+                      std::string(parameter.capacity - 1, 'x') + '\0')
+                << parameter.stem;
+        }
+        EXPECT_EQ(cut, expected);
+        EXPECT_TRUE(context.intact());
+    });
+}
+
+// A binary record is copied like any text: up to its first zero.
+TEST_F(Snapshot, TakesARecordForTheTextThatItBeginsWith) {
+    scripted::makeWilling(platform);
+    platform.setRecord("wlcsm_mngr_channelstats", "\x24\x01" + std::string(2, '\0') + "\x07" + std::string(75, '\0'));
+    GuardedBlock context(9960);
+    ASSERT_EQ(WiFiRadioInstanceGet(context.get(), 1), 0U);
+    EXPECT_EQ(context.bytes(datamodel::parameter("WiFiRadioChannelStats").offset(), 2048),
+              "\x24\x01" + std::string(2046, '\0'));
+}
+
 TEST_F(Snapshot, DoesNotLookAtTheResultOfInitialising) {
     scripted::makeWilling(platform);
     GuardedBlock context(140);
@@ -239,6 +388,54 @@ TEST_F(Snapshot, OfTheFilterTableNamesTheImplementationInItsFailure) {
         }
     }
     EXPECT_EQ(own, Texts{"Impl call failed, result 6"});
+}
+
+TEST_F(Snapshot, OfANeighbourHoldsItsResult) {
+    NeighboringWiFiResult* results = nullptr;
+    ASSERT_EQ(WiFiNeighboringDiagnosticsResultInit(0, 1, &results), 0U);
+    radioDiagnostics[0].resultNumberOfEntries = 1;
+    std::memset(results, 'r', sizeof *results);
+    results->mode = 1;
+    results->channel = 2;
+    results->signalStrength = -3;
+    results->securityModeEnabled = 4;
+    results->encryptionMode = 5;
+    results->operatingFrequencyBand = 6;
+    results->operatingChannelBandwidth = 7;
+    results->beaconPeriod = 8;
+    results->noise = -9;
+    results->dtimPeriod = 10;
+    results->qbssUtilization = 11;
+    GuardedBlock context(1092);
+    EXPECT_EQ(WiFiNeighboringDiagnosticsResultInstanceGet(context.get(), 1), 0U);
+    std::string expected;
+    const auto text = [&expected](std::size_t length) { expected.append(length, 'r'); };
+    const auto number = [&expected](std::int32_t value) {
+        expected.append((4 - expected.size() % 4) % 4, '\0');
+        expected.append(reinterpret_cast<const char*>(&value), sizeof value);
+    };
+    text(32);
+    text(32);
+    text(17);
+    for (const std::int32_t value : {1, 2, -3, 4, 5, 6}) {
+        number(value);
+    }
+    text(64);
+    text(256);
+    for (const std::int32_t value : {7, 8, -9}) {
+        number(value);
+    }
+    text(256);
+    text(256);
+    number(10);
+    number(11);
+    EXPECT_EQ(context.bytes(132, 1092 - 132), expected);
+    EXPECT_TRUE(context.intact());
+    EXPECT_EQ(entered().size(), 18U);
+    EXPECT_EQ(WiFiNeighboringDiagnosticsResultInstanceGet(context.get(), 2), 1U);
+    EXPECT_TRUE(platform.logged(0, "Get failed, result 1"));
+    radioDiagnostics[0].resultNumberOfEntries = 0;
+    WiFiNeighboringDiagnosticsResultUnInit();
 }
 
 TEST_F(Snapshot, OfAPlaceholderIsEmpty) {
@@ -311,6 +508,47 @@ TEST_F(StationSnapshot, TakesTheLockOnceAndCopiesTheRecord) {
     }
     EXPECT_TRUE(context.intact());
     EXPECT_TRUE(platform.logged(3, "WiFiAccessPointAssociatedDeviceInstanceGet DONE"));
+}
+
+TEST_F(StationSnapshot, IsAllZerosForAStationThatLeftMeanwhile) {
+    platform.setVariableEverywhere("numStations", "2");
+    EXPECT_EQ(WiFiAccessPointAssociatedDeviceInstanceGet(context.get(), 1, 2), 0U);
+    EXPECT_EQ(context.bytes(132, 144), std::string(144, '\0'));
+}
+
+TEST_F(StationSnapshot, LogsInitialisesAndLocksInOrder) {
+    const auto sequence = [this] {
+        std::map<std::uint64_t, std::string> ordered;
+        for (const auto& line : platform.logs()) {
+            if (line.function == "WiFiAccessPointAssociatedDeviceInstanceGet") {
+                ordered[line.order] = line.text;
+                EXPECT_EQ(line.file, "wifi/QuorvelWiFiAccessPointAssociatedDevice");
+            }
+        }
+        for (const auto& call : platform.calls()) {
+            if (call.name.rfind("Quorvel", 0) == 0 && call.name != "QuorvelOsCreateMutex") {
+                ordered[call.order] = call.text();
+            }
+        }
+        Texts steps;
+        for (const auto& step : ordered) {
+            steps.push_back(step.second);
+        }
+        platform.forget();
+        return steps;
+    };
+    const std::string enter = "WiFiAccessPointAssociatedDeviceInstanceGet Enter";
+    const std::string init = "Quorvel_ContextInit(ctx, 276)";
+    const std::string lock = "QuorvelOsMutexLock(\"WiFi\")";
+    const std::string unlock = "QuorvelOsMutexUnlock(\"WiFi\")";
+    EXPECT_EQ(WiFiAccessPointAssociatedDeviceInstanceGet(context.get(), 1, 1), 0U);
+    EXPECT_EQ(sequence(), (Texts{enter, init, lock, unlock, "WiFiAccessPointAssociatedDeviceInstanceGet DONE"}));
+    EXPECT_EQ(WiFiAccessPointAssociatedDeviceInstanceGet(context.get(), 1, 2), 1U);
+    EXPECT_EQ(sequence(), (Texts{enter, init, lock, "Impl call failed, result 1", unlock}));
+    EXPECT_EQ(context.bytes(132, 144), std::string(144, '\0'));
+    platform.answer("QuorvelOsMutexLock", 77);
+    EXPECT_EQ(WiFiAccessPointAssociatedDeviceInstanceGet(context.get(), 1, 1), 77U);
+    EXPECT_EQ(sequence(), (Texts{enter, init, lock, "Lock failed, result 77"}));
 }
 
 TEST_F(StationSnapshot, ReportsLockImplementationAndUnlockFailures) {
