@@ -267,7 +267,17 @@ TEST_F(AssociatedDevice, SnapshotBeyondTheCountFailsWithTheFetch) {
     EXPECT_TRUE(
         platform.logged(0, "associatedDeviceInstance[4] is bigger then the AssociatedDeviceNumberOfEntries[3]"));
     EXPECT_EQ(context.bytes(132, 144), std::string(144, '\0'));
+    for (const auto& line : platform.logs()) {
+        if (line.text.find("Quorvel_P_") == 0) {
+            EXPECT_EQ(line.function, "WiFiAccessPointAssociatedDeviceInstanceGetImpl");
+        }
+    }
+    EXPECT_TRUE(platform.logged(0, "Impl call failed, result 1"));
+    platform.forget();
     EXPECT_EQ(WiFiAccessPointAssociatedDeviceInstanceGet(context.get(), 0, 1), 6U);
+    EXPECT_EQ(platform.logTexts(0), (Texts{"Invalid accessPointInstance[0], accessPointInstance should start from 1.",
+                                           "Impl call failed, result 6"}));
+    EXPECT_EQ(platform.callTexts({"wlcsm_mngr_ext_get", "wlcsm_mngr_get"}), Texts{});
     EXPECT_TRUE(context.intact());
 }
 
