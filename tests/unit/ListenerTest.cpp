@@ -272,6 +272,23 @@ TEST_F(Listener, DropsWhatFollowsAnEventItDoesNotKnow) {
     EXPECT_TRUE(events.empty());
 }
 
+TEST_F(Listener, SaysNumbersSigned) {
+    const std::string output = listen({{header(0xFFFFFFFFU, 0xFFFFFFFEU, 0xFFFFFFFDU), 0, 0}});
+    EXPECT_EQ(platform.logTexts(2),
+              Texts{std::string("New STA Association Event on wl-1.-2, Event[-3], STA MAC[") + kMacText + "]"});
+    EXPECT_EQ(platform.logTexts(0), Texts{"Invalid STA event[-3]"});
+    EXPECT_EQ(output, kReady + received(20) + "qvl_thread_main_loop: recev event on wl-1.-2 Event=-3 STA MAC=[" +
+                          kMacText + "] len=20\n");
+}
+
+// What a server calls radio and BSS is not checked.
+TEST_F(Listener, ComputesTheAccessPointFromAnyIndices) {
+    (void)listen({{header(2, 9, 12) + header(5, 0, 12), 0, 0}});
+    ASSERT_EQ(events.size(), 2U);
+    EXPECT_EQ(events[0].ap, 26U);
+    EXPECT_EQ(events[1].ap, 41U);
+}
+
 TEST_F(Listener, ReadsAgainAfterAFailedRead) {
     const std::string output = listen({{"", -1, EIO}, {header(0, 0, 12), 0, 0}});
     EXPECT_EQ(events.size(), 1U);

@@ -299,6 +299,19 @@ TEST_F(StartUp, LooksEachDriverUpAfresh) {
     EXPECT_EQ(platform.callTexts({"system"}).at(2), systemCall("insmod  > /dev/null"));
 }
 
+TEST_F(StartUp, SaysItsCodesSigned) {
+    platform.answer("QuorvelOsMutexLock", -2);
+    EXPECT_EQ(start(), 0xFFFFFFFEU);
+    EXPECT_TRUE(platform.logged(0, "WiFiSystemInit Failure with errno -2"));
+    platform.succeed("QuorvelOsMutexLock");
+    platform.answer("QuorvelOsSpawnProcess", -3);
+    EXPECT_EQ(start(), 0xFFFFFFFDU);
+    EXPECT_TRUE(platform.logged(0, "Quorvel_P_WiFiLaunchWldaemon Failure with errno -3"));
+    platform.answer("QuorvelOsTerminateProcess", -4);
+    EXPECT_EQ(WiFiUnInit(), -4);
+    EXPECT_TRUE(platform.logged(0, "Quorvel_P_WiFiTerminateWldaemon Failure with errno -4"));
+}
+
 TEST_F(StartUp, PassesOverDriverTasksThatAreNotThere) {
     platform.setProcess("wler_thread0", 0);
     platform.setProcess("wler_thread1", -1);

@@ -137,6 +137,21 @@ TEST_F(SystemOperations, ReturnTheUnlocksFailure) {
     });
 }
 
+TEST_F(SystemOperations, SayTheirNumbersSigned) {
+    platform.answer("QuorvelOsMutexLock", -2);
+    EXPECT_EQ(WiFiSystemResetRadiosToFactory(), 0xFFFFFFFEU);
+    EXPECT_EQ(platform.logTexts(0), (Texts{"Lock failed, result -2", "WiFiSystemResetRadioToFactory FAIL result -2"}));
+    platform.succeed("QuorvelOsMutexLock");
+    platform.answer("QuorvelOsMutexUnlock", -3);
+    platform.forget();
+    EXPECT_EQ(WiFiSystemInit(), 0xFFFFFFFDU);
+    EXPECT_EQ(WiFiSystemRadioInit(0xFFFFFFFFU), 1U);
+    EXPECT_EQ(WiFiSystemAccessPointDelete(0xFFFFFFFFU), 1U);
+    EXPECT_EQ(platform.logTexts(0),
+              (Texts{"Unlock failed, result -3", "Invalid input params radioIndex:-1 WiFiSystemMaxNumberOfRadios():3",
+                     "Invalid input params accessPointIndex:-1 max:24"}));
+}
+
 TEST_F(SystemOperations, RefuseRadiosThatDoNotExistWithoutLocking) {
     for (const std::uint32_t radio : {0U, 4U}) {
         const std::string message =
@@ -441,11 +456,12 @@ TEST_F(SystemContext, KeepsItsMarksWhenTheLockFails) {
     (void)Quorvel_ContextSetMap(context.get(), 0);
     const std::string before = context.bytes(0, 132);
     for (const char* call : {"QuorvelOsMutexLock", "QuorvelOsMutexUnlock"}) {
-        platform.answer(call, 71);
-        EXPECT_EQ(WiFiSystemApplyContext(context.get()), 71U);
+        platform.answer(call, -2);
+        EXPECT_EQ(WiFiSystemApplyContext(context.get()), 0xFFFFFFFEU);
         platform.succeed(call);
         EXPECT_EQ(context.bytes(0, 132), before);
     }
+    EXPECT_EQ(platform.logTexts(0), (Texts{"Lock failed, result -2", "Unlock failed, result -2"}));
 }
 
 TEST_F(SystemContext, SnapshotSucceedsWhateverTheHostSays) {
