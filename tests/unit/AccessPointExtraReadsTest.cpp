@@ -335,6 +335,7 @@ TEST_F(ExtraReads, ParseTheFirstLineOfTheMacMode) {
     const std::pair<std::string, std::uint32_t> outputs[] = {{"1\n", 1},
                                                              {"0\n", 0},
                                                              {"2", 2},
+                                                             {"10", 10},
                                                              {"", 0},
                                                              {"\n2\n", 0},
                                                              {"error\n", 0},

@@ -299,6 +299,14 @@ TEST_F(StationWalk, NeverWritesBeyondTheBuffer) {
     EXPECT_EQ(WiFiAccessPointAssociatedDeviceMacListGet(11, crowded.text(), 1024), 0U);
     EXPECT_EQ(std::strlen(crowded.text()), 17 + 55U * 18 - 1);
     EXPECT_TRUE(crowded.intact());
+    // Two addresses more fill the buffer to its end; with one character less they do not both fit.
+    for (const std::size_t held : {988U, 989U}) {
+        GuardedBlock tight(1024);
+        tight.write(0, std::string(held, 'x') + '\0');
+        EXPECT_EQ(WiFiAccessPointAssociatedDeviceMacListGet(11, tight.text(), 1024), 0U);
+        EXPECT_EQ(std::strlen(tight.text()), held == 988 ? 1023U : 989U + 17U);
+        EXPECT_TRUE(tight.intact());
+    }
     GuardedBlock full(1024);
     full.write(0, std::string(1024, 'x'));
     EXPECT_EQ(WiFiAccessPointAssociatedDeviceMacListGet(11, full.text(), 1024), 0U);

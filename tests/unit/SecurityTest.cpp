@@ -84,6 +84,9 @@ class Security : public MappedParameters {
         GuardedBlock out(64);
         EXPECT_EQ(WiFiAccessPointSecurityModeEnabledGet(kAccessPoint, out.text(), 64), 0U);
         EXPECT_TRUE(out.intact());
+        for (const std::string& text : platform.logTexts(0)) {
+            EXPECT_EQ(text.find("Invalid"), std::string::npos) << text;
+        }
         return out.text();
     }
     // The mode's read fails with 1 and leaves the output; returns what the implementation said.
@@ -222,6 +225,7 @@ TEST_F(Security, ReadsNoneForAModeItDoesNotKnow) {
     }
     platform.removeVariable(kRadioIndex, kSubIndex, "wlAuthMode");
     EXPECT_EQ(mode(), "None");
+    EXPECT_TRUE(platform.logged(2, "dm_value[None], wlmngr_value[], loading[0]\n"));  // nothing of the switch is left
 }
 
 TEST_F(Security, TakesAWepSwitchByItsBeginning) {
@@ -490,6 +494,21 @@ TEST_F(Security, ResetOverrulesTheStagedMode) {
     stageMode("WEP-64" + std::string(58, 'x'));
     ASSERT_EQ(WiFiAccessPointSecurityResetSet(context.get(), kAccessPoint, 1), 0U);
     EXPECT_EQ(apply(), modeWrites("disabled", "open"));
+}
+
+TEST_F(Security, ResetStagesTheNameAloneInItsField) {
+    setMode("psk");
+    stageMode("WEP-64" + std::string(58, 'x'));
+    ASSERT_EQ(WiFiAccessPointSecurityResetSet(context.get(), kAccessPoint, 1), 0U);
+    platform.forget();
+    EXPECT_EQ(WiFiAccessPointSecurityApplyContextImpl(context.get(), kAccessPoint), 0U);
+    const std::size_t offset = datamodel::parameter("WiFiAccessPointSecurityModeEnabled").offset();
+    EXPECT_EQ(context.bytes(offset, 64), "None" + std::string(60, '\0'));
+    EXPECT_EQ(
+        platform.callTexts({"Quorvel_ContextSetMap", "Quorvel_ContextClearMap"}),
+        (Texts{"Quorvel_ContextSetMap(ctx, 3)", "Quorvel_ContextClearMap(ctx, 1)", "Quorvel_ContextClearMap(ctx, 3)"}));
+    EXPECT_TRUE(platform.logged(2, "dm_value[None], wlmngr_value[open], loading[1]\n"));
+    EXPECT_TRUE(context.intact());
 }
 
 TEST_F(Security, ResetStagesNothingWhenTheModeCannotBeRead) {
