@@ -1,6 +1,8 @@
 #include "DecimalText.h"
 
+#include <bit>
 #include <climits>
+#include <cstring>
 
 namespace quorvel {
 namespace {
@@ -66,6 +68,78 @@ const char* nextCounter(const char* text, uint32_t& value) {
     const unsigned long number = scanned.negative ? 0 - scanned.magnitude : scanned.magnitude;
     value = static_cast<uint32_t>(scanned.overflow ? ULONG_MAX : number);
     return scanned.end;
+}
+
+namespace {
+
+// A machine word of a text, all bytes at once.
+using Bytes = uintptr_t;
+constexpr Bytes kEach = static_cast<Bytes>(-1) / 0xFF;
+constexpr Bytes kTop = kEach * 0x80;
+constexpr unsigned kTopByte = 8 * (sizeof(Bytes) - 1);
+static_assert(std::endian::native == std::endian::little);  // the text's next byte is the word's next higher one
+
+// The top bit of each byte that is a digit, and of each that is neither that nor a space.
+struct Classes {
+    Bytes digits;
+    Bytes others;
+};
+
+// Right up to the first byte of 0x80 or more, which is another.
+inline Classes classify(Bytes bytes) {
+    const Bytes noDigit = (bytes ^ (kEach * '0')) + kEach * (0x7F - 9);
+    const Bytes noSpace = (bytes ^ (kEach * ' ')) + kEach * 0x7F;
+    return {~noDigit & kTop, ((noDigit & noSpace) | bytes) & kTop};
+}
+
+// Counts the numbers that begin in the digits and spaces at the start of a text, up to the last one, in whose middle it
+// may stop. Leaves `text` behind what it counted.
+uint32_t countPlainNumbers(const char*& text, size_t size) {
+    // More would not fit into a byte.
+    constexpr size_t kMost = 2 * 255 / sizeof(Bytes) * sizeof(Bytes);
+    const char* const end = text + (size < kMost ? size : kMost) / sizeof(Bytes) * sizeof(Bytes);
+    Bytes previous = 0;
+    Bytes begins = 0;  // a number in each byte
+    for (; text != end; text += sizeof(Bytes)) {
+        Bytes bytes;
+        memcpy(&bytes, text, sizeof bytes);
+        const Classes classes = classify(bytes);
+        const Bytes before = previous >> kTopByte;
+        if (classes.others != 0) {
+            const Bytes digits = classes.digits & ((classes.others & (0 - classes.others)) - 1);
+            begins += (digits & ~(digits << 8 | before)) >> 7;
+            text += static_cast<unsigned>(std::countr_zero(classes.others)) / 8;
+            break;
+        }
+        begins += (classes.digits & ~(classes.digits << 8 | before)) >> 7;
+        previous = classes.digits;
+    }
+    return static_cast<uint32_t>(begins * kEach >> kTopByte);
+}
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+}  // namespace
+
+bool beginsWithCounters(const char* text, size_t size, uint32_t count) {
+    // Mostly digits and spaces alone, up to the line's end. Where a word is short, one by one is as fast.
+    if constexpr (sizeof(Bytes) >= 8) {
+        const char* const begin = text;
+        const uint32_t counted = countPlainNumbers(text, size);
+        if (counted >= count) return true;
+        count -= counted;
+        if (text != begin && isDigit(text[-1])) {
+            while (isDigit(*text))
+                ++text;
+        }
+    }
+    for (; count != 0; --count) {
+        text = skipCounter(text);
+        if (text == nullptr) return false;
+    }
+    return true;
 }
 
 char* appendDecimal(char* to, uint32_t value) {

@@ -1,6 +1,7 @@
 // Decimal numbers in texts, read and written as the C library does, without its detours over locales and formats.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #pragma GCC visibility push(hidden)
@@ -29,6 +30,10 @@ constexpr bool isBlank(char c) {
         ++text;
     return text == digits ? nullptr : text;
 }
+
+/// Tells whether `text` begins with `count` numbers, each as skipCounter takes it. `size` is how many bytes may be
+/// looked at: the text's, its NUL, and what its buffer has behind them.
+[[nodiscard]] bool beginsWithCounters(const char* text, size_t size, uint32_t count);
 
 /// Write a number as "%u" and "%d" do, or a text, and a NUL: at most 11 bytes and the NUL for a number. Return where
 /// the NUL stands.

@@ -25,12 +25,11 @@ uint32_t Quorvel_P_GetWiFiAccessPointAssociatedDeviceList(uint32_t ap, uint32_t 
                           *count);
         return kFailed;
     }
-    char name[32];
     // Device 0 passes and asks for position -1: meant.
-    quorvel::appendDecimal(quorvel::append(name, "wlStaInfo_"), static_cast<int32_t>(dev - 1));
+    const quorvel::StationVariable variable(static_cast<int32_t>(dev - 1));
     // A station that has left since is the record as the caller cleared it.
     const quorvel::ManagerAddress address(ap);
-    (void)wlcsm_mngr_get(address.radio, address.sub, name, static_cast<char*>(record));
+    (void)wlcsm_mngr_get(address.radio, address.sub, variable.name, static_cast<char*>(record));
     return kSuccess;
 }
 

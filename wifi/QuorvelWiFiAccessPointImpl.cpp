@@ -17,6 +17,7 @@ using quorvel::ManagerText;
 using quorvel::readManager;
 using quorvel::StationBuffer;
 using quorvel::StationInformation;
+using quorvel::StationVariable;
 
 namespace {
 constexpr char kLogFile[] = "wifi/QuorvelWiFiAccessPointImpl";
@@ -45,10 +46,8 @@ int32_t countStations(const char* function, const ManagerAddress& address, uint3
 
 // Reads a station's record; one that the manager does not have is all zeros.
 void readStation(const ManagerAddress& address, int32_t position, StationBuffer& buffer) {
-    char name[32];
-    quorvel::appendDecimal(quorvel::append(name, "wlStaInfo_"), position);
     memset(&buffer, 0, sizeof buffer);
-    (void)wlcsm_mngr_get(address.radio, address.sub, name, buffer.text);
+    (void)wlcsm_mngr_get(address.radio, address.sub, StationVariable(position).name, buffer.text);
 }
 
 }  // namespace

@@ -10,13 +10,14 @@
 #include <cstring>
 #include <iterator>
 
+#include "DecimalText.h"
 #include "FrontEnd.h"
 #include "QuorvelWiFiContexts.h"
 #include "QuorvelWiFiExports.h"
 #include "QuorvelWiFiImplementations.h"
 
-// Log with the line they stand on. Each file that logs says its own path, without extension, as kLogFile. The function is
-// the one they stand in, or the one that a helper works for.
+// Log with the line they stand on. Each file that logs says its own path, without extension, as kLogFile. The function
+// is the one they stand in, or the one that a helper works for.
 #define QUORVEL_LOG_AS(function, level, ...) Quorvel_LogPrint(level, kLogFile, function, __LINE__, __VA_ARGS__)
 #define QUORVEL_LOG(level, ...) QUORVEL_LOG_AS(__func__, level, __VA_ARGS__)
 #define QUORVEL_LOG_ERROR(...) QUORVEL_LOG(::quorvel::kLogError, __VA_ARGS__)
@@ -201,6 +202,14 @@ static_assert(sizeof(StationInformation) == 236);
 union StationBuffer {
     char text[kValueSize];
     StationInformation station;
+};
+
+/// The manager's variable of the station at `position` (from 0).
+struct StationVariable {
+    char name[24] = "wlStaInfo_";
+    explicit StationVariable(int32_t position) {
+        appendDecimal(name + sizeof "wlStaInfo_" - 1, position);
+    }
 };
 
 /// Marks the end of a WPS exchange; above the object's parameters.

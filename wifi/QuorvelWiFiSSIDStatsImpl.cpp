@@ -78,10 +78,14 @@ struct Name {
         while (quorvel::isBlank(*line))
             ++line;
         text = line;
-        while (static_cast<size_t>(line - text) < sizeof(NetDevStats::ifName) - 1 && *line != '\0' &&
-               !quorvel::isBlank(*line))
+        const char* const longest = text + sizeof(NetDevStats::ifName) - 1;
+        while (line != longest && !endsName(*line))
             ++line;
         length = static_cast<size_t>(line - text);
+    }
+    // What a name is made of lies mostly above the blanks.
+    static bool endsName(char c) {
+        return static_cast<unsigned char>(c) <= ' ' && (c == '\0' || quorvel::isBlank(c));
     }
     // Without the colon behind it.
     [[nodiscard]] bool is(const char* wanted, size_t wantedLength) const {
@@ -89,15 +93,6 @@ struct Name {
         return bare == wantedLength && memcmp(text, wanted, bare) == 0;
     }
 };
-
-// Tells whether all counters follow.
-bool hasCounters(const char* at) {
-    for (uint32_t n = 0; n < kCounters; ++n) {
-        at = quorvel::skipCounter(at);
-        if (at == nullptr) return false;
-    }
-    return true;
-}
 
 bool parseCounters(const char* at, NetDevStats& record) {
     uint32_t counters[kCounters];
@@ -116,10 +111,9 @@ struct Wanted {
 
 enum class Line { kEnd, kSkipped, kRead };
 
-// Reads the next line; of another interface than the wanted one only whether it is well-formed.
-Line readNext(FILE* stream, const Wanted& wanted, NetDevStats& record) {
-    constexpr char kFunction[] = "Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext";
-    char line[kLineSize];
+// Reads the next line into `line`; of another interface than the wanted one only whether it is well-formed.
+Line readNext(FILE* stream, char (&line)[kLineSize], const Wanted& wanted, NetDevStats& record) {
+    static constexpr char kFunction[] = "Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext";
     if (fgets(line, sizeof line, stream) == nullptr) {
         Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, kFunction, __LINE__, "file reach the end \n");
         return Line::kEnd;
@@ -127,7 +121,10 @@ Line readNext(FILE* stream, const Wanted& wanted, NetDevStats& record) {
     const Name name(line);
     const char* at = name.text + name.length;
     const bool skipped = wanted.name != nullptr && !name.is(wanted.name, wanted.length);
-    if (name.length == 0 || (skipped ? !hasCounters(at) : !parseCounters(at, record))) {
+    const bool whole = skipped
+                           ? quorvel::beginsWithCounters(at, static_cast<size_t>(line + sizeof line - at), kCounters)
+                           : parseCounters(at, record);
+    if (name.length == 0 || !whole) {
         Quorvel_LogPrint(quorvel::kLogError, kLogFile, kFunction, __LINE__, "failed reading at line %s \n", line);
         return Line::kEnd;
     }
@@ -141,7 +138,8 @@ Line readNext(FILE* stream, const Wanted& wanted, NetDevStats& record) {
 }  // namespace
 
 uint32_t Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext(FILE* stream, NetDevStats* record) {
-    return readNext(stream, {nullptr, 0}, *record) == Line::kRead ? kSuccess : kFailed;
+    char line[kLineSize] = {};
+    return readNext(stream, line, {nullptr, 0}, *record) == Line::kRead ? kSuccess : kFailed;
 }
 
 uint32_t Quorvel_P_WiFiSSIDStatsGet(uint32_t ssid, uint32_t node, uint32_t* out) {
@@ -156,15 +154,15 @@ uint32_t Quorvel_P_WiFiSSIDStatsGet(uint32_t ssid, uint32_t node, uint32_t* out)
         QUORVEL_LOG_ERROR("Quorvel_P_WiFiSSIDStatsGet fopen() fail !!");
         return kFailed;
     }
-    char header[kLineSize];
+    char text[kLineSize] = {};
     // A file without its two header lines has no interfaces either.
-    (void)!fgets(header, sizeof header, file);
-    (void)!fgets(header, sizeof header, file);
+    (void)!fgets(text, sizeof text, file);
+    (void)!fgets(text, sizeof text, file);
     NetDevStats stats{};
     const Wanted wanted{name.text, strlen(name.text)};
     Line line = Line::kSkipped;
     while (line == Line::kSkipped)
-        line = readNext(file, wanted, stats);
+        line = readNext(file, text, wanted, stats);
     uint32_t result = kFailed;
     if (line != Line::kRead) {
         QUORVEL_LOG_ERROR("Don't find interface[%s] in net_dev_stats", name.text);

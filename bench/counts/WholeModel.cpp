@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "NullPlatform.h"
 #include "Operation.h"
@@ -19,12 +20,11 @@ constexpr std::uint32_t kCategories = 4;
 constexpr char kMac[] = "02:00:00:00:00:00";
 
 Calls modelCalls;
-std::uint64_t reads;
 
 // Large enough for every text, and for the records of the channel measurements.
 char text[2048 + 1];
 
-enum : std::size_t { kPath = 0, kName = 1, kType = 2, kGetter = 6, kGetterDepth2 = 55 };
+enum : std::size_t { kPath = 0, kName = 1, kType = 2, kAccess = 3, kGetter = 6, kGetterDepth2 = 55 };
 
 std::uint32_t instancesOf(const char* path) {
     if (std::strncmp(path, "WiFi.Radio.", 11) == 0) return 3;
@@ -32,86 +32,96 @@ std::uint32_t instancesOf(const char* path) {
     return 24;
 }
 
-void readDepth0(const TableEntry& entry) {
-    const auto type = entry.words[kType].value;
-    const TableWord getter = entry.words[kGetter + 2 * type];
-    if (getter.value == 0) return;
-    std::uint32_t word = 0;
-    ++reads;
-    if (type == kTypeString) {
-        (void)getter.textGet0(text, sizeof text - 1);
-    } else if (type == kTypeBoolean) {
-        std::uint8_t byte = 0;
-        (void)getter.booleanGet0(&byte);
-    } else {
-        (void)getter.unsignedGet0(&word);
-    }
+// One read of the model: how its getter is called, and with which instances.
+struct Read {
+    TableWord getter;
+    void (*call)(const Read&);
+    std::uint32_t i;
+    std::uint32_t j;
+};
+
+std::uint8_t byte;
+std::uint32_t word;
+std::int32_t number;
+
+void callBoolean0(const Read& read) {
+    (void)read.getter.booleanGet0(&byte);
+}
+void callBoolean1(const Read& read) {
+    (void)read.getter.booleanGet1(read.i, &byte);
+}
+void callBoolean2(const Read& read) {
+    (void)read.getter.booleanGet2(read.i, read.j, &byte);
+}
+void callUnsigned0(const Read& read) {
+    (void)read.getter.unsignedGet0(&word);
+}
+void callUnsigned1(const Read& read) {
+    (void)read.getter.unsignedGet1(read.i, &word);
+}
+void callUnsigned2(const Read& read) {
+    (void)read.getter.unsignedGet2(read.i, read.j, &word);
+}
+void callInt1(const Read& read) {
+    (void)read.getter.intGet1(read.i, &number);
+}
+void callInt2(const Read& read) {
+    (void)read.getter.intGet2(read.i, read.j, &number);
+}
+void callText0(const Read& read) {
+    (void)read.getter.textGet0(text, sizeof text - 1);
+}
+void callText1(const Read& read) {
+    text[0] = '\0';
+    (void)read.getter.textGet1(read.i, text, sizeof text - 1);
+}
+void callText2(const Read& read) {
+    (void)read.getter.textGet2(read.i, read.j, text, 64);
+}
+void callStation(const Read& read) {
+    (void)read.getter.stationGet(read.i, kMac, &number);
 }
 
-void readDepth1(const TableEntry& entry, std::uint32_t i) {
-    const auto type = entry.words[kType].value;
-    const TableWord getter = entry.words[kGetter + 2 * type + 1];
-    if (getter.value == 0) return;
-    const char* name = entry.words[kName].text;
-    if (std::strcmp(name, "AssociatedDeviceRSSI") == 0 || std::strcmp(name, "AssociatedDeviceRxRate") == 0 ||
-        std::strcmp(name, "AssociatedDeviceTxRate") == 0) {
-        for (std::uint32_t station = 0; station < kStations; ++station) {
-            std::int32_t number = 0;
-            ++reads;
-            (void)getter.stationGet(i, kMac, &number);
-        }
-        return;
-    }
-    ++reads;
-    if (type == kTypeString) {
-        text[0] = '\0';
-        (void)getter.textGet1(i, text, sizeof text - 1);
-    } else if (type == kTypeBoolean) {
-        std::uint8_t byte = 0;
-        (void)getter.booleanGet1(i, &byte);
-    } else if (type == kTypeInt) {
-        std::int32_t number = 0;
-        (void)getter.intGet1(i, &number);
-    } else {
-        std::uint32_t word = 0;
-        (void)getter.unsignedGet1(i, &word);
-    }
-}
+// By type code and depth.
+using Call = void (*)(const Read&);
+constexpr Call kCalls[5][3] = {{callText0, callText1, callText2},
+                               {},
+                               {callBoolean0, callBoolean1, callBoolean2},
+                               {callUnsigned0, callUnsigned1, callUnsigned2},
+                               {nullptr, callInt1, callInt2}};
 
-void readDepth2(const TableEntry& entry, std::uint32_t i, std::uint32_t j) {
-    const auto type = entry.words[kType].value;
-    const bool settersWord = type == kTypeString && entry.words[3].value == kWritable;
-    const TableWord getter = entry.words[kGetterDepth2 + type];
-    if (settersWord || getter.value == 0) return;
-    ++reads;
-    if (type == kTypeString) {
-        (void)getter.textGet2(i, j, text, 64);
-    } else if (type == kTypeBoolean) {
-        std::uint8_t byte = 0;
-        (void)getter.booleanGet2(i, j, &byte);
-    } else if (type == kTypeInt) {
-        std::int32_t number = 0;
-        (void)getter.intGet2(i, j, &number);
-    } else {
-        std::uint32_t word = 0;
-        (void)getter.unsignedGet2(i, j, &word);
-    }
-}
-
-void readEntry(const TableEntry& entry) {
+void addReads(std::vector<Read>& model, const TableEntry& entry) {
     const char* path = entry.words[kPath].text;
     const char* first = std::strstr(path, "{i}");
-    if (first == nullptr) return readDepth0(entry);
-    const bool deep = std::strstr(first + 1, "{i}") != nullptr;
-    const std::uint32_t inner = std::strstr(path, ".AC.") != nullptr ? kCategories : kStations;
-    for (std::uint32_t i = 1; i <= instancesOf(path); ++i) {
-        if (!deep) {
-            readDepth1(entry, i);
-            continue;
-        }
+    const std::uint32_t depth = first == nullptr ? 0 : std::strstr(first + 1, "{i}") == nullptr ? 1 : 2;
+    const auto type = entry.words[kType].value;
+    const TableWord getter = entry.words[depth == 2 ? kGetterDepth2 + type : kGetter + 2 * type + depth];
+    // A writable text of depth 2 has its setter there.
+    const bool settersWord = depth == 2 && type == kTypeString && entry.words[kAccess].value == kWritable;
+    if (getter.value == 0 || settersWord) return;
+    const std::string name = entry.words[kName].text;
+    const bool ofStation =
+        name == "AssociatedDeviceRSSI" || name == "AssociatedDeviceRxRate" || name == "AssociatedDeviceTxRate";
+    const std::uint32_t outer = depth == 0 ? 1 : instancesOf(path);
+    const std::uint32_t inner = ofStation                              ? kStations
+                                : depth != 2                           ? 1
+                                : std::strstr(path, ".AC.") != nullptr ? kCategories
+                                                                       : kStations;
+    for (std::uint32_t i = 1; i <= outer; ++i) {
         for (std::uint32_t j = 1; j <= inner; ++j)
-            readDepth2(entry, i, j);
+            model.push_back({getter, ofStation ? callStation : kCalls[type][depth], i, j});
     }
+}
+
+// What a host has prepared before it reads.
+const std::vector<Read>& modelReads() {
+    static const std::vector<Read> model = [] {
+        std::vector<Read> all;
+        for (const TableEntry& entry : gQuorvelWiFiDataModelTable.entries)
+            addReads(all, entry);
+        return all;
+    }();
+    return model;
 }
 
 std::string writeFile(const char* name, const std::string& content) {
@@ -163,14 +173,14 @@ void preparePlatform() {
 }
 
 std::uint64_t wholeModelReads() {
-    return reads;
+    return modelReads().size();
 }
 
 void readWholeModel() {
-    reads = 0;
+    const std::vector<Read>& model = modelReads();
     const Calls before = calls();
-    for (const TableEntry& entry : gQuorvelWiFiDataModelTable.entries)
-        readEntry(entry);
+    for (const Read& read : model)
+        read.call(read);
     const Calls& after = calls();
     modelCalls = {after.log - before.log,
                   after.lock - before.lock,

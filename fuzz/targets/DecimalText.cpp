@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -25,6 +26,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         require(end == expectedEnd, "a number ends where the C library's does");
         require(counter == static_cast<std::uint32_t>(expected), "a counter is the low 32 bits of the C library's");
     }
+
+    unsigned long any = 0;
+    const bool three = std::sscanf(text.c_str(), "%lu %lu %lu", &any, &any, &any) == 3;
+    require(quorvel::beginsWithCounters(text.c_str(), text.size() + 1, 3) == three,
+            "numbers in a row are the C library's");
 
     char written[16];
     const char* behind = quorvel::appendDecimal(written, counter);

@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -85,6 +86,35 @@ TEST(NextCounter, IsThatOfSscanf) {
         if (!there) continue;
         EXPECT_EQ(counter, static_cast<std::uint32_t>(expected)) << '"' << text << '"';
         EXPECT_EQ(end, text.c_str() + length) << '"' << text << '"';
+    }
+}
+
+// Whether a text begins with three numbers is seen many bytes at a time: each text stands in each place of a machine
+// word, and nothing behind its NUL counts.
+TEST(BeginsWithCounters, IsWhatSscanfReads) {
+    std::vector<std::string> lines = texts();
+    for (const std::string between : {" ", "  ", "            ", "\t", " \n", "", "+", " -", "x"}) {
+        for (const std::string number : {"1", "12345678", "123456789012345678901234"}) {
+            for (const std::string end : {"", "\n", " ", "x", "\xB5"}) {
+                lines.push_back(between + number + between + number + end);
+                lines.push_back(between + number + between + number + between + number + end);
+                lines.push_back(number + between + number + between + number + between + number + end);
+            }
+        }
+    }
+    for (const std::string& text : lines) {
+        unsigned long number = 0;
+        const bool expected = std::sscanf(text.c_str(), "%lu %lu %lu", &number, &number, &number) == 3;
+        for (std::size_t place = 0; place < sizeof(long); ++place) {
+            alignas(long) char line[256];
+            std::memset(line, '7', sizeof line);
+            std::memcpy(line + place, text.c_str(), text.size() + 1);
+            EXPECT_EQ(quorvel::beginsWithCounters(line + place, sizeof line - place, 3), expected)
+                << '"' << text << "\" at " << place;
+            // Nothing to look at but the text.
+            EXPECT_EQ(quorvel::beginsWithCounters(line + place, text.size() + 1, 3), expected)
+                << '"' << text << "\" alone at " << place;
+        }
     }
 }
 
