@@ -4,20 +4,25 @@
 
 #include "QuorvelWiFiInternal.h"
 
+// What most calls pass through is one piece where code may be large.
+#ifdef __OPTIMIZE_SIZE__
+#define QUORVEL_IN_ONE_PIECE
+#else
+#define QUORVEL_IN_ONE_PIECE [[gnu::flatten]]
+#endif
+
 namespace quorvel {
 namespace {
 
 struct Object {
     const char* file;
     uint16_t contextSize;
-    uint16_t nodeLimit;
 };
 
 // By object index; the system object has no row in the definitions.
 constexpr Object kObjects[kObjectCount] = {
-    {"wifi/QuorvelWiFiSystem", kContextHeaderSize, 0},
-#define OBJECT(index, path, parameters, contextSize, nodeLimit) \
-    {"wifi/Quorvel" QUORVEL_TEXT(THIS_OBJECT), contextSize, nodeLimit},
+    {"wifi/QuorvelWiFiSystem", kContextHeaderSize},
+#define OBJECT(index, path, parameters, contextSize, ...) {"wifi/Quorvel" QUORVEL_TEXT(THIS_OBJECT), contextSize},
 #include "QuorvelWiFiDataModel.def"
 };
 
@@ -60,18 +65,23 @@ uint32_t initContext(void* ctx, const Site& site) {
     return initialiseContext(ctx, site);
 }
 
-uint32_t checkContextNodeSet(void* ctx, uint32_t node, const Site& site) {
+bool mayAskForNode(const void* ctx, uint32_t node, const NodeCheck& check) {
     if (ctx == nullptr) {
-        (void)refuse(site, kInvalidContext, "Invalid context");
-        return 0;
+        (void)refuse(check.site, kInvalidContext, "Invalid context");
+        return false;
     }
-    if (node > kObjects[site.object].nodeLimit) {
+    if (node > check.limit) {
         // The top-level object has nodes, the others have subnodes: meant.
-        (void)refuse(site, kValueOutOfRange, site.object == kWiFiObject ? "Exceeded nodes" : "Exceeded subnodes");
-        return 0;
+        const bool topLevel = check.site.object == kWiFiObject;
+        (void)refuse(check.site, kValueOutOfRange, topLevel ? "Exceeded nodes" : "Exceeded subnodes");
+        return false;
     }
-    // The radio statistics' check is silent: meant.
-    if (site.object != kWiFiRadioStatsObject) logDone(site);
+    return true;
+}
+
+QUORVEL_IN_ONE_PIECE uint32_t checkContextNodeSet(void* ctx, uint32_t node, const NodeCheck& check) {
+    if (!mayAskForNode(ctx, node, check)) return 0;
+    logDone(check.site);
     return Quorvel_IsContextSetMap(ctx, node);
 }
 
@@ -116,13 +126,6 @@ uint32_t beginGetText(const char* buf, uint32_t len, uint32_t minimum, const Sit
     if (len < minimum) return refuse(site, kValueOutOfRange, "Value out of range");
     return lock(site);
 }
-
-// Most reads are one of these two: where code may be large, they are one piece.
-#ifdef __OPTIMIZE_SIZE__
-#define QUORVEL_IN_ONE_PIECE
-#else
-#define QUORVEL_IN_ONE_PIECE [[gnu::flatten]]
-#endif
 
 QUORVEL_IN_ONE_PIECE uint32_t getMapped(uint32_t i, void* out, const Mapped& mapped) {
     const Site& site = mapped.site;

@@ -58,7 +58,16 @@ void logResult(const Site& site, const char* format, uint32_t result);
 /// Initialises the context with its object's size. Returns the host's code.
 uint32_t initialiseContext(void* ctx, const Site& site);
 uint32_t initContext(void* ctx, const Site& site);
-uint32_t checkContextNodeSet(void* ctx, uint32_t node, const Site& site);
+
+/// A question for a node's mark: its site and the highest node that may be asked for.
+struct NodeCheck {
+    Site site;
+    uint8_t limit;
+};
+
+/// Refuses a null context and a node above the limit: no code, but no answer either.
+bool mayAskForNode(const void* ctx, uint32_t node, const NodeCheck& check);
+uint32_t checkContextNodeSet(void* ctx, uint32_t node, const NodeCheck& check);
 
 /// Refuses a null context (2) and one that was not initialised (5).
 uint32_t checkContext(void* ctx, const Site& site);

@@ -1,21 +1,29 @@
 // Defines an object's front ends from its definition. Included once by each front-end file, after it has named the
 // definition as QUORVEL_DEFINITION; a front end that the file writes out itself is left out with
-//   QUORVEL_OWN_APPLY, QUORVEL_OWN_SNAPSHOT        <Obj>ApplyContext, <Obj>InstanceGet
+//   QUORVEL_OWN_CHECK, QUORVEL_OWN_APPLY, QUORVEL_OWN_SNAPSHOT
+//   <Obj>CheckContextNodeSet, <Obj>ApplyContext, <Obj>InstanceGet
 #include "FrontEnd.h"
 #include "Snapshot.h"
 
 // Context functions.
-#define OBJECT(...)                                                           \
-    uint32_t OBJECT_FUNCTION(InitContext)(void* ctx) {                        \
-        QUORVEL_SITE(QUORVEL_TEXT(OBJECT_FUNCTION(InitContext)));             \
-        return quorvel::initContext(ctx, site);                               \
-    }                                                                         \
-    uint32_t OBJECT_FUNCTION(CheckContextNodeSet)(void* ctx, uint32_t node) { \
-        QUORVEL_SITE(QUORVEL_TEXT(OBJECT_FUNCTION(CheckContextNodeSet)));     \
-        return quorvel::checkContextNodeSet(ctx, node, site);                 \
+#define OBJECT(...)                                               \
+    uint32_t OBJECT_FUNCTION(InitContext)(void* ctx) {            \
+        QUORVEL_SITE(QUORVEL_TEXT(OBJECT_FUNCTION(InitContext))); \
+        return quorvel::initContext(ctx, site);                   \
     }
 #include QUORVEL_DEFINITION
 #undef OBJECT
+
+#ifndef QUORVEL_OWN_CHECK
+#define OBJECT(...)                                                                                   \
+    uint32_t OBJECT_FUNCTION(CheckContextNodeSet)(void* ctx, uint32_t node) {                         \
+        QUORVEL_RECORD(quorvel::NodeCheck, check, QUORVEL_TEXT(OBJECT_FUNCTION(CheckContextNodeSet)), \
+                       quorvel::QUORVEL_CAT3(k, THIS_OBJECT, NodeLimit));                             \
+        return quorvel::checkContextNodeSet(ctx, node, check);                                        \
+    }
+#include QUORVEL_DEFINITION
+#undef OBJECT
+#endif
 
 #ifndef QUORVEL_OWN_APPLY
 #define OBJECT(...)                                                                                                \

@@ -49,7 +49,8 @@ enum ObjectIndex : uint8_t {
 
 #define OBJECT(index, path, parameters, contextSize, nodeLimit) \
     static_assert(sizeof(OBJECT_CONTEXT) == (contextSize));     \
-    static_assert(alignof(OBJECT_CONTEXT) == 4);
+    static_assert(alignof(OBJECT_CONTEXT) == 4);                \
+    inline constexpr uint8_t QUORVEL_CAT3(k, THIS_OBJECT, NodeLimit) = nodeLimit;
 #include "QuorvelWiFiDataModel.def"
 
 }  // namespace quorvel

@@ -508,7 +508,7 @@ struct Staged {
     uint32_t radio;  // from 1
 
     [[nodiscard]] bool has(uint32_t node) const {
-        return Quorvel_IsContextSetMap(&context, node) != 0;
+        return WiFiRadioCheckContextNodeSet(&context, node) != 0;
     }
     void clear(uint32_t node) const {
         (void)Quorvel_ContextClearMap(&context, node);

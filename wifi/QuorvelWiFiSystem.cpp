@@ -195,8 +195,8 @@ uint32_t WiFiSystemInitContext(void* ctx) {
 }
 
 uint32_t WiFiSystemCheckContextNodeSet(void* ctx, uint32_t node) {
-    QUORVEL_SITE("WiFiSystemCheckContextNodeSet");
-    return quorvel::checkContextNodeSet(ctx, node, site) != 0 ? 1 : 0;
+    QUORVEL_RECORD(quorvel::NodeCheck, check, "WiFiSystemCheckContextNodeSet", 0);
+    return quorvel::checkContextNodeSet(ctx, node, check) != 0 ? 1 : 0;
 }
 
 uint32_t WiFiSystemApplyContext(void* ctx) {

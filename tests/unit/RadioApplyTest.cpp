@@ -119,6 +119,21 @@ TEST_F(RadioApply, AsksForTheBandFirstAndWritesNothingUnasked) {
     EXPECT_TRUE(platform.logged(3, "Quorvel_P_WiFiApplyContext DONE"));
 }
 
+// The apply asks by the object's own check, whose trace tells each node that was looked at.
+TEST_F(RadioApply, LooksAtItsOwnNodesThroughTheCheck) {
+    EXPECT_EQ(apply(), 0U);
+    std::size_t checks = 0;
+    for (const auto& line : platform.logs()) {
+        if (line.text != "WiFiRadioCheckContextNodeSet DONE") continue;
+        EXPECT_EQ(line.level, 3U);
+        EXPECT_EQ(line.function, "WiFiRadioCheckContextNodeSet");
+        EXPECT_EQ(line.file, "wifi/QuorvelWiFiRadio");
+        ++checks;
+    }
+    // 37, 19, 44, 1, 48, 49, 51, 53, 54, 55, 15, 13, 56, 60, 61, 62, 27, 38, 65.
+    EXPECT_EQ(checks, 19U);
+}
+
 TEST_F(RadioApply, LeavesFieldsThatAreNotMarked) {
     setVariable("radio_status", "Down");
     std::string fields(sizeof(WiFiRadioContext) - QUORVEL_CONTEXT_HEADER_SIZE, ',');
