@@ -160,12 +160,12 @@ void applyMode(const WiFiAccessPointSecurityContext& context, uint32_t ap) {
 
 uint32_t WiFiAccessPointSecurityApplyContextImpl(void* ctx, uint32_t ap) {
     auto& context = *static_cast<WiFiAccessPointSecurityContext*>(ctx);
-    if (Quorvel_IsContextSetMap(ctx, WiFiAccessPointSecurityNode::Reset) != 0) {
+    if (WiFiAccessPointSecurityCheckContextNodeSet(ctx, WiFiAccessPointSecurityNode::Reset) != 0) {
         if (context.Reset == 1) stageReset(context, ap);
         (void)Quorvel_ContextClearMap(ctx, WiFiAccessPointSecurityNode::Reset);
     }
     // Marked by a Set or by the reset, which overrules it.
-    if (Quorvel_IsContextSetMap(ctx, WiFiAccessPointSecurityNode::ModeEnabled) != 0) {
+    if (WiFiAccessPointSecurityCheckContextNodeSet(ctx, WiFiAccessPointSecurityNode::ModeEnabled) != 0) {
         applyMode(context, ap);
         (void)Quorvel_ContextClearMap(ctx, WiFiAccessPointSecurityNode::ModeEnabled);
     }

@@ -52,7 +52,7 @@ struct Staged {
     uint32_t sub;
 
     [[nodiscard]] bool has(uint32_t node) const {
-        return Quorvel_IsContextSetMap(&context, node) != 0;
+        return WiFiAccessPointWPSCheckContextNodeSet(&context, node) != 0;
     }
     void clear(uint32_t node) const {
         (void)Quorvel_ContextClearMap(&context, node);

@@ -445,6 +445,8 @@ TEST_F(Security, WalksItsTwentyOneNodes) {
         asked.push_back("Quorvel_IsContextSetMap(ctx, " + std::to_string(node) + ")");
     }
     EXPECT_EQ(platform.callTexts({"Quorvel_IsContextSetMap"}), asked);
+    // Its own two are asked for through the object's check, which leaves its trace.
+    EXPECT_EQ(platform.logCount(3, "WiFiAccessPointSecurityCheckContextNodeSet DONE"), 2U);
 }
 
 // --- Reset
