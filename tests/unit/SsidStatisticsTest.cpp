@@ -341,56 +341,96 @@ TEST_F(InterfaceLine, BoundsTheNameByItsField) {
     EXPECT_EQ(parse(std::string(4096, 'n') + "\n"), 1U);
 }
 
-TEST_F(InterfaceLine, ReadsWhatScanfReads) {
+// What the C library makes of a line.
+struct Scanned {
+    explicit Scanned(const std::string& line) {
+        unsigned long* c = counters;
+        char word[128] = {};
+        whole = sscanf(line.c_str(),
+                       " %127s  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu   %lu", word,
+                       c, c + 1, c + 2, c + 3, c + 4, c + 5, c + 6, c + 7, c + 8, c + 9, c + 10, c + 11, c + 12, c + 13,
+                       c + 14, c + 15) == 17;
+        name = word;
+        if (!name.empty() && name.back() == ':') {
+            name.pop_back();
+        }
+    }
+    bool whole = false;
+    std::string name;
+    unsigned long counters[16] = {};
+};
+
+// Lines in which a number begins, ends or overflows in an unusual way, and lines with one character changed.
+std::vector<std::string> oddLines() {
     const std::string sixteen = "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16";
     const std::string fourteen = " 3 4 5 6 7 8 9 10 11 12 13 14 15 16";
-    const std::string lines[] = {"wl0: " + sixteen,
-                                 "\t wl0:\v" + sixteen + "\r",
-                                 "wl0: 1-2" + fourteen,
-                                 "wl0: 1+2" + fourteen,
-                                 "wl0: -1 -0" + fourteen,
-                                 "wl0: +7 007" + fourteen,
-                                 "wl0: 1 0x2" + fourteen,
-                                 "wl0: 1 - 2" + fourteen,
-                                 "wl0: 1 --2" + fourteen,
-                                 "wl0: 1 2." + fourteen,
-                                 "wl0: 1,2" + fourteen,
-                                 "wl0:\f1" + fourteen,
-                                 "wl0: 4294967295 4294967296" + fourteen,
-                                 "wl0: 4294967297 -4294967297" + fourteen,
-                                 "wl0: 18446744073709551615 18446744073709551616" + fourteen,
-                                 "wl0: -18446744073709551615 -18446744073709551616" + fourteen,
-                                 "wl0: " + std::string(40, '9') + " " + std::string(40, '0') + fourteen,
-                                 sixteen + " 17",
-                                 sixteen,
-                                 "wl0: 1 2" + fourteen + "17",
-                                 "wl0: 1 2" + fourteen + "x",
-                                 "wl0:1 2" + fourteen + " 17",
-                                 std::string(127, 'n') + sixteen,
-                                 std::string(127, 'n') + "x" + sixteen,
-                                 std::string(128, '1') + fourteen,
-                                 std::string(),
-                                 std::string(" "),
-                                 std::string(":"),
-                                 "wl0: 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 -"};
-    for (const std::string& line : lines) {
+    std::vector<std::string> lines{"wl0: " + sixteen,
+                                   "\t wl0:\v" + sixteen + "\r",
+                                   "wl0: 1-2" + fourteen,
+                                   "wl0: 1+2" + fourteen,
+                                   "wl0: -1 -0" + fourteen,
+                                   "wl0: +7 007" + fourteen,
+                                   "wl0: 1 0x2" + fourteen,
+                                   "wl0: 1 - 2" + fourteen,
+                                   "wl0: 1 --2" + fourteen,
+                                   "wl0: 1 2." + fourteen,
+                                   "wl0: 1,2" + fourteen,
+                                   "wl0:\f1" + fourteen,
+                                   "wl0: 4294967295 4294967296" + fourteen,
+                                   "wl0: 4294967297 -4294967297" + fourteen,
+                                   "wl0: 18446744073709551615 18446744073709551616" + fourteen,
+                                   "wl0: -18446744073709551615 -18446744073709551616" + fourteen,
+                                   "wl0: " + std::string(40, '9') + " " + std::string(40, '0') + fourteen,
+                                   sixteen + " 17",
+                                   sixteen,
+                                   "wl0: 1 2" + fourteen + "17",
+                                   "wl0: 1 2" + fourteen + "x",
+                                   "wl0:1 2" + fourteen + " 17",
+                                   std::string(127, 'n') + sixteen,
+                                   std::string(127, 'n') + "x" + sixteen,
+                                   std::string(128, '1') + fourteen,
+                                   std::string(),
+                                   std::string(" "),
+                                   std::string(":"),
+                                   "wl0: 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 -"};
+    std::uint32_t state = 1;
+    const auto next = [&state] {
+        state = state * 1664525U + 1013904223U;
+        return state >> 16;
+    };
+    static constexpr char kCharacters[] = "  \t\v-+x9:/;";
+    for (int n = 0; n < 500; ++n) {
+        std::string line = "  wl0: 12345678 1234567 123456 12345 1234 123 12 1 0 9 87 654 3210 98765 432109 8765432";
+        line[next() % line.size()] = kCharacters[next() % (sizeof kCharacters - 1)];
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+TEST_F(InterfaceLine, ReadsWhatScanfReads) {
+    for (const std::string& line : oddLines()) {
         SCOPED_TRACE(line);
-        char word[128] = {};
-        unsigned long c[16] = {};
-        const int scanned =
-            sscanf(line.c_str(),
-                   " %127s  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu  %lu   "
-                   "%lu",
-                   word, c, c + 1, c + 2, c + 3, c + 4, c + 5, c + 6, c + 7, c + 8, c + 9, c + 10, c + 11, c + 12,
-                   c + 13, c + 14, c + 15);
-        ASSERT_EQ(parse(line), scanned == 17 ? 0U : 1U);
-        if (scanned != 17) continue;
-        std::string bare = word;
-        if (bare.back() == ':') bare.pop_back();
-        EXPECT_EQ(name(), bare);
+        const Scanned scanned(line);
+        ASSERT_EQ(parse(line), scanned.whole ? 0U : 1U);
+        if (!scanned.whole) continue;
+        EXPECT_EQ(name(), scanned.name);
         for (std::size_t n = 0; n < 16; ++n) {
-            EXPECT_EQ(counter(n), static_cast<std::uint32_t>(c[n]));
+            EXPECT_EQ(counter(n), static_cast<std::uint32_t>(scanned.counters[n]));
         }
+    }
+}
+
+// Of another interface's line only whether it is well-formed counts, by the same rule.
+TEST_F(SsidStatistics, SearchOnlyBehindLinesThatScanfReads) {
+    for (const std::string& line : oddLines()) {
+        SCOPED_TRACE(line);
+        platform.forget();
+        setInterfaces(line + "\n" + interfaceLine("wl1", 100));
+        std::uint32_t value = kUntouched;
+        const bool whole = Scanned(line).whole;
+        EXPECT_EQ(Quorvel_P_WiFiSSIDStatsGet(9, 2, &value), whole ? 0U : 1U);
+        EXPECT_EQ(value, whole ? 101U : kUntouched);
+        EXPECT_EQ(platform.logCount(0, "failed reading at line " + line + "\n \n"), whole ? 0U : 1U);
     }
 }
 
