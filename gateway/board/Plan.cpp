@@ -4,9 +4,12 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <system_error>
 #include <variant>
 
@@ -45,12 +48,25 @@ bool isFileName(const std::string& board) {
 }
 
 std::string shippedBoards(const fs::path& folder) {
-    std::string names;
+    std::set<std::string> boards;
     std::error_code error;
     for (const auto& entry : fs::directory_iterator(folder, error)) {
-        if (entry.path().extension() == ".json") names += (names.empty() ? "" : ", ") + entry.path().stem().string();
+        if (entry.path().extension() == ".json") boards.insert(entry.path().stem());
     }
+    std::string names;
+    for (const std::string& board : boards)
+        names += (names.empty() ? "" : ", ") + board;
     return names.empty() ? "none" : names;
+}
+
+// Eight digits that differ from path to path (FNV-1a).
+std::string digestOf(const std::string& path) {
+    std::uint32_t hash = 2166136261U;
+    for (const char each : path)
+        hash = (hash ^ static_cast<unsigned char>(each)) * 16777619U;
+    std::array<char, 9> text{};
+    (void)std::snprintf(text.data(), text.size(), "%08x", hash);
+    return text.data();
 }
 
 std::string shellQuoted(const std::string& word) {
@@ -79,7 +95,10 @@ std::string findBoard(const Options& options) {
 
 std::string findStateFolder(const Options& options) {
     if (!options.stateFolder.empty()) return absolute(options.stateFolder);
-    const std::string name = fs::path(findBoard(options)).stem();
+    const std::string file = findBoard(options);
+    std::string name = fs::path(file).stem();
+    // Two descriptions of the same name are two boards.
+    if (isFileName(options.board)) name += "-" + digestOf(file);
     const char* state = std::getenv("XDG_STATE_HOME");
     if (state != nullptr && state[0] == '/') return fs::path(state) / "quorvel-wifi" / name;
     const char* home = std::getenv("HOME");

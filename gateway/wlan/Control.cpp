@@ -44,6 +44,15 @@ void check(const std::optional<std::string>& error) {
     if (error) throw Refusal{*error};
 }
 
+// Where in the request's text a mistake is says less than which key it is in.
+Refusal refusalOf(const BoardError& error) {
+    const std::size_t pointer = error.message.find(": /");
+    const std::size_t end = pointer == std::string::npos ? pointer : error.message.find(": ", pointer + 2);
+    if (end == std::string::npos) return {error.message};
+    const std::string key = error.message.substr(pointer + 3, end - pointer - 3);
+    return {(key.empty() ? "" : "\"" + key + "\": ") + error.message.substr(end + 2)};
+}
+
 double seconds(Milliseconds time) {
     return static_cast<double>(time) / 1000;
 }
@@ -184,13 +193,17 @@ Json stationRequest(Model& model, const std::string& op, const Json& request) {
             if (!setup.contains("bss")) setup["bss"] = 1;
             const bool elsewhere = request.contains("bss");
             const auto parsed = parseStation(setup.dump(), "request");
-            if (const auto* error = std::get_if<BoardError>(&parsed)) throw Refusal{error->message};
+            if (const auto* error = std::get_if<BoardError>(&parsed)) throw refusalOf(*error);
             const auto& station = std::get<BoardStation>(parsed);
             if (request.contains("rssi")) check(model.moveStation(mac, station.rssi));
             check(model.rejoinStation(mac, elsewhere ? std::optional(station.accessPoint) : std::nullopt));
         } else {
+            if (!setup.contains("bss")) {
+                throw Refusal{"the station " + formatMac(mac) +
+                              " is new: name the access point that it joins (\"bss\")"};
+            }
             const auto parsed = parseStation(setup.dump(), "request");
-            if (const auto* error = std::get_if<BoardError>(&parsed)) throw Refusal{error->message};
+            if (const auto* error = std::get_if<BoardError>(&parsed)) throw refusalOf(*error);
             auto station = std::get<BoardStation>(parsed);
             // Times in a request count from now.
             for (StationStep& step : station.plan)
@@ -212,7 +225,7 @@ Json neighbourRequest(Model& model, const std::string& op, const Json& request) 
         Json setup = request;
         setup.erase("op");
         const auto parsed = parseNeighbour(setup.dump(), "request");
-        if (const auto* error = std::get_if<BoardError>(&parsed)) throw Refusal{error->message};
+        if (const auto* error = std::get_if<BoardError>(&parsed)) throw refusalOf(*error);
         check(model.addNeighbour(std::get<BoardNeighbour>(parsed)));
         return Json::object();
     }

@@ -44,6 +44,15 @@ TEST_F(StateFolderPlace, IsOneOfTheUsersPerBoardOtherwise) {
     EXPECT_EQ(findStateFolder(optionsFor("tri-band")), "/home/someone/.local/state/quorvel-wifi/tri-band");
 }
 
+TEST_F(StateFolderPlace, TellsTwoDescriptionsOfOneNameApart) {
+    setenv("XDG_STATE_HOME", "/states", 1);
+    const std::string shipped = findStateFolder(optionsFor("tri-band"));
+    const std::string file = findStateFolder(optionsFor(BOARD_TEST_PROGRAMS "/boards/tri-band.json"));
+    EXPECT_NE(file, shipped);
+    EXPECT_EQ(file.rfind("/states/quorvel-wifi/tri-band-", 0), 0U) << file;
+    EXPECT_EQ(file, findStateFolder(optionsFor(BOARD_TEST_PROGRAMS "/./boards/tri-band.json")));
+}
+
 TEST_F(StateFolderPlace, MustBeNamedWhenTheUserHasNoHome) {
     unsetenv("HOME");
     unsetenv("XDG_STATE_HOME");

@@ -151,5 +151,13 @@ TEST_F(Control, CutsALongAnswerIntoPieces) {
     EXPECT_EQ(got, whole);
 }
 
+TEST_F(Control, NamesTheKeyThatIsWrong) {
+    EXPECT_EQ(ask(R"({"op":"station.join","mac":"02:00:00:00:00:77","bss":25})"),
+              R"({"ok":false,"error":"\"bss\": expected a whole number from 1 to 24, found 25"})");
+    EXPECT_NE(ask(R"({"op":"station.join","mac":"02:00:00:00:00:77"})").find("the station 02:00:00:00:00:77 is new"),
+              std::string::npos);
+    EXPECT_EQ(ask(R"({"op":"neighbour.add"})").find("request:"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace quorvel::gateway::test
