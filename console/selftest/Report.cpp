@@ -54,12 +54,16 @@ unsigned Report::checks() const {
     return sum;
 }
 
-void Report::printText(bool coloured) const {
-    const char* const good = coloured ? "\033[32m✓\033[0m" : "✓";
-    const char* const bad = coloured ? "\033[31m✗\033[0m" : "✗";
+void Report::printText(bool coloured, bool utf8) const {
+    const auto mark = [coloured](const char* text, const char* colour) {
+        return coloured ? std::string(colour) + text + "\033[0m" : std::string(text);
+    };
+    const std::string good = mark(utf8 ? "✓" : "+", "\033[32m");
+    const std::string bad = mark(utf8 ? "✗" : "x", "\033[31m");
     std::size_t troubles = 0;
     for (const Group& group : groups_) {
-        std::printf("%s %-63s %5u checks", group.troubles.empty() ? good : bad, group.rule.c_str(), group.checks);
+        std::printf("%s %-63s %5u checks", (group.troubles.empty() ? good : bad).c_str(), group.rule.c_str(),
+                    group.checks);
         if (!group.troubles.empty()) std::printf(", %zu failed", group.troubles.size());
         std::printf("\n");
         for (std::size_t i = 0; i < group.troubles.size() && i < kShown; ++i)
@@ -75,6 +79,19 @@ void Report::printText(bool coloured) const {
         std::printf("does not conform: %zu failures in %u checks\n", troubles, checks());
     }
     (void)std::fflush(stdout);
+}
+
+void Report::printPlain() const {
+    for (const Group& group : groups_) {
+        std::printf("%s\t%u\t%zu\n", group.rule.c_str(), group.checks, group.troubles.size());
+        for (const std::string& trouble : group.troubles)
+            std::printf("failure\t%s\t%s\n", group.rule.c_str(), trouble.c_str());
+    }
+    (void)std::fflush(stdout);
+}
+
+std::string errorAsJson(const std::string& text) {
+    return "{\n  \"error\": " + quoted(text) + "\n}\n";
 }
 
 void Report::printJson(const std::string& plugin) const {

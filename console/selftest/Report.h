@@ -20,8 +20,11 @@ class Report {
     void fail(const std::string& trouble);
 
     [[nodiscard]] bool passed() const;
-    void printText(bool coloured) const;
+    /// For people; the marks are letters where the terminal cannot show others.
+    void printText(bool coloured, bool utf8) const;
     void printJson(const std::string& plugin) const;
+    /// A line per rule (rule, checks, failures) and per failure ("failure", rule, what), tab-separated.
+    void printPlain() const;
 
   private:
     struct Group {
@@ -33,5 +36,8 @@ class Report {
 
     std::vector<Group> groups_;
 };
+
+/// Returns {"error": text} as JSON.
+[[nodiscard]] std::string errorAsJson(const std::string& text);
 
 }  // namespace quorvel::selftest

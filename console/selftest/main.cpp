@@ -1,7 +1,9 @@
 // Checks any built plug-in against the data model and the rules of its front ends. It is its own platform: no daemon,
 // driver or tool is started, and no setting of the machine is touched.
+#include <langinfo.h>
 #include <unistd.h>
 
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -15,10 +17,15 @@ namespace {
 // Emulated and instrumented runs included.
 constexpr unsigned kLongest = 120;
 
+std::string_view environment(const char* name) {
+    const char* const value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
 int wrongUsage(const char* trouble) {
     std::fprintf(stderr,
                  "quorvel-wifi-selftest: %s\n"
-                 "usage: quorvel-wifi-selftest [--json] [--no-color] FILE\n",
+                 "usage: quorvel-wifi-selftest [--json | --plain] [--no-color] FILE\n",
                  trouble);
     return 2;
 }
@@ -28,11 +35,16 @@ int wrongUsage(const char* trouble) {
 int main(int argc, char** argv) {
     const char* file = nullptr;
     bool json = false;
-    bool coloured = isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
+    bool plain = false;
+    bool coloured = isatty(STDOUT_FILENO) == 1 && environment("NO_COLOR").empty() && environment("TERM") != "dumb";
+    (void)std::setlocale(LC_CTYPE, "");
+    const bool utf8 = std::string_view(nl_langinfo(CODESET)) == "UTF-8";
     for (int i = 1; i < argc; ++i) {
         const std::string_view word = argv[i];
         if (word == "--json") {
             json = true;
+        } else if (word == "--plain") {
+            plain = true;
         } else if (word == "--no-color") {
             coloured = false;
         } else if (word.starts_with("-")) {
@@ -60,12 +72,15 @@ int main(int argc, char** argv) {
         checkSnapshots(library, report);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "quorvel-wifi-selftest: %s\n", error.what());
+        if (json) std::printf("%s", errorAsJson(error.what()).c_str());
         return 1;
     }
     if (json) {
         report.printJson(file);
+    } else if (plain) {
+        report.printPlain();
     } else {
-        report.printText(coloured);
+        report.printText(coloured, utf8);
     }
     return report.passed() ? 0 : 1;
 }
