@@ -6,6 +6,7 @@
 
 #include "Dispatcher.h"
 #include "Documentation.h"
+#include "Shipped.h"
 
 namespace quorvel::console {
 namespace {
@@ -31,28 +32,29 @@ class Completer {
     Completer(Session& session, const std::vector<std::string>& words) : session_(session), words_(words) {}
 
     Candidates run() {
-        const VerbShape program = commandShape();
-        const VerbShape* verb = &program;
-        std::size_t positional = 0;
+        const CommandShape program = commandShape();
+        const CommandShape* verb = &program;
         for (std::size_t i = 0; i + 1 < words_.size(); ++i) {
             const std::string& word = words_[i];
-            if (word.starts_with('-')) {
-                if (takesValue(program, *verb, word)) ++i;
-                if (i + 1 == words_.size()) return optionValues(word);
+            if (word.starts_with('-') && word.size() > 1) {
+                const CommandShape::Option* const option = optionOf(program, *verb, word);
+                if (option == nullptr || option->value.empty()) continue;
+                if (++i + 1 == words_.size()) return optionValues(*option, current());
                 continue;
             }
-            const auto found = std::find_if(verb->verbs.begin(), verb->verbs.end(),
-                                            [&word](const VerbShape& each) { return each.name == word; });
-            if (found != verb->verbs.end()) {
-                verb = &*found;
+            if (const CommandShape* const inner = verb->verb(word); inner != nullptr && given_.empty()) {
+                verb = inner;
             } else {
-                ++positional;
+                given_.push_back(word);
             }
         }
-        if (current().starts_with('-')) return options(program, *verb);
-        if (!verb->verbs.empty() && positional == 0) return names(verb->verbs);
+        if (current().starts_with('-') && current().size() > 1) return options(program, *verb);
+        if (!verb->verbs.empty() && given_.empty()) return fitting(verb->verbNames(), current());
+        if (verb->name == "help") return helpWords(program);
         if (verb->positionals.empty()) return {};
-        return values(*verb, verb->positionals[std::min(positional, verb->positionals.size() - 1)], positional);
+        const std::size_t last = verb->positionals.size() - 1;
+        if (given_.size() > last && !verb->positionals[last].many) return {};
+        return values(*verb, verb->positionals[std::min(given_.size(), last)].name);
     }
 
   private:
@@ -60,60 +62,94 @@ class Completer {
         return words_.back();
     }
 
-    [[nodiscard]] Candidates fitting(const Candidates& all) const {
+    [[nodiscard]] static Candidates fitting(const Candidates& all, const std::string& begun) {
         Candidates found;
         std::copy_if(all.begin(), all.end(), std::back_inserter(found),
-                     [this](const std::string& each) { return each.starts_with(current()); });
+                     [&begun](const std::string& each) { return each.starts_with(begun); });
+        return found;
+    }
+    [[nodiscard]] Candidates fitting(const Candidates& all) const {
+        return fitting(all, current());
+    }
+
+    static const CommandShape::Option* optionOf(const CommandShape& program, const CommandShape& verb,
+                                                const std::string& name) {
+        for (const CommandShape* shape : {&verb, &program}) {
+            for (const CommandShape::Option& option : shape->options) {
+                if (option.name == name) return &option;
+            }
+        }
+        return nullptr;
+    }
+
+    [[nodiscard]] Candidates options(const CommandShape& program, const CommandShape& verb) const {
+        if (const std::size_t sign = current().find('='); sign != std::string::npos) {
+            const CommandShape::Option* const option = optionOf(program, verb, current().substr(0, sign));
+            Candidates all = option == nullptr ? Candidates{} : optionValues(*option, current().substr(sign + 1));
+            for (std::string& value : all)
+                value.insert(0, current().substr(0, sign + 1));
+            return all;
+        }
+        Candidates all = verb.optionNames();
+        for (const std::string& name : program.optionNames()) {
+            if (std::find(all.begin(), all.end(), name) == all.end()) all.push_back(name);
+        }
+        // A verb does nothing with the version, which "version" tells.
+        if (&verb != &program) std::erase(all, "--version");
+        return fitting(all);
+    }
+
+    [[nodiscard]] Candidates optionValues(const CommandShape::Option& option, const std::string& begun) const {
+        if (option.value == "LEVEL") return fitting({"0", "1", "2", "3"}, begun);
+        Candidates found;
+        if (option.name == "--board") found = fitting(shippedNames(session_.options, "boards"), begun);
+        // Files come second to names.
+        const bool files = option.value.ends_with("FILE") || option.value == "DIR";
+        return files && found.empty() ? filesAt(begun, option.value == "DIR") : found;
+    }
+
+    // Files, folders with a slash behind them; hidden ones only when they are asked for.
+    [[nodiscard]] static Candidates filesAt(const std::string& begun, bool foldersOnly = false) {
+        const std::size_t slash = begun.rfind('/');
+        const std::string folder = slash == std::string::npos ? "" : begun.substr(0, slash + 1);
+        const std::string name = begun.substr(folder.size());
+        Candidates found;
+        std::error_code ignored;
+        for (const auto& file : std::filesystem::directory_iterator(folder.empty() ? "." : folder, ignored)) {
+            const std::string candidate = file.path().filename();
+            if (!candidate.starts_with(name) || (candidate.starts_with('.') && name.empty())) continue;
+            const bool isFolder = file.is_directory(ignored);
+            if (isFolder || !foldersOnly) found.push_back(folder + candidate + (isFolder ? "/" : ""));
+        }
+        std::sort(found.begin(), found.end());
         return found;
     }
 
-    static bool takesValue(const VerbShape& program, const VerbShape& verb, const std::string& word) {
-        for (const VerbShape* shape : {&program, &verb}) {
-            for (const VerbShape::Option& option : shape->options) {
-                if (option.name == word) return !option.value.empty();
-            }
-        }
-        return false;
+    [[nodiscard]] Candidates helpWords(const CommandShape& program) const {
+        const CommandShape* verb = &program;
+        for (const std::string& word : given_)
+            verb = verb == nullptr ? nullptr : verb->verb(word);
+        return verb == nullptr ? Candidates{} : fitting(verb->verbNames());
     }
 
-    [[nodiscard]] Candidates names(const std::vector<VerbShape>& verbs) const {
-        Candidates all;
-        for (const VerbShape& verb : verbs)
-            all.push_back(verb.name);
-        return fitting(all);
-    }
-
-    [[nodiscard]] Candidates options(const VerbShape& program, const VerbShape& verb) const {
-        Candidates all;
-        for (const VerbShape* shape : {&verb, &program}) {
-            for (const VerbShape::Option& option : shape->options) {
-                if (std::find(all.begin(), all.end(), option.name) == all.end()) all.push_back(option.name);
-            }
-        }
-        return fitting(all);
-    }
-
-    [[nodiscard]] Candidates optionValues(const std::string& option) const {
-        if (option == "--log-level" || option == "--level") return fitting({"0", "1", "2", "3"});
-        if (option != "--board") return {};
-        Candidates boards;
-        std::error_code ignored;
-        for (const auto& file :
-             std::filesystem::directory_iterator(programFolder(session_.options) + "/boards", ignored))
-            boards.push_back(file.path().stem().string());
-        std::sort(boards.begin(), boards.end());
-        return fitting(boards);
-    }
-
-    [[nodiscard]] Candidates values(const VerbShape& verb, const std::string& positional, std::size_t index) {
+    [[nodiscard]] Candidates values(const CommandShape& verb, const std::string& positional) {
         if (positional == "ACTION") return fitting({"push", "pin", "cancel"});
-        if (positional == "RADIO") return index == 0 ? fitting(instancesOf("Device.WiFi.Radio.")) : Candidates{};
-        if (positional == "AP" && (index == 0) == (verb.positionals.front() == "AP")) {
-            return fitting(instancesOf("Device.WiFi.AccessPoint."));
+        if (positional == "RADIO") return fitting(instancesOf("Device.WiFi.Radio."));
+        if (positional == "AP") return fitting(instancesOf("Device.WiFi.AccessPoint."));
+        if (positional == "CHANNEL") return fitting(channelsOf("Device.WiFi.Radio." + given_.front() + "."));
+        if (positional == "MAC") return fitting(stations());
+        if (positional == "A" || positional == "B" || positional == "FILE") {
+            Candidates found =
+                verb.name == "play" ? fitting(shippedNames(session_.options, "scenarios")) : Candidates{};
+            return found.empty() ? filesAt(current()) : found;
         }
         if (positional == "PATH=VALUE" && current().find('=') != std::string::npos) return parameterValues();
         if (positional.find("PATH") == std::string::npos) return {};
         Candidates found = paths(current());
+        if (positional == "RADIO|PATH" && current().empty()) {
+            const Candidates radios = instancesOf("Device.WiFi.Radio.");
+            found.insert(found.end(), radios.begin(), radios.end());
+        }
         if (positional != "PATH=VALUE") return found;
         for (std::string& path : found) {
             if (!path.ends_with('.')) path += '=';
@@ -146,6 +182,31 @@ class Completer {
             if (number != "*") all.push_back(std::move(number));
         }
         return all;
+    }
+
+    [[nodiscard]] Candidates stations() {
+        Candidates all;
+        if (!boardIsThere()) return all;
+        try {
+            session_.gateway().client().ask(
+                {{"do", "control"}, {"command", {{"op", "station.list"}}}}, [&all](const Json& part) {
+                    for (const Json& station : part.value("control", Json::object()).value("stations", Json::array()))
+                        all.push_back(station.value("mac", ""));
+                });
+        } catch (const GatewayError&) {
+            all.clear();  // likewise
+        }
+        return all;
+    }
+
+    [[nodiscard]] Candidates channelsOf(const std::string& radio) {
+        if (!boardIsThere()) return {};
+        try {
+            const std::string list = radio + "PossibleChannels";
+            return elements(readPaths(session_, {list}, nullptr).text(list));
+        } catch (const GatewayError&) {
+            return {};  // likewise
+        }
     }
 
     [[nodiscard]] Candidates parameterValues() {
@@ -200,6 +261,7 @@ class Completer {
 
     Session& session_;
     const std::vector<std::string>& words_;
+    std::vector<std::string> given_;  // arguments in front of the current word
 };
 
 }  // namespace

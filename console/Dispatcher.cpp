@@ -3,14 +3,15 @@
 #include <algorithm>
 #include <iostream>
 
+#include "Faults.h"
+#include "Help.h"
+#include "Interrupt.h"
+#include "NearestWord.h"
 #include "Verbs.h"
-#include "host/EditDistance.h"
+#include "Version.h"
 
 namespace quorvel::console {
 namespace {
-
-// Half letters; see editDistance().
-constexpr unsigned kNear = 6;
 
 void addOptions(CLI::App& app, Options& options) {
     app.add_option("--board", options.board, "Board: a shipped one's name, or a JSON file")->type_name("NAME|FILE");
@@ -22,8 +23,8 @@ void addOptions(CLI::App& app, Options& options) {
         ->check(CLI::Range(0, 3));
     app.add_option("--log-file", options.logFile, "Append the log to a file instead of standard error")
         ->type_name("FILE");
-    app.add_flag("--json", options.json, "Print JSON");
-    app.add_flag("--plain", options.plain, "Print one record per line, tab-separated");
+    CLI::Option* const json = app.add_flag("--json", options.json, "Print JSON");
+    app.add_flag("--plain", options.plain, "Print one record per line, tab-separated")->excludes(json);
     app.add_flag("--no-color", options.noColor, "No colours (also: NO_COLOR)");
     app.add_flag("--no-sandbox", options.noSandbox, "Run the board without namespaces");
     app.add_flag("--real-time", options.realTime, "Wait as the device waits instead of letting board time run ahead");
@@ -34,77 +35,117 @@ void addOptions(CLI::App& app, Options& options) {
         ->type_name("COMMAND");
 }
 
-void addVerbs(VerbContext& context) {
+void build(CLI::App& app, Session& session, int& status) {
+    app.require_subcommand(1);
+    app.set_help_flag("-h,--help", "Show the verbs, or what a verb takes");
+    app.set_version_flag("--version", std::string("quorvel-wifi ") + kVersion, "Tell the version");
+    addOptions(app, session.options);
+    VerbContext context{app, session, status};
     addValueVerbs(context);
-    addObjectVerbs(context);
     addExplainVerbs(context);
+    addObjectVerbs(context);
     addChangeVerbs(context);
     addRadioVerbs(context);
     addStatisticsVerbs(context);
     addStationVerbs(context);
     addOverviewVerbs(context);
     addBoardVerbs(context);
+    addLogVerb(context);
     addPlayVerbs(context);
     addSelftestVerb(context);
     addShellVerbs(context);
+    addHelpVerb(context);
 }
 
-std::string nearestVerb(const CLI::App& app, const std::string& word) {
-    std::string nearest;
-    unsigned best = kNear + 1;
-    for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
-        const unsigned cost = host::editDistance(word, verb->get_name());
-        if (cost >= best) continue;
-        best = cost;
-        nearest = verb->get_name();
+// The verb, and the verb's verb, that a command line has come to.
+std::vector<std::string> verbsOf(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* at = &app; !at->get_subcommands().empty();) {
+        at = at->get_subcommands().front();
+        names.push_back(at->get_name());
     }
-    return nearest;
+    return names;
 }
 
-// Returns the verb of a command, or the word that stands in its place.
-std::string verbOf(const CLI::App& app) {
-    if (!app.get_subcommands().empty()) return app.get_subcommands().front()->get_name();
-    const std::vector<std::string> unknown = app.remaining();
-    const auto found =
-        std::find_if(unknown.begin(), unknown.end(), [](const std::string& word) { return !word.starts_with('-'); });
-    return found == unknown.end() ? "" : *found;
+// Says what is wrong with a command line in the words of this program.
+std::string complaint(const CLI::App& app, const CLI::ParseError& error) {
+    const CommandShape program = shapeOf(app);
+    const CommandShape* verb = &program;
+    std::vector<std::string> options = program.optionNames();
+    for (const std::string& name : verbsOf(app)) {
+        verb = verb->verb(name);
+        const std::vector<std::string> own = verb->optionNames();
+        options.insert(options.end(), own.begin(), own.end());
+    }
+    const std::vector<std::string> unknown = app.remaining(true);
+    for (const std::string& word : unknown) {
+        if (!word.starts_with('-')) continue;
+        const std::string name = word.substr(0, word.find('='));
+        return "there is no option \"" + name + "\"" + didYouMean(name, options);
+    }
+    if (!verb->verbs.empty()) {
+        const std::string names = listed(verb->verbNames());
+        const std::string meant = unknown.empty() ? "" : didYouMean(unknown.front(), verb->verbNames());
+        if (verb != &program && unknown.empty()) return verb->name + " is followed by " + names;
+        if (verb != &program) return verb->name + " knows no \"" + unknown.front() + "\", only " + names + meant;
+        if (!unknown.empty()) return "there is no verb \"" + unknown.front() + "\"" + meant;
+    }
+    if (!unknown.empty()) return "\"" + unknown.front() + "\" is one argument too many";
+    const std::string text = error.what();
+    // Everything that is converted is a number.
+    static constexpr std::string_view kNoNumber = "Could not convert: ";
+    if (const std::size_t sign = text.find(" = "); text.starts_with(kNoNumber) && sign != std::string::npos) {
+        return text.substr(kNoNumber.size(), sign - kNoNumber.size()) + ": \"" + text.substr(sign + 3) +
+               "\" is no number";
+    }
+    return text;
 }
 
-int explain(const CLI::App& app, const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) {
-        (void)app.exit(error);  // prints the help; the status is known
+int explain(const CLI::App& app, const CLI::ParseError& error, const Session& session, bool json) {
+    const std::vector<std::string> verbs = verbsOf(app);
+    if (error.get_name() == "CallForHelp" || error.get_name() == "CallForAllHelp") {
+        const CommandShape program = shapeOf(app);
+        std::cout << (verbs.empty() ? programHelp(program, session.outStyle(), session.interactive)
+                                    : verbHelp(program, verbs, session.outStyle(), session.interactive));
         return kDone;
     }
-    const std::string verb = verbOf(app);
-    const bool known = !app.get_subcommands().empty();
-    if (!verb.empty() && !known) {
-        std::cerr << "quorvel-wifi: there is no verb \"" << verb << "\"";
-        const std::string nearest = nearestVerb(app, verb);
-        if (!nearest.empty()) std::cerr << "; did you mean \"" << nearest << "\"?";
-        std::cerr << "\n";
-    } else {
-        std::cerr << "quorvel-wifi: " << error.what() << '\n';
+    if (error.get_exit_code() == 0) {
+        std::cout << error.what() << '\n';  // the version
+        return kDone;
     }
-    std::cerr << "Try: quorvel-wifi " << (known ? verb + " " : "") << "--help\n";
+    if (verbs.empty() && app.remaining(true).empty() && error.get_name() == "RequiredError") {
+        if (json) std::cout << Json{{"error", "a verb is missing"}}.dump(2) << '\n';
+        std::cerr << programHelp(shapeOf(app), session.errorStyle(), session.interactive);
+        return kWrongUsage;
+    }
+    const std::string text = complaint(app, error);
+    std::cerr << "quorvel-wifi: " << text << '\n';
+    const std::string verb = verbs.empty() || verbs.front() == "help" ? "" : " " + verbs.front();
+    std::cerr << "Try: " << (session.interactive ? "help" : programName() + " help") << verb << '\n';
+    if (json) std::cout << Json{{"error", text}}.dump(2) << '\n';
     return kWrongUsage;
 }
 
-VerbShape shapeOf(const CLI::App& app) {
-    VerbShape shape;
-    shape.name = app.get_name();
-    shape.description = app.get_description();
-    for (const CLI::Option* option : app.get_options()) {
-        if (option->get_positional()) {
-            shape.positionals.push_back(option->get_name(true));
-            continue;
-        }
-        for (const std::string& name : option->get_lnames())
-            shape.options.push_back({"--" + name, option->get_type_size_max() > 0 ? option->get_type_name() : ""});
+// A shell and a batch have one board, which is chosen when they begin, and stay in the foreground.
+void refuseWhatCannotBeNested(const CLI::App& app, const Session& session, const Options& before) {
+    if (!session.nested) return;
+    const std::string verb = app.get_subcommands().empty() ? "" : app.get_subcommands().front()->get_name();
+    if (verb == "shell" || verb == "batch" || verb == "up" || verb == "down") {
+        throw CLI::ValidationError(verb +
+                                   " is not for use in a shell or a batch: they have their board from beginning to "
+                                   "end");
     }
-    for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
-        shape.verbs.push_back(shapeOf(*verb));
-    }
-    return shape;
+    const Options& now = session.options;
+    const auto same = [&](auto member) { return now.*member == before.*member; };
+    const bool texts = same(&Options::board) && same(&Options::state) && same(&Options::plugin) &&
+                       same(&Options::configuration) && same(&Options::programs) && same(&Options::emulator) &&
+                       same(&Options::logFile);
+    if (texts && same(&Options::logLevel) && same(&Options::noSandbox) && same(&Options::realTime)) return;
+    // What plays or checks has a board of its own, or none.
+    if (verb == "play" || verb == "selftest") return;
+    throw CLI::ValidationError(
+        "the board is chosen when a shell or a batch begins; give --board, --state, --plugin, --configuration, "
+        "--log-level, --log-file, --real-time, --no-sandbox, --programs and --emulator there");
 }
 
 }  // namespace
@@ -114,25 +155,28 @@ int dispatch(std::vector<std::string> words, Session& session) {
     int status = kDone;
     CLI::App app("A simulated Wi-Fi gateway with the real plug-in on it, and its data model on the command line.",
                  "quorvel-wifi");
-    app.require_subcommand(1);
-    app.get_formatter()->column_width(34);
-    addOptions(app, session.options);
-    VerbContext context{app, session, status};
-    addVerbs(context);
+    build(app, session, status);
+    app.parse_complete_callback([&] { refuseWhatCannotBeNested(app, session, before); });
+    // Also when the words make no sense.
+    const bool json = session.options.json || std::find(words.begin(), words.end(), "--json") != words.end();
+    const auto failed = [&](const char* text) {
+        std::cout << std::flush;
+        std::cerr << "quorvel-wifi: " << text << '\n';
+        if (json) std::cout << Json{{"error", text}}.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+        status = kFailed;
+    };
     try {
         std::vector<std::string> reversed(words.rbegin(), words.rend());
         app.parse(reversed);
     } catch (const CLI::ParseError& error) {
-        status = explain(app, error);
-    } catch (const GatewayError& error) {
+        status = explain(app, error, session, json);
+    } catch (const Interrupted&) {
         std::cout << std::flush;
-        std::cerr << "quorvel-wifi: " << error.what() << '\n';
-        if (session.options.json) std::cout << Json{{"error", error.what()}}.dump(2) << '\n';
-        status = kFailed;
+        if (!session.interactive) Interrupt::endProgram();
+        std::cerr << '\n';
+        status = kInterrupted;
     } catch (const std::exception& error) {
-        std::cout << std::flush;
-        std::cerr << "quorvel-wifi: " << error.what() << '\n';
-        status = kFailed;
+        failed(error.what());
     }
     session.options = before;
     return status;
@@ -173,27 +217,12 @@ bool splitLine(const std::string& line, std::vector<std::string>& words) {
     return quote == '\0';
 }
 
-VerbShape commandShape() {
+CommandShape commandShape() {
     Session session{Options{}};
     int status = kDone;
     CLI::App app;
-    addOptions(app, session.options);
-    VerbContext context{app, session, status};
-    addVerbs(context);
+    build(app, session, status);
     return shapeOf(app);
-}
-
-std::vector<std::string> verbNames() {
-    Session session{Options{}};
-    int status = kDone;
-    CLI::App app;
-    VerbContext context{app, session, status};
-    addVerbs(context);
-    std::vector<std::string> names;
-    for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
-        names.push_back(verb->get_name());
-    }
-    return names;
 }
 
 }  // namespace quorvel::console

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "CommandShape.h"
 #include "Session.h"
 
 namespace quorvel::console {
@@ -15,24 +16,7 @@ namespace quorvel::console {
 /// Returns false when a quote is left open.
 [[nodiscard]] bool splitLine(const std::string& line, std::vector<std::string>& words);
 
-/// What a command line can be made of.
-struct VerbShape {
-    struct Option {
-        std::string name;   ///< "--board"
-        std::string value;  ///< "NAME|FILE"; empty for a flag
-    };
-
-    std::string name;
-    std::string description;
-    std::vector<Option> options;
-    std::vector<std::string> positionals;
-    std::vector<VerbShape> verbs;
-};
-
 /// Returns the shape of the whole command line: global options and the verbs with theirs.
-[[nodiscard]] VerbShape commandShape();
-
-/// Returns the names of all verbs.
-[[nodiscard]] std::vector<std::string> verbNames();
+[[nodiscard]] CommandShape commandShape();
 
 }  // namespace quorvel::console

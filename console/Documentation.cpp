@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "Client.h"
@@ -50,12 +51,19 @@ std::string templateOf(std::string_view path, std::vector<std::string>* instance
     return bracket == std::string::npos ? text : text.substr(0, bracket);
 }
 
+// The marks that set names apart in the documents would only disturb on a terminal or in JSON.
+std::string withoutMarks(std::istream& file) {
+    std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::erase(text, '`');
+    return text;
+}
+
 }  // namespace
 
 Documentation::Documentation(const Options& options) : document_(std::make_unique<Json>()) {
     const std::string place = programFolder(options) + kPlace;
     std::ifstream file(place);
-    if (file) *document_ = Json::parse(file, nullptr, false);
+    if (file) *document_ = Json::parse(withoutMarks(file), nullptr, false);
     if (!document_->is_object() || !document_->contains("parameters")) {
         throw GatewayError("the description of the data model is missing (" + place + "); build or install all of it");
     }
@@ -81,7 +89,10 @@ Json Documentation::find(std::string_view path) const {
 std::string Documentation::nearest(std::string_view path) const {
     std::vector<std::string> instances;
     const std::string wanted = templateOf(path, &instances);
-    const bool object = wanted.ends_with('.');
+    bool object = wanted.ends_with('.');
+    // Perhaps only the dot behind an object is missing.
+    for (const Json& item : document_->at("objects"))
+        object = object || item.value("path", "") == wanted + ".";
     std::string best;
     unsigned least = static_cast<unsigned>(wanted.size());
     for (const Json& item : document_->at(object ? "objects" : "parameters")) {

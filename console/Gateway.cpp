@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -89,8 +90,8 @@ struct SocketPlace {
     sockaddr_un address_{};
 };
 
-int connectTo(const Options& options) {
-    const SocketPlace place(stateFolder(options));
+int connectTo(const std::string& folder) {
+    const SocketPlace place(folder);
     if (!place.there()) return -1;
     Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (descriptor.get() < 0) return -1;
@@ -190,11 +191,24 @@ std::string programFolder(const Options& options) {
 }
 
 std::unique_ptr<Gateway> Gateway::findRunning(const Options& options) {
-    const int descriptor = connectTo(options);
+    const int descriptor = connectTo(stateFolder(options));
     if (descriptor < 0) return nullptr;
     std::unique_ptr<Gateway> gateway(new Gateway);
     gateway->client_ = std::make_unique<Client>(descriptor);
     return gateway;
+}
+
+std::vector<std::string> Gateway::othersRunning(const Options& options) {
+    std::vector<std::string> names;
+    const std::filesystem::path own = stateFolder(options);
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(own.parent_path(), ignored)) {
+        if (entry.path() == own || !std::filesystem::exists(entry.path() / kSocketName, ignored)) continue;
+        const Descriptor descriptor(connectTo(entry.path()));
+        if (descriptor.get() >= 0) names.push_back(entry.path().filename());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 std::unique_ptr<Gateway> Gateway::open(const Options& options) {

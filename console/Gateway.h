@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Client.h"
 #include "Options.h"
@@ -18,6 +19,9 @@ class Gateway {
 
     /// Returns the background board, or null.
     [[nodiscard]] static std::unique_ptr<Gateway> findRunning(const Options& options);
+
+    /// Returns the names of the state folders, beside the one of these options, whose boards are up in the background.
+    [[nodiscard]] static std::vector<std::string> othersRunning(const Options& options);
 
     /// Boots a board that stays up in the background. Throws GatewayError.
     static void startInBackground(const Options& options);

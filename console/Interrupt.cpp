@@ -1,17 +1,21 @@
 #include "Interrupt.h"
 
+#include <unistd.h>
+
 namespace quorvel::console {
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t interrupted = 0;  // the signal
+unsigned living = 0;
 
-void remember(int) {
-    interrupted = 1;
+void remember(int signal) {
+    interrupted = signal;
 }
 
 }  // namespace
 
-Interrupt::Interrupt() {
+Interrupt::Interrupt() : outermost_(living++ == 0) {
+    if (!outermost_) return;
     interrupted = 0;
     struct sigaction action {};
     action.sa_handler = remember;
@@ -20,12 +24,21 @@ Interrupt::Interrupt() {
 }
 
 Interrupt::~Interrupt() {
+    --living;
+    if (!outermost_) return;
     (void)sigaction(SIGINT, &oldInterrupt_, nullptr);
     (void)sigaction(SIGTERM, &oldTerminate_, nullptr);
 }
 
 bool Interrupt::happened() {
     return interrupted != 0;
+}
+
+void Interrupt::endProgram() {
+    const int signal = interrupted == 0 ? SIGINT : interrupted;
+    (void)std::signal(signal, SIG_DFL);
+    (void)std::raise(signal);
+    _exit(128 + signal);
 }
 
 }  // namespace quorvel::console

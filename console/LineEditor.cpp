@@ -41,13 +41,14 @@ char** complete(const char* word, int, int end) {
         match.erase(0, kept);
     // What can go on is not finished by a blank.
     rl_completion_append_character =
-        theMatches.size() == 1 && theMatches.front().find_last_of(".=") == theMatches.front().size() - 1 ? '\0' : ' ';
+        theMatches.size() == 1 && theMatches.front().find_last_of(".=/") == theMatches.front().size() - 1 ? '\0' : ' ';
     return theMatches.empty() ? nullptr : rl_completion_matches(word, nextMatch);
 }
 
 }  // namespace
 
-LineEditor::LineEditor(std::string historyFile, Complete completer) : historyFile_(std::move(historyFile)) {
+LineEditor::LineEditor(std::string historyFile, Complete completer, Keep keep)
+    : historyFile_(std::move(historyFile)), keep_(std::move(keep)) {
     theCompleter = std::move(completer);
     rl_initialize();
     rl_attempted_completion_function = complete;
@@ -56,10 +57,6 @@ LineEditor::LineEditor(std::string historyFile, Complete completer) : historyFil
     using_history();
     stifle_history(kHistoryLines);
     (void)read_history(historyFile_.c_str());  // the first shell has none
-}
-
-LineEditor::~LineEditor() {
-    (void)write_history(historyFile_.c_str());  // a read-only state folder keeps none
 }
 
 bool LineEditor::read(const std::string& prompt, std::string& line) {
@@ -73,15 +70,17 @@ bool LineEditor::read(const std::string& prompt, std::string& line) {
         return Interrupt::happened();
     }
     line = text.get();
-    if (!line.empty()) (void)add_history(line.c_str());  // a full history forgets the oldest
+    if (line.find_first_not_of(" \t") == std::string::npos || line == last_ || !keep_(line)) return true;
+    last_ = line;
+    (void)add_history(line.c_str());            // a full history forgets the oldest
+    (void)write_history(historyFile_.c_str());  // a read-only state folder keeps none
     return true;
 }
 
 #else
 
-LineEditor::LineEditor(std::string historyFile, Complete) : historyFile_(std::move(historyFile)) {}
-
-LineEditor::~LineEditor() = default;
+LineEditor::LineEditor(std::string historyFile, Complete, Keep keep)
+    : historyFile_(std::move(historyFile)), keep_(std::move(keep)) {}
 
 bool LineEditor::read(const std::string& prompt, std::string& line) {
     if (isatty(STDIN_FILENO) != 0) std::cout << prompt << std::flush;

@@ -12,17 +12,22 @@ class LineEditor {
     /// Returns what the word in front of the cursor can become, given the whole line up to the cursor.
     using Complete = std::function<std::vector<std::string>(const std::string& line, const std::string& word)>;
 
-    /// Takes up the history of `historyFile`, which is written at the end.
-    LineEditor(std::string historyFile, Complete complete);
+    /// Tells whether a line may be kept in the history file.
+    using Keep = std::function<bool(const std::string& line)>;
+
+    /// Takes up the history of `historyFile`, which is written with every line.
+    LineEditor(std::string historyFile, Complete complete, Keep keep);
     LineEditor(const LineEditor&) = delete;
     LineEditor& operator=(const LineEditor&) = delete;
-    ~LineEditor();
+    ~LineEditor() = default;
 
     /// Reads a line without its newline. Returns false at the end of the input.
     [[nodiscard]] bool read(const std::string& prompt, std::string& line);
 
   private:
     std::string historyFile_;
+    Keep keep_;
+    std::string last_;
 };
 
 }  // namespace quorvel::console

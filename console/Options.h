@@ -23,6 +23,6 @@ struct Options {
     bool reveal = false;
 };
 
-enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUsage = 2 };
+enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUsage = 2, kInterrupted = 130 };
 
 }  // namespace quorvel::console

@@ -1,6 +1,7 @@
 #include "Secrets.h"
 
 #include <cctype>
+#include <nlohmann/json.hpp>
 #include <string>
 
 namespace quorvel::console {
@@ -12,6 +13,12 @@ bool isSecret(std::string_view path) {
     }
     if (name.find("passphrase") != std::string::npos || name.find("password") != std::string::npos) return true;
     return name == "presharedkey" || name.starts_with("wepkey") || name.ends_with("secret") || name.ends_with("pin");
+}
+
+nlohmann::ordered_json shownValue(const Options& options, std::string_view path, const nlohmann::ordered_json& value) {
+    if (options.reveal || !isSecret(path)) return value;
+    if (options.json) return nullptr;
+    return value == "" ? value : nlohmann::ordered_json(kMask);
 }
 
 }  // namespace quorvel::console

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <string_view>
+
+#include "Options.h"
 
 namespace quorvel::console {
 
@@ -8,5 +11,9 @@ namespace quorvel::console {
 [[nodiscard]] bool isSecret(std::string_view path);
 
 inline constexpr std::string_view kMask = "********";
+
+/// Returns what of a value may be shown: an empty text shows that nothing is set; JSON has null for what is hidden.
+[[nodiscard]] nlohmann::ordered_json shownValue(const Options& options, std::string_view path,
+                                                const nlohmann::ordered_json& value);
 
 }  // namespace quorvel::console

@@ -6,10 +6,31 @@
 #include <algorithm>
 #include <iostream>
 
+#include "Help.h"
 #include "Interrupt.h"
 #include "Progress.h"
 
 namespace quorvel::console {
+namespace {
+
+// What says how a board boots does nothing to one that is up.
+void warnOfIdleOptions(const Options& options) {
+    std::string idle;
+    const auto add = [&idle](bool given, const char* name) {
+        if (given) idle += (idle.empty() ? "" : ", ") + std::string(name);
+    };
+    add(!options.plugin.empty(), "--plugin");
+    add(!options.configuration.empty(), "--configuration");
+    add(options.logLevel >= 0, "--log-level");
+    add(!options.logFile.empty(), "--log-file");
+    add(options.noSandbox, "--no-sandbox");
+    if (!idle.empty()) {
+        std::cerr << "quorvel-wifi: warning: the board is up already: " << idle
+                  << " would have to be given to \"up\"\n";
+    }
+}
+
+}  // namespace
 
 Session::~Session() = default;
 
@@ -21,12 +42,24 @@ Style Session::errorStyle() const {
     return {options, STDERR_FILENO};
 }
 
+std::string Session::commandFor(const std::string& verb) const {
+    if (nested) return verb;
+    const auto quoted = [](const std::string& word) {
+        return word.find_first_of(" \t'\"$\\&;()<>|*?[]#~`") == std::string::npos ? word : "\"" + word + "\"";
+    };
+    std::string command = programName() + " " + verb;
+    if (options.board != Options{}.board) command += " --board " + quoted(options.board);
+    if (!options.state.empty()) command += " --state " + quoted(options.state);
+    return command;
+}
+
 Gateway& Session::gateway() {
     if (gateway_ != nullptr) return *gateway_;
     Progress progress(errorStyle());
     progress.say("starting the board " + options.board + " ...");
     gateway_ = Gateway::open(options);
     progress.clear();
+    if (gateway_->inBackground()) warnOfIdleOptions(options);
     if (!gateway_->bootTrouble().empty()) std::cerr << "quorvel-wifi: warning: " << gateway_->bootTrouble() << '\n';
     return *gateway_;
 }
@@ -35,30 +68,45 @@ std::vector<Json> Session::ask(const Json& request, const Client::OnPart& onPart
     Client& client = gateway().client();
     Progress progress(errorStyle());
     std::vector<Json> faults;
-    client.idle = [&progress] { progress.tick(); };
+    progress.await("waiting for the board ...");
+    const Interrupt interrupt;
+    const struct Idle {
+        Client& client;
+        ~Idle() {
+            client.idle = nullptr;
+        }
+    } idle{client};
+    client.idle = [&] {
+        interrupt.giveUpIfMine();
+        progress.tick();
+    };
     client.ask(request, [&](const Json& part) {
         if (part.contains("wait")) progress.expect(part.at("wait").get<unsigned>());
         if (part.contains("faults")) {
             for (const Json& fault : part.at("faults"))
                 faults.push_back(fault);
         }
+        // Whatever is printed begins on a clean line.
+        if (!part.contains("wait")) progress.clear();
         onPart(part);
     });
-    client.idle = nullptr;
     return faults;
 }
 
 void Session::letTimePass(unsigned seconds, bool quiet) {
-    if (gateway().runsAhead()) {
+    // Who watches (--real-time) does not want to see it race.
+    if (gateway().runsAhead() && !options.realTime) {
         (void)ask({{"do", "control"}, {"command", {{"op", "time"}, {"advance", seconds}}}}, [](const Json&) {});
         return;
     }
     Progress progress(errorStyle());
+    const Interrupt interrupt;
     if (!quiet) progress.expect(seconds);
     for (unsigned waited = 0; waited < seconds * 10 && !Interrupt::happened(); ++waited) {
         (void)poll(nullptr, 0, 100);
         progress.tick();
     }
+    interrupt.giveUpIfMine();
 }
 
 void Readings::add(const Json& values) {
@@ -88,6 +136,10 @@ Readings readPaths(Session& session, const std::vector<std::string>& paths, std:
         if (path.empty() || std::find(paths.begin(), paths.end(), path) != paths.end()) faults->push_back(fault);
     }
     return readings;
+}
+
+void endInterruptedLine(const Session& session) {
+    if (Interrupt::happened() && session.errorStyle().onTerminal()) std::cerr << '\n';
 }
 
 std::string textOf(const Json& value) {

@@ -24,6 +24,7 @@ class Session {
 
     Options options;
     bool interactive = false;  ///< commands come from a shell
+    bool nested = false;       ///< commands come from a shell or a batch, which has one board for all of them
 
     /// Returns the board, booted if need be. Throws GatewayError.
     [[nodiscard]] Gateway& gateway();
@@ -39,6 +40,9 @@ class Session {
 
     /// Waits for `seconds` of board time, or until an Interrupt. What repeats itself is quiet about it.
     void letTimePass(unsigned seconds, bool quiet = false);
+
+    /// Returns what to type for a verb on this session's board.
+    [[nodiscard]] std::string commandFor(const std::string& verb) const;
 
     [[nodiscard]] Style outStyle() const;
     [[nodiscard]] Style errorStyle() const;
@@ -65,6 +69,9 @@ class Readings {
 
 /// Reads paths quietly: what cannot be read is left out, unless the path itself is at fault, which `faults` tells.
 [[nodiscard]] Readings readPaths(Session& session, const std::vector<std::string>& paths, std::vector<Json>* faults);
+
+/// Ends the line in which the terminal has shown the ^C of an Interrupt.
+void endInterruptedLine(const Session& session);
 
 /// Returns a value's text for people.
 [[nodiscard]] std::string textOf(const Json& value);

@@ -39,8 +39,12 @@ void Table::print(std::ostream& out, const Style& style) const {
 
 void Table::printPlain(std::ostream& out) const {
     for (const auto& cells : rows_) {
-        for (std::size_t i = 0; i < cells.size(); ++i)
-            out << (i == 0 ? "" : "\t") << cells[i];
+        bool first = true;
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            if (!hidden_.empty() && headings_[i] == hidden_) continue;
+            out << (first ? "" : "\t") << cells[i];
+            first = false;
+        }
         out << '\n';
     }
 }

@@ -16,6 +16,10 @@ class Table {
     void row(std::vector<std::string> cells) {
         rows_.push_back(std::move(cells));
     }
+    /// Leaves the column out for programs: it shows what another one says.
+    void hideInPlain(const std::string& heading) {
+        hidden_ = heading;
+    }
     [[nodiscard]] bool empty() const {
         return rows_.empty();
     }
@@ -26,6 +30,7 @@ class Table {
 
   private:
     std::vector<std::string> headings_;
+    std::string hidden_;
     std::vector<std::vector<std::string>> rows_;
 };
 

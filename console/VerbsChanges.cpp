@@ -161,6 +161,7 @@ int watch(Session& session, const Watch& asked) {
     unsigned seen = 0;
     while (!Interrupt::happened() && (asked.count == 0 || seen < asked.count)) {
         session.letTimePass(asked.interval, true);
+        if (Interrupt::happened()) break;
         Json after = readNow(session, asked.paths, faults);
         if (!faults.empty()) return reportFaults(session, faults);
         for (const Change& change : compare(before, after)) {
@@ -171,6 +172,7 @@ int watch(Session& session, const Watch& asked) {
         std::cout << std::flush;
         before = std::move(after);
     }
+    endInterruptedLine(session);
     return kDone;
 }
 
@@ -190,7 +192,7 @@ void printLine(const Session& session, const Json& entry) {
 
 int log(Session& session, unsigned level, unsigned count) {
     if (!session.hasGateway() && Gateway::findRunning(session.options) == nullptr) {
-        throw GatewayError("no board is up whose log could be shown; quorvel-wifi up starts one");
+        throw GatewayError("no board is up whose log could be shown; " + session.commandFor("up") + " starts one");
     }
     const Interrupt interrupt;
     unsigned seen = 0;
@@ -207,6 +209,7 @@ int log(Session& session, unsigned level, unsigned count) {
             ++seen;
         },
         [&] { return Interrupt::happened() || (count != 0 && seen >= count); });
+    endInterruptedLine(session);
     return reportFaults(session, faults);
 }
 
@@ -216,24 +219,31 @@ void addChangeVerbs(VerbContext& context) {
     Session& session = context.session;
     auto first = std::make_shared<std::string>();
     auto second = std::make_shared<std::string>();
-    CLI::App* verb = context.add("diff", "Compare two files that get --json or snapshot --json wrote",
-                                 [&session, first, second] { return diff(session, *first, *second); });
+    CLI::App* verb = context.add(
+        kDataModelVerbs, "diff", "Compare two files of get --json or snapshot --json; 1 when they differ",
+        "diff before.json after.json", [&session, first, second] { return diff(session, *first, *second); });
     verb->add_option("A", *first, "The file before")->required();
     verb->add_option("B", *second, "The file after")->required();
-    verb->footer("Exits with 0 when they are the same, 1 when they differ.");
 
     auto asked = std::make_shared<Watch>();
-    verb = context.add("watch", "Show values as they change", [&session, asked] { return watch(session, *asked); });
+    verb = context.add(kDataModelVerbs, "watch", "Show values as they change",
+                       "watch Device.WiFi.Radio.1.Stats.\nwatch Device.WiFi.Radio.*.Channel --interval 10\n"
+                       "watch Device.WiFi.Radio.1.Stats.BytesSent --count 3",
+                       [&session, asked] { return watch(session, *asked); });
     verb->add_option("PATH", asked->paths, "As for get")->required();
     verb->add_option("--interval", asked->interval, "Look every so many seconds (1)")
         ->type_name("S")
         ->check(CLI::Range(1, 3600));
     verb->add_option("--count", asked->count, "End after so many changes")->type_name("N");
+}
 
+void addLogVerb(VerbContext& context) {
+    Session& session = context.session;
     auto level = std::make_shared<unsigned>(2);
     auto count = std::make_shared<unsigned>(0);
-    verb = context.add("log", "Show the log of a board that is up, live",
-                       [&session, level, count] { return log(session, *level, *count); });
+    CLI::App* const verb =
+        context.add(kBoardVerbs, "log", "Show the log of a board that is up, live", "log --level 0\nlog --count 20",
+                    [&session, level, count] { return log(session, *level, *count); });
     verb->add_option("--level", *level, "0 errors, 1 warnings, 2 notices, 3 tracing (2)")
         ->type_name("LEVEL")
         ->check(CLI::Range(0, 3));

@@ -11,10 +11,7 @@ namespace {
 
 std::string textAt(const Json& parameter, const char* name) {
     const auto found = parameter.find(name);
-    std::string text = found == parameter.end() || found->is_null() ? "" : textOf(*found);
-    // Marks of the documents, which set names apart.
-    std::erase(text, '`');
-    return text;
+    return found == parameter.end() || found->is_null() ? "" : textOf(*found);
 }
 
 std::string accepts(const Json& parameter) {
@@ -77,8 +74,10 @@ int explain(const Session& session, const std::string& path) {
 void addExplainVerbs(VerbContext& context) {
     Session& session = context.session;
     auto path = std::make_shared<std::string>();
-    CLI::App* const verb = context.add("explain", "Tell what a parameter is: type, range, unit and where it comes from",
-                                       [&session, path] { return explain(session, *path); });
+    CLI::App* const verb =
+        context.add(kDataModelVerbs, "explain", "Tell what a parameter is: type, range, unit and where it comes from",
+                    "explain Device.WiFi.Radio.2.DcsDwelltime\nexplain Device.WiFi.SSID.",
+                    [&session, path] { return explain(session, *path); });
     verb->add_option("PATH", *path, "e.g. Device.WiFi.Radio.2.DcsDwelltime or Device.WiFi.SSID.")->required();
 }
 

@@ -56,8 +56,7 @@ int snapshot(Session& session, const std::string& path, bool hex) {
     if (!faults.empty()) return reportFaults(session, faults);
     if (!session.options.reveal) maskHex(taken);
     for (Json& field : taken.at("fields")) {
-        if (session.options.reveal || !isSecret(field.value("path", ""))) continue;
-        field["value"] = session.options.json ? Json(nullptr) : Json(std::string(kMask));
+        field["value"] = shownValue(session.options, field.value("path", ""), field.at("value"));
     }
     if (session.options.json) {
         if (!hex) taken.erase("hex");
@@ -92,11 +91,10 @@ int security(Session& session, unsigned accessPoint) {
     Json kept = Json::object();
     Table table({"Security of access point " + std::to_string(accessPoint), ""});
     for (const auto& [path, value] : readings.all()) {
-        const bool hidden = isSecret(path) && !session.options.reveal;
         const std::string name = path.substr(base.size());
-        const bool empty = value.is_string() && value.get<std::string>().empty();
-        kept[name] = hidden ? Json(nullptr) : value;
-        table.row({name, hidden && !empty ? std::string(kMask) : textOf(value)});
+        const Json shown = shownValue(session.options, path, value);
+        kept[name] = shown;
+        table.row({name, textOf(shown)});
     }
     if (session.options.json) {
         printJson({{"accessPoint", accessPoint}, {"security", kept}}, {});
@@ -112,13 +110,16 @@ void addObjectVerbs(VerbContext& context) {
     Session& session = context.session;
     auto path = std::make_shared<std::string>();
     auto hex = std::make_shared<bool>(false);
-    CLI::App* verb = context.add("snapshot", "Take one object instance as a whole",
-                                 [&session, path, hex] { return snapshot(session, *path, *hex); });
+    CLI::App* verb =
+        context.add(kDataModelVerbs, "snapshot", "Take one object instance as a whole, as it lies in memory",
+                    "snapshot Device.WiFi.SSID.1.\nsnapshot Device.WiFi.Radio.1. --hex",
+                    [&session, path, hex] { return snapshot(session, *path, *hex); });
     verb->add_option("PATH", *path, "e.g. Device.WiFi.SSID.1.")->required();
     verb->add_flag("--hex", *hex, "Show the bytes of the object's context");
 
     auto accessPoint = std::make_shared<unsigned>(0);
-    verb = context.add("security", "Show an access point's security",
+    verb = context.add(kDataModelVerbs, "security", "Show an access point's security, secrets hidden",
+                       "security 1\nsecurity 1 --reveal",
                        [&session, accessPoint] { return security(session, *accessPoint); });
     verb->add_option("AP", *accessPoint, "Access-point instance")->required();
 }

@@ -2,6 +2,7 @@
 #include <iostream>
 
 #include "Faults.h"
+#include "Help.h"
 #include "Table.h"
 #include "Units.h"
 #include "Verbs.h"
@@ -113,7 +114,12 @@ Json valuesAsJson(const Readings& readings) {
 // Sets a channel and reads it back; the value that it had is put back at the end.
 class RoundTrip {
   public:
-    explicit RoundTrip(Session& session) : session_(session) {}
+    explicit RoundTrip(Session& session)
+        : session_(session), people_(!session.options.json && !session.options.plain) {}
+
+    [[nodiscard]] const Json& steps() const {
+        return steps_;
+    }
 
     int run() {
         const std::string path = "Device.WiFi.Radio.2.Channel";
@@ -124,7 +130,9 @@ class RoundTrip {
         if (!faults.empty()) return reportFaults(session_, faults);
         const std::string other = another(possible, before);
         if (other.empty()) return kDone;
-        std::cout << '\n' << session_.outStyle().dress("Set, apply, read back, save", Colour::kHeading) << '\n';
+        if (people_) {
+            std::cout << '\n' << session_.outStyle().dress("Set, apply, read back, save", Colour::kHeading) << '\n';
+        }
         step("get " + path, path + " => " + before);
         if (!set(path, other, true)) return kFailed;
         step("set " + path + "=" + other + " --save", "staged, applied once, saved");
@@ -147,7 +155,13 @@ class RoundTrip {
     }
 
     void step(const std::string& command, const std::string& answer) {
-        std::cout << "  $ quorvel-wifi " << command << "\n    " << answer << '\n' << std::flush;
+        steps_.push_back({{"command", command}, {"answer", answer}});
+        if (session_.options.plain) {
+            std::cout << "$ " << command << '\t' << answer << '\n';
+        } else if (people_) {
+            std::cout << "  $ " << programName() << " " << command << "\n    " << answer << '\n';
+        }
+        std::cout << std::flush;
     }
 
     bool set(const std::string& path, const std::string& value, bool save) {
@@ -159,25 +173,53 @@ class RoundTrip {
     }
 
     Session& session_;
+    bool people_;
+    Json steps_ = Json::array();
 };
 
+void printWhatIsNext(const Session& session) {
+    struct Suggestion {
+        const char* command;
+        const char* meaning;
+    };
+    static constexpr Suggestion kNext[] = {
+        {"set Device.WiFi.SSID.1.SSID=Attic --save", "change an SSID, so that it survives a power cycle"},
+        {"get Device.WiFi.SSID.1.", "and read it back"},
+        {"up", "a board that stays up, for what follows"},
+        {"station join 02:00:00:00:00:77 1", "a station joins access point 1"},
+        {"stations", "see it on the air"},
+        {"scan 1", "what radio 1 hears"},
+        {"down", "switch the board off"},
+        {"play guest-network", "a scenario: what happens, and what must be seen"},
+        {"shell", "many commands, with completion and history"},
+        {"help", "everything else"},
+    };
+    const std::string program = programName();
+    std::cout << '\n' << session.outStyle().dress("Try next", Colour::kHeading) << '\n';
+    for (const Suggestion& next : kNext) {
+        std::string command = program + " " + next.command;
+        if (command.size() < program.size() + 44) command.resize(program.size() + 44, ' ');
+        std::cout << "  " << command << next.meaning << '\n';
+    }
+}
+
 int demonstrate(Session& session) {
-    int status = showOverview(session);
-    if (status == kDone) status = RoundTrip(session).run();
+    Json result;
+    int status = showOverview(session, &result);
     if (status != kDone) return status;
-    std::cout << "\nTry next:\n"
-                 "  ./run shell                                   commands, with completion and history\n"
-                 "  ./run get Device.WiFi.Radio.2.                everything about a radio\n"
-                 "  ./run set Device.WiFi.SSID.1.SSID=Attic --save\n"
-                 "  ./run scan 1                                  the neighbours\n"
-                 "  ./run up; ./run stations; ./run down          a board that stays up\n"
-                 "  ./run --help                                  everything else\n";
-    return kDone;
+    RoundTrip trip(session);
+    status = trip.run();
+    if (session.options.json && status == kDone) {
+        printJson({{"overview", std::move(result)}, {"steps", trip.steps()}}, {});
+    } else if (!session.options.plain && status == kDone) {
+        printWhatIsNext(session);
+    }
+    return status;
 }
 
 }  // namespace
 
-int showOverview(Session& session) {
+int showOverview(Session& session, Json* result) {
     std::vector<Json> faults;
     const Json board = boardOf(session, faults);
     if (!faults.empty()) return reportFaults(session, faults);
@@ -203,17 +245,25 @@ int showOverview(Session& session) {
                                          "Device.WiFi.AccessPoint.*.AssociatedDevice.*.LastDataUplinkRate",
                                          "Device.WiFi.AccessPoint.*.AssociatedDevice.*.OperStandard"},
                                         &faults);
+    const int status = faults.empty() ? kDone : kFailed;
     if (session.options.json) {
-        printJson({{"board", board}, {"values", valuesAsJson(readings)}}, faults);
-        return faults.empty() ? kDone : kFailed;
+        const Json whole{{"board", board}, {"values", valuesAsJson(readings)}};
+        if (result == nullptr || status != kDone) {
+            printJson(whole, faults);
+        } else {
+            *result = whole;
+        }
+        return status;
     }
     printFaults(session, faults);
     if (session.options.plain) {
         for (const auto& [path, value] : readings.all())
             std::cout << path << '\t' << textOf(value) << '\n';
-        return faults.empty() ? kDone : kFailed;
+        return status;
     }
     printBoard(session, board);
+    // Nothing but headings would follow.
+    if (readings.all().empty()) return status;
     std::cout << '\n';
     printRadios(session, readings);
     std::cout << '\n';
@@ -221,13 +271,14 @@ int showOverview(Session& session) {
     std::cout << '\n';
     printStations(session, readings);
     std::cout << std::flush;
-    return faults.empty() ? kDone : kFailed;
+    return status;
 }
 
 void addOverviewVerbs(VerbContext& context) {
     Session& session = context.session;
-    (void)context.add("overview", "The gateway on one screen", [&session] { return showOverview(session); });
-    (void)context.add("demo", "Overview, then set, apply, read back and save before your eyes",
+    (void)context.add(kBoardVerbs, "overview", "The gateway on one screen", "overview\noverview --board dual-band",
+                      [&session] { return showOverview(session); });
+    (void)context.add(kBoardVerbs, "demo", "Overview, then set, apply, read back and save before your eyes", "demo",
                       [&session] { return demonstrate(session); });
 }
 

@@ -5,7 +5,10 @@
 
 #include "Faults.h"
 #include "Interrupt.h"
+#include "NearestWord.h"
 #include "Progress.h"
+#include "Shipped.h"
+#include "Table.h"
 #include "Verbs.h"
 #include "scenario/Player.h"
 #include "scenario/Reader.h"
@@ -16,6 +19,8 @@ namespace {
 
 using scenario::Entry;
 
+constexpr const char* kScenarios = "scenarios";
+
 struct Wishes {
     std::string file;
     std::string junit;
@@ -23,19 +28,44 @@ struct Wishes {
     std::int64_t seed = -1;  // -1: the scenario's own
 };
 
+Json documentAt(const std::filesystem::path& file) {
+    std::ifstream in(file);
+    return Json::parse(in, nullptr, false);
+}
+
 // A shipped scenario may be called by its name alone.
 std::string findScenario(const Session& session, const std::string& name) {
     std::error_code error;
     if (std::filesystem::exists(name, error) || name.find('/') != std::string::npos || name.ends_with(".json"))
         return name;
-    const std::filesystem::path folder = std::filesystem::path(programFolder(session.options)) / "scenarios";
+    const std::filesystem::path folder = shippedFolder(session.options, kScenarios);
     if (std::filesystem::exists(folder / (name + ".json"), error)) return folder / (name + ".json");
-    std::string known;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-        if (entry.path().extension() == ".json") known += (known.empty() ? "" : ", ") + entry.path().stem().string();
+    const std::vector<std::string> known = shippedNames(session.options, kScenarios);
+    throw scenario::ScenarioError(name + ": there is neither such a file nor such a shipped scenario" +
+                                  didYouMean(name, known) + " (shipped: " + listed(known) + ")");
+}
+
+// Lists the scenarios that are shipped.
+int list(const Session& session) {
+    Json all = Json::array();
+    Table table({"Scenario", "What happens"});
+    for (const std::string& name : shippedNames(session.options, kScenarios)) {
+        const Json file = documentAt(shippedFolder(session.options, kScenarios) / (name + ".json"));
+        const std::string description = file.is_object() ? file.value("description", file.value("name", "")) : "";
+        all.push_back({{"scenario", name}, {"description", description}});
+        // For people its first sentence will do.
+        const std::size_t end = session.options.plain ? std::string::npos : description.find(". ");
+        table.row({name, description.substr(0, end == std::string::npos ? end : end + 1)});
     }
-    throw scenario::ScenarioError(name + ": there is neither such a file nor such a shipped scenario; there are: " +
-                                  (known.empty() ? "none" : known));
+    if (session.options.json) {
+        printJson({{"scenarios", all}}, {});
+    } else if (session.options.plain) {
+        table.printPlain(std::cout);
+    } else {
+        table.print(std::cout, session.outStyle());
+        std::cout << "\n" << session.commandFor("play SCENARIO") << " plays one.\n";
+    }
+    return kDone;
 }
 
 const char* mark(Entry::Kind kind) {
@@ -90,7 +120,14 @@ void printSummary(const Session& session, const scenario::Result& result) {
     std::cout << "; board time " << scenario::seconds(result.end) << " s\n";
 }
 
+// Finds out before the scenario takes its time.
+void checkWritable(const std::string& path) {
+    if (path.empty() || std::ofstream(path, std::ios::app)) return;
+    throw GatewayError("cannot write " + path + "; is its folder there and writable?");
+}
+
 int play(Session& session, const Wishes& wishes) {
+    if (wishes.file.empty()) return list(session);
     scenario::Scenario scenario;
     try {
         scenario = scenario::readScenario(findScenario(session, wishes.file));
@@ -104,13 +141,30 @@ int play(Session& session, const Wishes& wishes) {
     if (people) {
         std::cout << session.outStyle().dress(scenario.name, Colour::kHeading) << ", seed " << seed << std::endl;
     }
+    checkWritable(wishes.junit);
+    checkWritable(wishes.events);
     const Interrupt interrupt;
-    const scenario::Result result = scenario::play(
-        scenario, session.options, seed,
-        [&session](const Entry& entry) {
-            if (!session.options.json) printEntry(session, entry);
-        },
-        [] { return Interrupt::happened(); });
+    Progress progress(session.errorStyle());
+    scenario::Result result;
+    try {
+        result = scenario::play(
+            scenario, session.options, seed,
+            [&](const Entry& entry) {
+                progress.clear();
+                if (!session.options.json) printEntry(session, entry);
+            },
+            [&](scenario::Time now) {
+                progress.share(static_cast<double>(now), static_cast<double>(scenario.end),
+                               scenario::seconds(now) + " of " + scenario::seconds(scenario.end) + " s of board time");
+                return Interrupt::happened();
+            });
+    } catch (const GatewayError& error) {
+        if (!Interrupt::happened()) throw;
+        progress.clear();
+        std::cerr << "quorvel-wifi: " << error.what() << '\n';
+        throw Interrupted{};
+    }
+    progress.clear();
     writeFile(wishes.junit, scenario::junit(scenario, result));
     writeFile(wishes.events, scenario::eventLog(result));
     if (session.options.json) printJson(scenario::toJson(scenario, result, seed), {});
@@ -123,10 +177,13 @@ int play(Session& session, const Wishes& wishes) {
 void addPlayVerbs(VerbContext& context) {
     Session& session = context.session;
     auto wishes = std::make_shared<Wishes>();
-    CLI::App* const verb = context.add("play", "Play a scenario on a board of its own, in board time",
-                                       [&session, wishes] { return play(session, *wishes); });
-    verb->add_option("FILE", wishes->file, "Scenario (JSON), or a shipped one's name")->required();
+    CLI::App* const verb =
+        context.add(kManyVerbs, "play", "Play a scenario on a board of its own, in board time; alone: list them",
+                    "play\nplay first-boot\nplay guest-network --seed 7 --junit result.xml",
+                    [&session, wishes] { return play(session, *wishes); });
+    verb->add_option("FILE", wishes->file, "Scenario (JSON), or a shipped one's name");
     verb->add_option("--seed", wishes->seed, "Seed of what varies by chance, instead of the scenario's")
+        ->type_name("N")
         ->check(CLI::Range(std::int64_t{0}, std::int64_t{4294967295}));
     verb->add_option("--junit", wishes->junit, "Write the result as JUnit XML")->type_name("FILE");
     verb->add_option("--events", wishes->events, "Write the event log")->type_name("FILE");

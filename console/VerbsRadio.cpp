@@ -1,10 +1,13 @@
 // scan, channel: what a radio hears.
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <iostream>
 #include <map>
+#include <sstream>
 
 #include "Faults.h"
+#include "Occupancy.h"
 #include "Table.h"
 #include "Units.h"
 #include "Verbs.h"
@@ -13,7 +16,18 @@ namespace quorvel::console {
 namespace {
 
 constexpr std::string_view kResults = "Device.WiFi.NeighboringWiFiDiagnostic.Result.";
-constexpr unsigned kChartWidth = 40;
+
+// The numbers of a comma-separated list.
+std::vector<unsigned> channelsIn(const std::string& list) {
+    std::vector<unsigned> channels;
+    std::istringstream in(list);
+    for (std::string each; std::getline(in, each, ',');) {
+        unsigned number = 0;
+        if (std::from_chars(each.data(), each.data() + each.size(), number).ec == std::errc())
+            channels.push_back(number);
+    }
+    return channels;
+}
 
 std::string radioPath(unsigned radio) {
     return "Device.WiFi.Radio." + std::to_string(radio) + ".";
@@ -56,22 +70,14 @@ std::vector<Network> networksOf(const Readings& readings, const std::string& rad
     return networks;
 }
 
-void printChart(const std::vector<Network>& networks, unsigned own) {
-    std::map<unsigned, unsigned> count;
-    if (own != 0) count[own];
-    for (const Network& network : networks)
-        ++count[static_cast<unsigned>(network.number("Channel"))];
-    unsigned most = 1;
-    for (const auto& [channel, number] : count)
-        most = std::max(most, number);
-    std::cout << "\n  Networks per channel\n";
-    for (const auto& [channel, number] : count) {
-        const std::string label = std::to_string(channel);
-        std::cout << "  " << std::string(label.size() < 4 ? 4 - label.size() : 0, ' ') << label << ' ';
-        const unsigned width = number * kChartWidth / std::max(most, kChartWidth / 2);
-        std::cout << (number == 0 ? "" : bar(1, std::max(width, 1U)) + " ") << number
-                  << (channel == own ? "  <- this radio" : "") << '\n';
+std::vector<OnAir> onAir(const std::vector<Network>& networks) {
+    std::vector<OnAir> found;
+    for (const Network& network : networks) {
+        const int step = network.number("OperatingChannelBandwidth");
+        found.push_back({static_cast<unsigned>(network.number("Channel")),
+                         step >= 1 && step <= 4 ? 10U << static_cast<unsigned>(step) : 20U});
     }
+    return found;
 }
 
 int scan(Session& session, unsigned radio) {
@@ -80,21 +86,29 @@ int scan(Session& session, unsigned radio) {
         {{"do", "set"}, {"settings", Json::array({{{"path", path + "Stats.DiagnosticsState"}, {"value", "2"}}})}},
         [](const Json&) {});
     if (!faults.empty()) return reportFaults(session, faults);
-    const Readings readings = readPaths(session, {path + "Name", path + "Channel", std::string(kResults)}, nullptr);
+    const Readings readings = readPaths(
+        session, {path + "Name", path + "Channel", path + "PossibleChannels", std::string(kResults)}, nullptr);
     const std::vector<Network> networks = networksOf(readings, readings.text(path + "Name"));
+    const std::vector<Occupancy> occupancy =
+        occupancyOf(onAir(networks), channelsIn(readings.text(path + "PossibleChannels")));
     if (session.options.json) {
         Json list = Json::array();
         for (const Network& network : networks)
             list.push_back(network.values);
-        printJson({{"radio", radio}, {"networks", list}}, {});
+        Json channels = Json::array();
+        for (const Occupancy& each : occupancy) {
+            channels.push_back(
+                {{"channel", each.channel}, {"networks", each.networks}, {"overlapping", each.overlapping}});
+        }
+        printJson({{"radio", radio}, {"networks", list}, {"channels", channels}}, {});
         return kDone;
     }
     Table table({"SSID", "BSSID", "Channel", "MHz", "RSSI", "Signal", "Security", "Standards"});
+    table.hideInPlain("Signal");
     for (const Network& network : networks) {
         const int rssi = network.number("SignalStrength");
         table.row({network.text("SSID"), network.text("BSSID"), network.text("Channel"),
-                   bandwidthText(network.number("OperatingChannelBandwidth")), std::to_string(rssi),
-                   session.options.plain ? "" : signalBar(rssi),
+                   bandwidthText(network.number("OperatingChannelBandwidth")), std::to_string(rssi), signalBar(rssi),
                    securityName(static_cast<unsigned>(network.number("SecurityModeEnabled"))),
                    network.text("SupportedStandards")});
     }
@@ -104,10 +118,10 @@ int scan(Session& session, unsigned radio) {
     }
     std::cout << "Radio " << radio << " hears " << networks.size()
               << (networks.size() == 1 ? " network\n" : " networks\n");
-    if (networks.empty()) return kDone;
-    table.print(std::cout, session.outStyle());
+    if (!networks.empty()) table.print(std::cout, session.outStyle());
+    std::cout << '\n';
     const Json own = readings.at(path + "Channel");
-    printChart(networks, own.is_number() ? own.get<unsigned>() : 0);
+    printOccupancy(std::cout, session.outStyle(), occupancy, own.is_number() ? own.get<unsigned>() : 0);
     return kDone;
 }
 
@@ -143,6 +157,30 @@ void printMeasurement(const Session& session, const Json& metrics, const Json& s
     }
 }
 
+// A channel that the radio does not have is the likeliest reason for a measurement to fail.
+void hintAtChannels(Session& session, const std::string& path, unsigned number) {
+    const std::string possible =
+        readPaths(session, {path + "PossibleChannels"}, nullptr).text(path + "PossibleChannels");
+    const std::vector<unsigned> channels = channelsIn(possible);
+    if (channels.empty() || std::find(channels.begin(), channels.end(), number) != channels.end()) return;
+    std::cerr << "  the radio's channels are " << possible << '\n';
+}
+
+// One record per line: a value, or an access point that was heard.
+void printPlain(const Json& metrics, const Json& stats) {
+    const auto group = [](const char* name, const Json& record) {
+        for (const auto& [key, value] : record.items()) {
+            if (!value.is_structured()) std::cout << name << '.' << key << '\t' << textOf(value) << '\n';
+        }
+    };
+    group("metrics", metrics);
+    group("statistics", stats);
+    for (const Json& heard : metrics.value("accessPoints", Json::array())) {
+        std::cout << "accessPoint\t" << heard.value("bssid", "") << '\t' << heard.value("width", 0) << '\t'
+                  << heard.value("rssi", 0) << '\n';
+    }
+}
+
 int channel(Session& session, unsigned radio, unsigned number) {
     const std::string path = radioPath(radio);
     Readings readings;
@@ -151,16 +189,17 @@ int channel(Session& session, unsigned radio, unsigned number) {
         [&readings](const Json& part) {
             if (part.contains("values")) readings.add(part.at("values"));
         });
-    if (!faults.empty()) return reportFaults(session, faults);
+    if (!faults.empty()) {
+        const int status = reportFaults(session, faults);
+        hintAtChannels(session, path, number);
+        return status;
+    }
     const Json metrics = readings.at(path + "DcsChannelMetrics");
     const Json stats = readings.at(path + "RadioChannelStats");
     if (session.options.json) {
         printJson({{"radio", radio}, {"metrics", metrics}, {"statistics", stats}}, {});
     } else if (session.options.plain) {
-        for (const Json& record : {metrics, stats}) {
-            for (const auto& [name, value] : record.items())
-                std::cout << name << '\t' << textOf(value) << '\n';
-        }
+        printPlain(metrics, stats);
     } else {
         printMeasurement(session, metrics, stats);
     }
@@ -172,12 +211,12 @@ int channel(Session& session, unsigned radio, unsigned number) {
 void addRadioVerbs(VerbContext& context) {
     Session& session = context.session;
     auto radio = std::make_shared<unsigned>(0);
-    CLI::App* verb =
-        context.add("scan", "Look for neighbouring networks", [&session, radio] { return scan(session, *radio); });
+    CLI::App* verb = context.add(kAirVerbs, "scan", "Look for neighbouring networks", "scan 1\nscan 3 --plain",
+                                 [&session, radio] { return scan(session, *radio); });
     verb->add_option("RADIO", *radio, "Radio instance")->required();
 
     auto number = std::make_shared<unsigned>(0);
-    verb = context.add("channel", "Measure a channel",
+    verb = context.add(kAirVerbs, "channel", "Measure a channel: noise, air time, access points", "channel 1 36",
                        [&session, radio, number] { return channel(session, *radio, *number); });
     verb->add_option("RADIO", *radio, "Radio instance")->required();
     verb->add_option("CHANNEL", *number, "Channel number")->required();

@@ -21,6 +21,7 @@ std::vector<std::string> selftestCommand(const Options& options) {
         command.push_back(word);
     command.push_back(programs + "/bin/quorvel-wifi-selftest");
     if (options.json) command.emplace_back("--json");
+    if (options.plain) command.emplace_back("--plain");
     if (options.noColor) command.emplace_back("--no-color");
     command.push_back(options.plugin.empty() ? programs + "/lib/libquorvel_wifi.so"
                                              : std::filesystem::absolute(options.plugin).string());
@@ -54,8 +55,8 @@ int selftest(const Session& session) {
 
 void addSelftestVerb(VerbContext& context) {
     Session& session = context.session;
-    (void)context.add("selftest", "Check a built plug-in (--plugin) against the data model and its rules",
-                      [&session] { return selftest(session); });
+    (void)context.add(kManyVerbs, "selftest", "Check a built plug-in (--plugin) against the data model and its rules",
+                      "selftest\nselftest --plugin libquorvel_wifi.so", [&session] { return selftest(session); });
 }
 
 }  // namespace quorvel::console

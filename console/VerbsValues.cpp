@@ -11,11 +11,6 @@
 namespace quorvel::console {
 namespace {
 
-Json masked(const Session& session, const std::string& path, const Json& value) {
-    if (session.options.reveal || !isSecret(path)) return value;
-    return session.options.json ? Json(nullptr) : Json(std::string(kMask));
-}
-
 // Prints values as they come, or keeps them for the JSON at the end.
 class ValuePrinter {
   public:
@@ -24,7 +19,7 @@ class ValuePrinter {
     void print(const Json& values) {
         for (const Json& item : values) {
             const std::string path = item.at("path").get<std::string>();
-            const Json value = masked(session_, path, item.at("value"));
+            const Json value = shownValue(session_.options, path, item.at("value"));
             if (session_.options.json) {
                 kept_[path] = value;
             } else if (session_.options.plain) {
@@ -35,8 +30,12 @@ class ValuePrinter {
         }
     }
 
-    void finish(const std::vector<Json>& faults) {
-        if (session_.options.json) printJson({{"values", kept_}}, faults);
+    /// `more` are members of the JSON beside the values.
+    void finish(const std::vector<Json>& faults, const Json& more = Json::object()) {
+        if (!session_.options.json) return;
+        Json result{{"values", kept_}};
+        result.update(more);
+        printJson(std::move(result), faults);
     }
 
   private:
@@ -102,12 +101,22 @@ int set(Session& session, const std::vector<std::string>& assignments, bool save
         settings.push_back({{"path", assignment.substr(0, sign)}, {"value", valueOf(assignment.substr(sign + 1))}});
     }
     ValuePrinter printer(session);
+    Json differing = Json::object();
     const std::vector<Json> faults =
-        session.ask({{"do", "set"}, {"settings", settings}, {"save", save}}, [&printer](const Json& part) {
+        session.ask({{"do", "set"}, {"settings", settings}, {"save", save}}, [&](const Json& part) {
             if (part.contains("values")) printer.print(part.at("values"));
+            if (!part.contains("readBack")) return;
+            for (const Json& item : part.at("readBack")) {
+                const std::string path = item.value("path", "");
+                differing[path] = shownValue(session.options, path, item.at("value"));
+            }
         });
     printFaults(session, faults);
-    printer.finish(faults);
+    for (const auto& [path, value] : differing.items()) {
+        std::cerr << "quorvel-wifi: warning: " << path << " was accepted but reads back as "
+                  << (value.is_null() ? std::string(kMask) : value.dump()) << '\n';
+    }
+    printer.finish(faults, differing.empty() ? Json::object() : Json{{"readBack", differing}});
     if (faults.empty() && !save && !session.options.json && session.errorStyle().onTerminal()) {
         std::cerr << "not saved: the next power cycle forgets it (--save keeps it)\n";
     }
@@ -157,31 +166,37 @@ void addValueVerbs(VerbContext& context) {
     auto paths = std::make_shared<std::vector<std::string>>();
     auto strict = std::make_shared<bool>(false);
     auto maxDepth = std::make_shared<unsigned>(0);
-    CLI::App* verb =
-        context.add("get", "Read parameters: full paths, partial paths ending in a dot, searches and references",
-                    [&session, paths, maxDepth, strict] { return get(session, *paths, *maxDepth, *strict); });
-    verb->add_option("PATH", *paths, "e.g. Device.WiFi.Radio.*.Status, Device.WiFi.SSID.[Enable==true].SSID")
-        ->required();
+    CLI::App* verb = context.add(
+        kDataModelVerbs, "get", "Read parameters: full and partial paths, searches, references",
+        "get Device.WiFi.Radio.2.Channel\nget Device.WiFi.Radio.*.Status\nget Device.WiFi.SSID.1. --max-depth 1\n"
+        "get 'Device.WiFi.SSID.[Enable==true].SSID'\nget Device.WiFi.AccessPoint.2.SSIDReference+.SSID",
+        [&session, paths, maxDepth, strict] { return get(session, *paths, *maxDepth, *strict); });
+    verb->add_option("PATH", *paths, "A parameter, or an object with a dot behind it")->required();
     verb->add_option("--max-depth", *maxDepth, "Of partial paths, so many levels of objects; 1: the object's own")
         ->type_name("N")
-        ->check(CLI::PositiveNumber);
+        ->check(positive());
     verb->add_flag("--strict", *strict, "Exit with 1 when a search meets a parameter that cannot be read");
 
     auto assignments = std::make_shared<std::vector<std::string>>();
     auto save = std::make_shared<bool>(false);
-    verb = context.add("set", "Write parameters; all or, when one is refused, none",
+    verb = context.add(kDataModelVerbs, "set", "Write parameters; all or, when one is refused, none",
+                       "set Device.WiFi.SSID.1.SSID=Attic --save\n"
+                       "set Device.WiFi.Radio.2.Channel=44 Device.WiFi.Radio.1.Channel=40\n"
+                       "set Device.WiFi.AccessPoint.1.Security.KeyPassphrase=@passphrase.txt",
                        [&session, assignments, save] { return set(session, *assignments, *save); });
     verb->add_option("PATH=VALUE", *assignments, "VALUE @FILE reads a file, - standard input, @@TEXT is @TEXT")
         ->required();
     verb->add_flag("--save", *save, "Make it survive a power cycle");
 
     auto object = std::make_shared<std::string>("Device.WiFi.");
-    verb = context.add("instances", "List the object instances at and below a path",
+    verb = context.add(kDataModelVerbs, "instances", "List the object instances at and below a path",
+                       "instances Device.WiFi.Radio.\ninstances Device.WiFi.AccessPoint.1.",
                        [&session, object] { return instances(session, *object); });
     verb->add_option("PATH", *object, "e.g. Device.WiFi.AccessPoint.");
 
     auto below = std::make_shared<std::string>("Device.");
-    verb = context.add("dump", "List what the data model has", [] { return kDone; });
+    verb = context.add(kDataModelVerbs, "dump", "List what the plug-in's exported table has",
+                       "dump datamodel\ndump datamodel Device.WiFi.Radio. --plain", [] { return kDone; });
     verb->require_subcommand(1);
     CLI::App* const dataModel = verb->add_subcommand("datamodel", "Path, type and access of every parameter");
     dataModel->fallthrough();

@@ -286,7 +286,16 @@ Fault PathWalk::objects(std::string_view whole, std::vector<ObjectMatch>& matche
     std::vector<Place> places{{0, {}}};
     int shape = 0;
     Fault fault = follow(path, text, places, shape);
-    if (fault.code != FaultCode::kNone) return fault;
+    if (fault.code == FaultCode::kNoSuchPath && !whole.ends_with('.')) {
+        std::vector<Match> parameter;
+        if (parameters(whole, parameter).code == FaultCode::kNone) {
+            return {FaultCode::kNoSuchPath, std::string(whole), "this is a parameter, not an object", "", 0, ""};
+        }
+    }
+    if (fault.code != FaultCode::kNone) {
+        if (fault.path == path) fault.path = whole;
+        return fault;
+    }
     for (const Place& place : places)
         collectObjects(place, matches);
     return {};

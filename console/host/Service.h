@@ -33,7 +33,8 @@ class Service {
     /// Answers one request.
     ///
     /// - get: paths, maxDepth; parts `values` ({path, value[, station]}) and `faults`
-    /// - set: settings ({path, value as text}), save; parts `values` as applied and `faults`
+    /// - set: settings ({path, value as text}), save; parts `values` as applied, `readBack` ({path, value}) of those
+    ///   that read differently now, and `faults`
     /// - instances: paths; parts `instances` (texts)
     /// - datamodel: paths; parts `parameters` ({path, type, access})
     /// - complete: path; part `completions` (texts)
@@ -55,6 +56,7 @@ class Service {
     void getMeasurement(const Match& match, std::uint32_t channel, Reply& reply);
     void set(const nlohmann::ordered_json& request, Reply& reply);
     void setAll(const std::vector<Transaction::Setting>& settings, bool save, Reply& reply);
+    void readBack(const std::vector<Transaction::Setting>& settings, Reply& reply);
     void instances(const nlohmann::ordered_json& request, Reply& reply);
     void dataModel(const nlohmann::ordered_json& request, Reply& reply);
     void complete(const nlohmann::ordered_json& request, Reply& reply);

@@ -103,12 +103,27 @@ void Service::setAll(const std::vector<Transaction::Setting>& settings, bool sav
         values_.emplace_back(model_.concrete(*setting.parameter, setting.instances), setting.value);
     }
     flush(reply);
+    readBack(settings, reply);
     if (!save) return;
     heartbeat_.beat();
     const auto saveNvram = plugin_.find<std::uint32_t()>("WifiSaveNvram");
     const std::uint32_t result = saveNvram == nullptr ? 1 : saveNvram();
     if (result == 0) return;
     reply.fault(pluginFault(FaultCode::kInternal, pathOf(0), "the values are applied but could not be saved", result));
+}
+
+// Tells which values the device does not have now although it has taken them.
+void Service::readBack(const std::vector<Transaction::Setting>& settings, Reply& reply) {
+    Json differing = Json::array();
+    for (const Transaction::Setting& setting : settings) {
+        const Parameter& parameter = *setting.parameter;
+        if (parameter.getter == 0 || parameter.call != Call::kOrdinary) continue;
+        heartbeat_.beat();
+        Value now;
+        if (read(parameter, setting.instances, now) != 0 || now == setting.value) continue;
+        differing.push_back({{"path", model_.concrete(parameter, setting.instances)}, {"value", toJson(now)}});
+    }
+    if (!differing.empty()) reply.part({{"readBack", std::move(differing)}});
 }
 
 }  // namespace quorvel::host

@@ -12,6 +12,8 @@ struct Value {
     Type type = Type::kText;
     std::uint32_t number = 0;  ///< an int's bits
     std::string text;
+
+    friend bool operator==(const Value&, const Value&) = default;
 };
 
 /// USP fault codes that the host gives.

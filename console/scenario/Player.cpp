@@ -16,7 +16,7 @@ class Play {
     Play(const Scenario& scenario, Stage& stage, const std::function<void(const Entry&)>& onEntry)
         : scenario_(scenario), stage_(stage), onEntry_(onEntry), open_(scenario.expectations.size(), true) {}
 
-    Result run(const std::function<bool()>& stop) {
+    Result run(const std::function<bool(Time)>& stop) {
         stage_.note("play", "power.on");
         stage_.powerOn();
         add({0, Entry::Kind::kStep, "power.on", ""});
@@ -25,7 +25,7 @@ class Play {
             lookAround();
             const Time now = stage_.now();
             if (now >= scenario_.end && next_ == scenario_.timeline.size()) break;
-            if (stop()) throw console::GatewayError("the scenario was interrupted at " + seconds(now) + " s");
+            if (stop(now)) throw console::GatewayError("the scenario was interrupted at " + seconds(now) + " s");
             stage_.advanceTo(nextPlace(now));
         }
         result_.end = stage_.now();
@@ -120,7 +120,7 @@ class Play {
 }  // namespace
 
 Result play(const Scenario& scenario, const console::Options& options, std::uint64_t seed,
-            const std::function<void(const Entry&)>& onEntry, const std::function<bool()>& stop) {
+            const std::function<void(const Entry&)>& onEntry, const std::function<bool(Time now)>& stop) {
     Stage stage(options, scenario, seed);
     return Play(scenario, stage, onEntry).run(stop);
 }

@@ -1,7 +1,12 @@
+#include <cstdlib>
+#include <fstream>
+
 #include "OnBoard.h"
 
 namespace quorvel::console_test {
 namespace {
+
+using Json = nlohmann::json;
 
 struct Case {
     const char* name;
@@ -73,12 +78,25 @@ TEST_P(WrongUsage, ExitsWithTwoAndSaysWhatToTry) {
 
 INSTANTIATE_TEST_SUITE_P(
     Console, WrongUsage,
-    testing::Values(Usage{"NoVerb", {}, "--help"}, Usage{"MisspeltVerb", {"gte", "x"}, "did you mean \"get\"?"},
-                    Usage{"UnknownOption", {"get", "--fast", "x"}, "--fast"}, Usage{"NoPath", {"get"}, "PATH"},
-                    Usage{"NoValue", {"set", "Device.WiFi.Radio.1.Channel"}, "no PATH=VALUE"},
-                    Usage{"NoValueFile", {"set", "Device.WiFi.SSID.1.SSID=@/nowhere"}, "/nowhere"},
-                    Usage{"LogLevel", {"--log-level", "9", "status"}, "log-level"},
-                    Usage{"WpsAction", {"wps", "1", "jump"}, "jump"}, Usage{"NoPin", {"wps", "1", "pin"}, "PIN"}),
+    testing::Values(
+        Usage{"NoVerb", {}, "Usage: quorvel-wifi"}, Usage{"MisspeltVerb", {"gte", "x"}, "did you mean \"get\"?"},
+        Usage{"VerbLikeNone", {"!!"}, "there is no verb \"!!\"\n"},
+        Usage{"UnknownOption", {"get", "--fast", "x"}, "there is no option \"--fast\""},
+        Usage{"MisspeltOption", {"get", "--max-depht=1", "x"}, "did you mean \"--max-depth\"?"},
+        Usage{"MisspeltGlobalOption", {"get", "x", "--jsno"}, "did you mean \"--json\"?"},
+        Usage{"NoVerbOfAVerb", {"station"}, "station is followed by join, leave, list"},
+        Usage{"MisspeltVerbOfAVerb", {"station", "jion"}, "did you mean \"join\"?"},
+        Usage{"TooMuch", {"scan", "1", "2"}, "\"2\" is one argument too many"},
+        Usage{"NoNumber", {"scan", "one"}, "RADIO: \"one\" is no number"},
+        Usage{"NoAccessPoint", {"stations", "one"}, "\"one\" is no number from 1"},
+        Usage{"NoDepth", {"get", "x", "--max-depth", "0"}, "\"0\" is no number from 1"},
+        Usage{"HelpOfNothing", {"help", "gte"}, "did you mean \"get\"?"},
+        Usage{"BatchOfAFolder", {"batch", "/"}, "cannot read the file /"},
+        Usage{"ScenarioThatIsNone", {"play", "first-boto"}, "did you mean \"first-boot\"?"},
+        Usage{"NoPath", {"get"}, "PATH"}, Usage{"NoValue", {"set", "Device.WiFi.Radio.1.Channel"}, "no PATH=VALUE"},
+        Usage{"NoValueFile", {"set", "Device.WiFi.SSID.1.SSID=@/nowhere"}, "/nowhere"},
+        Usage{"LogLevel", {"--log-level", "9", "status"}, "log-level"},
+        Usage{"WpsAction", {"wps", "1", "psuh"}, "did you mean \"push\"?"}, Usage{"NoPin", {"wps", "1", "pin"}, "PIN"}),
     [](const auto& one) { return one.param.name; });
 
 TEST(Help, ExitsWithZero) {
@@ -91,6 +109,41 @@ TEST(Help, ExitsWithZero) {
         EXPECT_NE(outcome.out.find(std::string("  ") + verb + " "), std::string::npos) << verb;
     }
     EXPECT_EQ(console.run({"get", "--help"}).status, 0);
+    EXPECT_EQ(console.run({"get", "--help"}).out, console.run({"help", "get"}).out);
+    EXPECT_EQ(console.run({"--version"}).out, console.run({"version"}).out);
+}
+
+// Those that go on until somebody ends them, and what needs a plug-in of one's own.
+bool canBeTried(const std::string& example) {
+    for (const char* part : {"events", "log", "shell", "--watch", "--plugin"}) {
+        if (example.find(part) != std::string::npos) return false;
+    }
+    return !example.starts_with("watch ") || example.find("--count") != std::string::npos;
+}
+
+class Example : public OnBoard {};
+
+TEST_F(Example, OfTheHelpDoesWhatItSays) {
+    const Json program = console_.run({"help", "--json"}).json();
+    const std::string place = console_.state();
+    std::ofstream(place + "/passphrase.txt") << "a passphrase";
+    std::ofstream(place + "/commands.txt") << "get Device.WiFi.Radio.1.Name\n";
+    for (const char* file : {"/before.json", "/after.json"})
+        std::ofstream(place + file) << R"({"values": {"Device.WiFi.Radio.1.Name": "wl0"}})";
+    std::size_t tried = 0;
+    for (const Json& verb : program.at("verbs")) {
+        EXPECT_FALSE(verb.at("examples").empty()) << verb.at("name");
+        for (const std::string example : verb.at("examples")) {
+            EXPECT_TRUE(example.starts_with(verb.at("name").get<std::string>())) << example;
+            if (!canBeTried(example)) continue;
+            const std::string command = "cd '" + place + "' && HOME='" + place + "' XDG_STATE_HOME='" + place +
+                                        "' '" QUORVEL_CONSOLE "' " + example + " > out 2>&1";
+            EXPECT_EQ(std::system(command.c_str()), 0) << example;
+            ++tried;
+        }
+    }
+    EXPECT_GT(tried, 40U);
+    (void)std::system(("XDG_STATE_HOME='" + place + "' '" QUORVEL_CONSOLE "' down > /dev/null 2>&1").c_str());
 }
 
 TEST(Board, ThatDoesNotExistIsNamed) {

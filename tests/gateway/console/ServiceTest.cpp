@@ -157,6 +157,15 @@ TEST_F(Requests, StageAllAndApplyOncePerInstance) {
     EXPECT_EQ(fake::state().alias, "second");
 }
 
+TEST_F(Requests, TellWhatReadsDifferentlyOnceItIsApplied) {
+    // The second radio is always a channel above the first.
+    const Collected reply = set({{"Device.WiFi.Radio.2.Channel", "44"}, {"Device.WiFi.Radio.2.Alias", "second"}});
+    EXPECT_TRUE(reply.faults.empty());
+    EXPECT_EQ(reply.values.at("Device.WiFi.Radio.2.Channel"), 44);
+    EXPECT_EQ(reply.others.at("readBack"), Json::parse(R"([{"path": "Device.WiFi.Radio.2.Channel", "value": 45}])"));
+    EXPECT_FALSE(set({{"Device.WiFi.Radio.1.Channel", "44"}}).others.contains("readBack"));
+}
+
 TEST_F(Requests, ApplyNothingWhenOneValueIsRefused) {
     const Collected reply = set({{"Device.WiFi.Radio.1.Channel", "40"}, {"Device.WiFi.Radio.2.Channel", "201"}}, true);
     ASSERT_EQ(reply.faults.size(), 1U);
@@ -236,6 +245,13 @@ TEST_F(Requests, ListInstances) {
     const Collected reply = ask({{"do", "instances"}, {"paths", {"Device.WiFi."}}});
     EXPECT_EQ(reply.others.at("instances"), (Json{"Device.WiFi.Radio.1.", "Device.WiFi.Radio.2.",
                                                   "Device.WiFi.AccessPoint.1.", "Device.WiFi.AccessPoint.1.AC.1."}));
+}
+
+TEST_F(Requests, TellAParameterFromAnObject) {
+    const Collected reply = ask({{"do", "instances"}, {"paths", {"Device.WiFi.Radio.1.Channel"}}});
+    ASSERT_EQ(reply.faults.size(), 1U);
+    EXPECT_EQ(reply.faults.front().at("path"), "Device.WiFi.Radio.1.Channel");
+    EXPECT_EQ(reply.faults.front().at("reason"), "this is a parameter, not an object");
 }
 
 TEST_F(Requests, DescribeTheDataModel) {

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -144,6 +146,26 @@ TEST_P(Documented, CommandsPrintWhatTheDocumentShows) {
 INSTANTIATE_TEST_SUITE_P(Console, Documented, testing::Values("console.md"),
                          [](const auto&) { return std::string("ConsoleDocument"); });
 
+std::vector<std::string> verbs() {
+    const Console console;
+    std::vector<std::string> names;
+    const nlohmann::json program = console.run({"help", "--json"}).json();
+    for (const nlohmann::json& verb : program.at("verbs"))
+        names.push_back(verb.at("name"));
+    EXPECT_GT(names.size(), 20U);
+    return names;
+}
+
+// What these print is what the commands in them print.
+bool runsOthers(const std::string& verb) {
+    return verb == "shell" || verb == "batch";
+}
+
+std::string contents(const std::string& document) {
+    std::ifstream in(QUORVEL_DOCUMENTS + document);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
 TEST(TheConsoleDocument, HasAnExampleOfEveryVerb) {
     std::set<std::string> shown;
     for (const Block& block : blocksOf("console.md")) {
@@ -154,17 +176,48 @@ TEST(TheConsoleDocument, HasAnExampleOfEveryVerb) {
             }
         }
     }
-    const Console console;
-    bool verbs = false;
-    for (const std::string& line : linesOf(console.run({"--help"}).out)) {
-        if (line.starts_with("Subcommands:")) verbs = true;
-        if (!verbs || !line.starts_with("  ") || line[2] == ' ') continue;
-        const std::string verb = line.substr(2, line.find(' ', 2) - 2);
-        // Scenarios and checks of other builds have documents of their own.
-        if (verb == "play" || verb == "selftest") continue;
+    for (const std::string& verb : verbs()) {
         EXPECT_TRUE(shown.contains(verb)) << "docs/console.md has no example of " << verb;
     }
-    EXPECT_TRUE(verbs);
+}
+
+TEST(TheConsoleDocument, ListsThePlainColumnsOfEveryVerb) {
+    const std::string document = contents("/console.md");
+    const std::size_t table = document.find("The columns of plain records:");
+    ASSERT_NE(table, std::string::npos);
+    for (const std::string& verb : verbs()) {
+        if (runsOthers(verb)) continue;
+        EXPECT_NE(document.find("`" + verb, table), std::string::npos) << "docs/console.md has no columns of " << verb;
+    }
+}
+
+TEST(Schemas, AreThereForEveryVerb) {
+    for (const std::string& verb : verbs()) {
+        if (runsOthers(verb)) continue;
+        EXPECT_TRUE(std::filesystem::exists(std::string(QUORVEL_DOCUMENTS) + "/schemas/" + verb + ".json")) << verb;
+    }
+}
+
+TEST(TheManPage, NamesEveryVerbAndOption) {
+    std::string page = contents("/../console/man/quorvel-wifi.1");
+    for (const char* mark : {"\\fR", "\\fB", "\\fI", "\\"}) {
+        for (std::size_t at = page.find(mark); at != std::string::npos; at = page.find(mark))
+            page.erase(at, std::string_view(mark).size());
+    }
+    const Console console;
+    const nlohmann::json program = console.run({"help", "--json"}).json();
+    const auto named = [&page](const std::string& name) {
+        return std::regex_search(page, std::regex("[ \"\n\\[]" + name + "[ \",|\n\\]]"));
+    };
+    for (const nlohmann::json& option : program.at("options")) {
+        EXPECT_TRUE(named(option.at("name"))) << option;
+    }
+    for (const nlohmann::json& verb : program.at("verbs")) {
+        EXPECT_TRUE(named(verb.at("name"))) << verb.at("name");
+        for (const nlohmann::json& option : verb.at("options")) {
+            EXPECT_TRUE(named(option.at("name"))) << verb.at("name") << " " << option;
+        }
+    }
 }
 
 }  // namespace

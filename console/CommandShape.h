@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace quorvel::console {
+
+// What the verbs are about: the headings of the help, in its order.
+inline constexpr const char* kDataModelVerbs = "Data model";
+inline constexpr const char* kAirVerbs = "Radios and stations";
+inline constexpr const char* kBoardVerbs = "The board";
+inline constexpr const char* kManyVerbs = "Many commands, checks and help";
+
+/// What a command line can be made of: the program, a verb, or a verb's verb. Help and completion are made from it.
+struct CommandShape {
+    struct Option {
+        std::string name;   ///< "--board"
+        std::string value;  ///< "NAME|FILE"; empty for a flag
+        std::string description;
+    };
+    struct Positional {
+        std::string name;  ///< "PATH"
+        std::string description;
+        bool required = false;
+        bool many = false;
+    };
+
+    std::string name;
+    std::string heading;
+    std::string description;
+    std::vector<std::string> examples;  ///< what stands behind the program's name
+    std::vector<Option> options;
+    std::vector<Positional> positionals;
+    std::vector<CommandShape> verbs;
+
+    /// Returns the verb of this name, or null.
+    [[nodiscard]] const CommandShape* verb(const std::string& wanted) const;
+    [[nodiscard]] std::vector<std::string> verbNames() const;
+    [[nodiscard]] std::vector<std::string> optionNames() const;
+};
+
+/// Returns the shape of a command line that CLI11 parses.
+[[nodiscard]] CommandShape shapeOf(const CLI::App& app);
+
+}  // namespace quorvel::console
