@@ -146,8 +146,10 @@ char* appendDecimal(char* to, uint32_t value) {
     char digits[10];
     unsigned count = 0;
     do {
-        digits[count++] = static_cast<char>('0' + value % 10);
-        value /= 10;
+        // By multiplication, since the target has no division.
+        const uint32_t rest = static_cast<uint32_t>(value * uint64_t{0xCCCCCCCD} >> 35);
+        digits[count++] = static_cast<char>('0' + (value - rest * 10));
+        value = rest;
     } while (value != 0);
     while (count != 0)
         *to++ = digits[--count];

@@ -2,13 +2,16 @@
 
 #include <cstring>
 
+#include "DecimalText.h"
 #include "QuorvelWiFiInternal.h"
 
 // What most calls pass through is one piece where code may be large.
 #ifdef __OPTIMIZE_SIZE__
 #define QUORVEL_IN_ONE_PIECE
+#define QUORVEL_IN_PLACE
 #else
 #define QUORVEL_IN_ONE_PIECE [[gnu::flatten]]
+#define QUORVEL_IN_PLACE [[gnu::always_inline]] inline
 #endif
 
 namespace quorvel {
@@ -27,31 +30,51 @@ constexpr Object kObjects[kObjectCount] = {
 };
 
 template <typename... Values>
-void log(const Site& site, LogLevel level, const char* format, Values... values) {
+void log(const Site& site, LogLevel level, const char* function, const char* format, Values... values) {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 #pragma GCC diagnostic ignored "-Wformat-security"
-    Quorvel_LogPrint(level, kObjects[site.object].file, site.function(), site.line, format, values...);
+    Quorvel_LogPrint(level, kObjects[site.object].file, function, site.line, format, values...);
 #pragma GCC diagnostic pop
+}
+
+// Logs a format that takes the function's name.
+QUORVEL_IN_PLACE void logTrace(const Site& site, const char* format) {
+    const FunctionText function = functionOf(site);
+    log(site, kLogTrace, function.text(), format, function.text());
 }
 
 }  // namespace
 
+FunctionText functionOf(const Site& site) {
+    return {site, kObjects[site.object].file};
+}
+
+#ifdef __OPTIMIZE_SIZE__
+FunctionText::FunctionText(const Site& site, const char* file) {
+    char* end = append(text_, file + kFileStem.size());
+    if (site.name.entry != FunctionName::kNoEntry) {
+        end = append(end, gQuorvelWiFiDataModelTable.entries[site.name.entry].words[kNameWord].text);
+    }
+    append(end, kEndings + site.name.ending);
+}
+#endif
+
 void logEnter(const Site& site) {
-    log(site, kLogTrace, "%s Enter", site.function());
+    logTrace(site, "%s Enter");
 }
 
 void logDone(const Site& site) {
-    log(site, kLogTrace, "%s DONE", site.function());
+    logTrace(site, "%s DONE");
 }
 
 uint32_t refuse(const Site& site, Result result, const char* message) {
-    log(site, kLogError, message);
+    log(site, kLogError, functionOf(site).text(), message);
     return result;
 }
 
 void logResult(const Site& site, const char* format, uint32_t result) {
-    log(site, kLogError, format, result);
+    log(site, kLogError, functionOf(site).text(), format, result);
 }
 
 uint32_t initialiseContext(void* ctx, const Site& site) {

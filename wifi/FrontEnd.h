@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "FunctionName.h"
 #include "QuorvelWiFiContexts.h"
 #include "QuorvelWiFiExports.h"
 #include "QuorvelWiFiImplementations.h"
@@ -27,24 +28,8 @@ enum Result : uint32_t {
 
 enum LogLevel : uint32_t { kLogError = 0, kLogWarning = 1, kLogTraffic = 2, kLogTrace = 3 };
 
-/// Where a front-end function stands: what its log lines say. Holds no pointer, so that the loader has nothing to
-/// relocate: the function's name stands behind the record that begins with the site, see Named.
-struct Site {
-    uint16_t line;
-    ObjectIndex object;
-    uint8_t nameDistance;  ///< bytes from the site to the name
-
-    [[nodiscard]] const char* function() const {
-        return reinterpret_cast<const char*>(this) + nameDistance;
-    }
-};
-
-/// A record that begins with a site, and the function's name behind it.
-template <typename Record, size_t size>
-struct Named {
-    Record record;
-    char function[size];
-};
+/// Returns the name of a site's function.
+[[nodiscard]] FunctionText functionOf(const Site& site);
 
 /// Logs `text` with the function's name at level 3 ("%s Enter", "%s DONE").
 void logEnter(const Site& site);
@@ -175,20 +160,5 @@ uint32_t stageWord(void* ctx, uint32_t value, const Staging& staging);
 uint32_t stageText(void* ctx, const char* src, uint32_t len, const Staging& staging);
 
 }  // namespace quorvel
-
-// A constant record called `name` that begins with the site of a function.
-#define QUORVEL_RECORD(type, name, functionName, ...)                                                      \
-    static constexpr ::quorvel::Named<type, sizeof(functionName)> name##Named{                             \
-        {{static_cast<uint16_t>(__LINE__), ::quorvel::QUORVEL_CAT3(k, THIS_OBJECT, Object), sizeof(type)}, \
-         __VA_ARGS__},                                                                                     \
-        functionName};                                                                                     \
-    static constexpr const type& name = name##Named.record
-
-// The site of the function it stands in.
-#define QUORVEL_SITE(functionName)                                                                                   \
-    static constexpr ::quorvel::Named<::quorvel::Site, sizeof(functionName)> siteNamed{                              \
-        {static_cast<uint16_t>(__LINE__), ::quorvel::QUORVEL_CAT3(k, THIS_OBJECT, Object), sizeof(::quorvel::Site)}, \
-        functionName};                                                                                               \
-    static constexpr const ::quorvel::Site& site = siteNamed.record
 
 #pragma GCC visibility pop

@@ -2,6 +2,8 @@
 // definition as QUORVEL_DEFINITION; a front end that the file writes out itself is left out with
 //   QUORVEL_OWN_CHECK, QUORVEL_OWN_APPLY, QUORVEL_OWN_SNAPSHOT
 //   <Obj>CheckContextNodeSet, <Obj>ApplyContext, <Obj>InstanceGet
+// QUORVEL_GETTER_WITHOUT_ENTRY is the one text getter of the object, if any, of which the exported table has the setter
+// alone.
 #include "FrontEnd.h"
 #include "Snapshot.h"
 
@@ -108,11 +110,14 @@
 
 // Snapshot.
 #ifndef QUORVEL_OWN_SNAPSHOT
+#ifndef QUORVEL_GETTER_WITHOUT_ENTRY
+#define QUORVEL_GETTER_WITHOUT_ENTRY nullptr
+#endif
 #define FIELD_KIND_boolean quorvel::kBooleanField
 #define FIELD_KIND_unsignedInt quorvel::kUnsignedField
 #define FIELD_KIND_int quorvel::kIntField
 #define FIELD_KIND_string(capacity) capacity
-#define SNAPSHOT_(name, type) {&FUNCTION(name, Get), offsetof(OBJECT_CONTEXT, name), FIELD_KIND_##type},
+#define SNAPSHOT_(name, type) {offsetof(OBJECT_CONTEXT, name), FIELD_KIND_##type},
 #define SNAPSHOT_MAPPED(name, type) SNAPSHOT_(name, type)
 #define SNAPSHOT_BYPASSED(name, type) SNAPSHOT_(name, type)
 #define SNAPSHOT_OWN(name, type) SNAPSHOT_(name, type)
@@ -121,8 +126,8 @@
 #define SNAPSHOT_RESULT(name, type) SNAPSHOT_(name, type)
 #define SNAPSHOT_STATION_TEXT(name, type) SNAPSHOT_(name, type)
 #define SNAPSHOT_STATION_NUMBER(name, type) SNAPSHOT_(name, type)
-#define SNAPSHOT_STATION(name, type)
-#define SNAPSHOT_NONE(name, type)
+#define SNAPSHOT_STATION(name, type) {0, quorvel::kSkippedField},
+#define SNAPSHOT_NONE(name, type) {0, quorvel::kSkippedField},
 #define SNAPSHOT_INSTANCES_0 0, 0
 #define SNAPSHOT_INSTANCES_1 i, 0
 #define SNAPSHOT_INSTANCES_2 i, j
@@ -131,12 +136,12 @@
     uint32_t OBJECT_FUNCTION(InstanceGet)(void* ctx LAST_INSTANCES) { \
         static constexpr quorvel::SnapshotStep steps[] = {
 #define PARAMETER(node, name, access, type, accepted, read, ...) SNAPSHOT_##read(name, type)
-#define OBJECT_END                                                                                      \
-    }                                                                                                   \
-    ;                                                                                                   \
-    QUORVEL_RECORD(quorvel::Snapshot, snapshot, QUORVEL_TEXT(OBJECT_FUNCTION(InstanceGet)), THIS_DEPTH, \
-                   std::size(steps));                                                                   \
-    return quorvel::takeSnapshot(ctx, SNAPSHOT_INSTANCES, steps, snapshot);                             \
+#define OBJECT_END                                                                                        \
+    }                                                                                                     \
+    ;                                                                                                     \
+    QUORVEL_RECORD(quorvel::Snapshot, snapshot, QUORVEL_TEXT(OBJECT_FUNCTION(InstanceGet)), THIS_DEPTH,   \
+                   quorvel::firstRowOf(quorvel::QUORVEL_CAT3(k, THIS_OBJECT, Object)), std::size(steps)); \
+    return quorvel::takeSnapshot(ctx, SNAPSHOT_INSTANCES, steps, snapshot, QUORVEL_GETTER_WITHOUT_ENTRY); \
     }
 #include QUORVEL_DEFINITION
 #undef OBJECT

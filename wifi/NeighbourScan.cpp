@@ -46,7 +46,15 @@ struct Entry {
     uint32_t radio;   // from 1
 };
 
-#define QUORVEL_LOG_SCAN(...) Quorvel_LogPrint(kLogTraffic, kLogFile, kScan, __LINE__, __VA_ARGS__)
+// Logs what was found in an entry: a number, or a text.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+template <typename Value>
+[[gnu::noinline]] void logFound(const char* format, uint32_t number, Value value, uint32_t line) {
+    Quorvel_LogPrint(kLogTraffic, kLogFile, kScan, line, format, number, value);
+}
+#pragma GCC diagnostic pop
+#define QUORVEL_LOG_FOUND(format, value) logFound(format, entry.number, value, __LINE__)
 
 // Returns what follows `prefix` in the line, or null when the line does not start with it.
 const char* afterPrefix(const char* line, std::string_view prefix) {
@@ -66,7 +74,7 @@ struct Token {
     char text[kLineSize];
     const char* end;  // where the next one is looked for
 
-    explicit Token(const char* from) {
+    [[gnu::noinline]] explicit Token(const char* from) {
         while (isBlank(*from))
             ++from;
         size_t length = 0;
@@ -80,9 +88,13 @@ struct Token {
     }
 };
 
+[[gnu::noinline]] void store(char* field, size_t size, const char* text) {
+    memcpy(field, text, strnlen(text, size));
+}
+
 template <size_t size>
 void store(char (&field)[size], const char* text) {
-    memcpy(field, text, strnlen(text, size));
+    store(field, size, text);
 }
 
 int32_t number(const char* text) {
@@ -96,7 +108,7 @@ void findRadio(const Entry& entry) {
     char name[kNameLength + 1] = {};
     (void)WiFiRadioNameGetImpl(entry.radio, name, kNameLength);  // an unread name is empty
     store(entry.result.radio, name);
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_RADIO[%d] found: %s", entry.number, name);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_RADIO[%d] found: %s", name);
 }
 
 void findSsid(const Entry& entry, const char* line) {
@@ -108,7 +120,7 @@ void findSsid(const Entry& entry, const char* line) {
     Token name(*quoted == '\0' ? quoted : quoted + 1);
     if (!name.isEmpty()) name.text[strlen(name.text) - 1] = '\0';
     store(entry.result.ssid, name.text);
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_SSID[%d] found: %s", entry.number, name.text);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_SSID[%d] found: %s", name.text);
 }
 
 void findBssid(const Entry& entry, const char* line) {
@@ -118,7 +130,7 @@ void findBssid(const Entry& entry, const char* line) {
     entry.found.bssid = true;
     const Token bssid(text);
     store(entry.result.bssid, bssid.text);
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_BSSID[%d] found: %s", entry.number, bssid.text);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_BSSID[%d] found: %s", bssid.text);
 }
 
 void findMode(const Entry& entry, const char* line) {
@@ -129,7 +141,7 @@ void findMode(const Entry& entry, const char* line) {
     const Token mode(text);
     // Over the token's length: "Man" is managed too. Meant.
     entry.result.mode = strncmp(mode.text, "Managed", strlen(mode.text)) == 0 ? 2 : 1;
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_MODE[%d] found: %d", entry.number, entry.result.mode);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_MODE[%d] found: %d", entry.result.mode);
 }
 
 void findChannel(const Entry& entry, const char* line) {
@@ -154,11 +166,11 @@ void findChannel(const Entry& entry, const char* line) {
     }
     result.channel = static_cast<uint32_t>(number(channel.text));
     result.operatingFrequencyBand = result.channel < 36 ? 1 : 2;
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_CHANNEL[%d] found: %d", entry.number, result.channel);
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_OPERATINGCHANNELBANDWIDTH[%d] found: %d", entry.number,
-                     result.operatingChannelBandwidth);
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_OPERATINGFREQUENCYBAND[%d] found: %d", entry.number,
-                     result.operatingFrequencyBand);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_CHANNEL[%d] found: %d", result.channel);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_OPERATINGCHANNELBANDWIDTH[%d] found: %d",
+                      result.operatingChannelBandwidth);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_OPERATINGFREQUENCYBAND[%d] found: %d",
+                      result.operatingFrequencyBand);
 }
 
 void findRssi(const Entry& entry, const char* line) {
@@ -167,8 +179,7 @@ void findRssi(const Entry& entry, const char* line) {
     if (text == nullptr) return;
     entry.found.rssi = true;
     entry.result.signalStrength = number(text);
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_SIGNALSTRENGTH[%d] found: %d", entry.number,
-                     entry.result.signalStrength);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_SIGNALSTRENGTH[%d] found: %d", entry.result.signalStrength);
 }
 
 // The first rule that fits a line is the only one.
@@ -201,16 +212,17 @@ void findNoise(const Entry& entry, const char* line) {
     if (text == nullptr) return;
     entry.found.noise = true;
     entry.result.noise = number(text);
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_NOISE[%d] found: %d", entry.number, entry.result.noise);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_NOISE[%d] found: %d", entry.result.noise);
 }
 
 // A comma list that grows in a field and never beyond it.
-template <size_t size>
 struct CommaList {
-    char (&field)[size];
+    char* field;
+    size_t size;
     size_t length = 0;
 
-    explicit CommaList(char (&list)[size]) : field(list) {}
+    template <size_t capacity>
+    explicit CommaList(char (&list)[capacity]) : field(list), size(capacity) {}
     void append(const char* text) {
         const size_t taken = strnlen(text, size - length);
         memcpy(field + length, text, taken);
@@ -242,10 +254,10 @@ void findRates(const Entry& entry, const char* line) {
     }
     supported.end();
     basic.end();
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_SUPPORTEDDATATRANSFERRATES[%d] found: %s", entry.number,
-                     result.supportedDataTransferRates);
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_BASICDATATRANSFERRATES[%d] found: %s", entry.number,
-                     result.basicDataTransferRates);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_SUPPORTEDDATATRANSFERRATES[%d] found: %s",
+                      result.supportedDataTransferRates);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_BASICDATATRANSFERRATES[%d] found: %s",
+                      result.basicDataTransferRates);
 }
 
 void findQbss(const Entry& entry, const char* line) {
@@ -255,8 +267,7 @@ void findQbss(const Entry& entry, const char* line) {
     entry.found.qbss = true;
     const char* share = after(text, "(");
     if (share != nullptr) entry.result.qbssUtilization = static_cast<uint32_t>(number(share));
-    QUORVEL_LOG_SCAN("WIFINEIGHBORINGDIAGNOSTICSRESULT_QBSSUTILIZATION[%d] found: %d", entry.number,
-                     entry.result.qbssUtilization);
+    QUORVEL_LOG_FOUND("WIFINEIGHBORINGDIAGNOSTICSRESULT_QBSSUTILIZATION[%d] found: %d", entry.result.qbssUtilization);
 }
 
 void parseLine(const Entry& entry, const char* line) {
@@ -312,8 +323,8 @@ void decideSecurity(const Entry& entry) {
 }
 
 template <size_t count>
-bool containsAny(const char* text, const char* const (&parts)[count]) {
-    for (const char* part : parts) {
+bool containsAny(const char* text, const char (&parts)[count][4]) {
+    for (const auto& part : parts) {
         if (strstr(text, part) != nullptr) return true;
     }
     return false;
@@ -322,8 +333,8 @@ bool containsAny(const char* text, const char* const (&parts)[count]) {
 void decideStandard(const Entry& entry) {
     constexpr char kDecision[] = "Quorvel_P_WiFiRadioStatsNeighboringWiFiDiagnosticResultDecideStandard";
     // Parts of the text, not rates: "12" alone makes both b and g. Meant.
-    static constexpr const char* kRatesOfB[] = {"1", "2", "5.5", "11"};
-    static constexpr const char* kRatesOfG[] = {"6", "9", "12", "18", "24", "36", "48", "54"};
+    static constexpr char kRatesOfB[][4] = {"1", "2", "5.5", "11"};
+    static constexpr char kRatesOfG[][4] = {"6", "9", "12", "18", "24", "36", "48", "54"};
     const Found& found = entry.found;
     NeighboringWiFiResult& result = entry.result;
     Quorvel_LogPrint(kLogTraffic, kLogFile, kDecision, __LINE__, "Neighboring WiFi[%d]: foundHT[%d], foundVHT[%d]",
@@ -374,7 +385,7 @@ void parseNeighbours(FILE* file, uint32_t radio, NeighboringWiFiResult* results,
         }
         decideSecurity(entry);
         decideStandard(entry);
-        QUORVEL_LOG_SCAN("Neighboring WiFi[%d] parse done.", number);
+        Quorvel_LogPrint(kLogTraffic, kLogFile, kScan, __LINE__, "Neighboring WiFi[%d] parse done.", number);
         found = {};
         ++number;
     }

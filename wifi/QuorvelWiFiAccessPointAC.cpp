@@ -2,6 +2,7 @@
 
 #define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAC.def"
 #define QUORVEL_OWN_APPLY
+#define QUORVEL_GETTER_WITHOUT_ENTRY &WiFiAccessPointACAliasGet
 #include "FrontEndExpansion.h"
 
 #define THIS_OBJECT WiFiAccessPointAC

@@ -157,7 +157,7 @@ uint64_t associationCount(const ManagerAddress& address, const char* mac) {
     ManagerText value;
     (void)readManager(address.radio, address.sub, name, value);  // an unread count is 0
     value.text[kDigits] = '\0';                                  // so many characters count
-    return static_cast<uint64_t>(strtoll(value.text, nullptr, 10));
+    return static_cast<uint64_t>(int64_t{quorvel::decimalNumber(value.text)});
 }
 
 constexpr uint32_t kTransmit = 0;

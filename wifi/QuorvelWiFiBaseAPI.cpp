@@ -31,7 +31,7 @@ bool readManager(uint32_t radio, uint32_t sub, const char* variable, ManagerText
 void copyText(char* to, size_t size, const char* from) {
     if (size == 0) return;
     const size_t length = strnlen(from, size - 1);
-    memmove(to, from, length);
+    memcpy(to, from, length);
     to[length] = '\0';
 }
 
@@ -59,12 +59,14 @@ Conversion conversionOfForeign(const char* name) {
 
 Conversion conversionOf(const MappingRow& row) {
     // The library's own tables hold the very texts.
-    const char* name = row.conversion;
+    [[maybe_unused]] const char* name = row.conversion;
+#ifndef __OPTIMIZE_SIZE__
     if (name == conversion::UINT32) return Conversion::kUint32;
     if (name == conversion::CHAR) return Conversion::kText;
     if (name == conversion::BOOLEAN) return Conversion::kBoolean;
     if (name == conversion::INT32) return Conversion::kInt32;
     if (name == conversion::RBOOLEAN) return Conversion::kReversedBoolean;
+#endif
     return conversionOfForeign(name);
 }
 

@@ -41,7 +41,7 @@ using Counters = uint32_t[count];
 namespace quorvel {
 
 enum ObjectIndex : uint8_t {
-    kSystemObject = 0,
+    kWiFiSystemObject = 0,
 #define OBJECT(index, path, parameters, contextSize, nodeLimit) QUORVEL_CAT3(k, THIS_OBJECT, Object) = index,
 #include "QuorvelWiFiDataModel.def"
     kObjectCount

@@ -64,8 +64,9 @@ struct Mapping {
     uint32_t count;              ///< rows, the header included
 };
 
-/// By object index.
-extern const Mapping kMappings[kObjectCount];
+/// By object index; objects from kMayHaveMapping on have none.
+inline constexpr size_t kMayHaveMapping = 12;
+extern const Mapping kMappings[kMayHaveMapping];
 
 /// Returns how many bytes of text the field of `node` holds. A table that is not the library's own is bounded by what
 /// follows the field in its rows.

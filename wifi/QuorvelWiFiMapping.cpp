@@ -69,17 +69,17 @@ constexpr Mapping mappingOf(uint32_t object) {
 
 }  // namespace
 
-// Every object, with or without a mapping.
-constexpr Mapping kMappings[kObjectCount] = {
-    mappingOf(kSystemObject),
-#define OBJECT(index, ...) mappingOf(index),
-#include "QuorvelWiFiDataModel.def"
+constexpr Mapping kMappings[kMayHaveMapping] = {
+    mappingOf(0), mappingOf(1), mappingOf(2), mappingOf(3), mappingOf(4),  mappingOf(5),
+    mappingOf(6), mappingOf(7), mappingOf(8), mappingOf(9), mappingOf(10), mappingOf(11),
 };
+#define OBJECT(index, ...) static_assert((index) < kMayHaveMapping);
+#include "MappedObjects.h"
 
 size_t textCapacity(const MappingRow* table, uint32_t node, uint32_t count) {
     // The header's number may be a foreign table's choice.
     const Word object = table[0].node;
-    if (object < kObjectCount && kMappings[object].rows == table) return kMappings[object].fieldSizes[node];
+    if (object < kMayHaveMapping && kMappings[object].rows == table) return kMappings[object].fieldSizes[node];
     size_t capacity = kValueSize;
     for (uint32_t n = 1; n < count; ++n) {
         if (table[n].field <= table[node].field) continue;

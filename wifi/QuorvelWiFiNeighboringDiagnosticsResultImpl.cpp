@@ -21,10 +21,10 @@ void release(uint32_t radioIndex) {
 }
 
 // Finds a result for a getter, which logs under its own name. Returns null when there is none.
-NeighboringWiFiResult* findFor(const char* getter, uint32_t k) {
+NeighboringWiFiResult* findFor(const quorvel::Site& getter, uint32_t k) {
     NeighboringWiFiResult* record = nullptr;
     if (QUORVEL_P_WiFiNeighboringDiagnosticsResultGetEntry(k, &record) == 0) return record;
-    Quorvel_LogPrint(quorvel::kLogError, kLogFile, getter, __LINE__,
+    Quorvel_LogPrint(quorvel::kLogError, kLogFile, quorvel::functionOf(getter).text(), __LINE__,
                      "WiFiNeighboring Diagnostics Result Get Entry Fail");
     return nullptr;
 }
@@ -50,7 +50,8 @@ uint32_t copyOut(const char (&member)[size], char* buf, uint32_t len) {
 #define RESULT_OUT_string(capacity) buf, len
 #define PARAMETER(node, name, access, type, accepted, read, source, ...) \
     uint32_t FUNCTION(name, GetImpl)(INSTANCES OUTPUT_##type) {          \
-        const NeighboringWiFiResult* record = findFor(__func__, i);      \
+        QUORVEL_SITE(QUORVEL_TEXT(FUNCTION(name, GetImpl)));             \
+        const NeighboringWiFiResult* record = findFor(site, i);          \
         if (record == nullptr) return kFailed;                           \
         return copyOut(record->MEMBER_##source, RESULT_OUT_##type);      \
     }

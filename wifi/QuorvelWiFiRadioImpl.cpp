@@ -75,8 +75,7 @@ uint32_t WiFiRadioOperatingChannelBandwidthGetImpl(uint32_t radio, uint32_t* out
 uint32_t WiFiRadioRegulatoryDomainGetImpl(uint32_t radio, char* buf, uint32_t len) {
     constexpr uint32_t kDomainLength = 32;
     char domain[kDomainLength + 1] = {};
-    const uint32_t result =
-        readMapped(kWiFiRadioObject, radio, WiFiRadioNode::RegulatoryDomain, domain, kDomainLength);
+    const uint32_t result = readMapped(kWiFiRadioObject, radio, WiFiRadioNode::RegulatoryDomain, domain, kDomainLength);
     char country[4] = {};
     (void)sscanf(domain, "%2s", country);  // a text without country leaves it empty
     country[strlen(country)] = 'I';

@@ -41,37 +41,47 @@ Slot find(uint32_t ap) {
     return {0, 0, false};
 }
 
-}  // namespace
+// What follows logs under the name of the operation that it works for.
 
-// The checks log under the name of the operation that makes them.
-#define QUORVEL_REFUSE_RADIO(radio, result)                                                             \
-    if ((radio) == 0 || (radio) > quorvel::kRadios) {                                                   \
-        QUORVEL_LOG_ERROR("Invalid input params radioIndex:%d WiFiSystemMaxNumberOfRadios():%d", radio, \
-                          WiFiSystemMaxNumberOfRadios());                                               \
-        return result;                                                                                  \
-    }
-#define QUORVEL_REFUSE_ACCESS_POINT(ap, result)                                                  \
-    if ((ap) == 0 || (ap) > kAccessPoints) {                                                     \
-        QUORVEL_LOG_ERROR("Invalid input params accessPointIndex:%d max:%d", ap, kAccessPoints); \
-        return result;                                                                           \
-    }
-#define QUORVEL_LOCK()                                       \
-    if (const uint32_t result = WiFiLock()) {                \
-        QUORVEL_LOG_ERROR("Lock failed, result %d", result); \
-        return result;                                       \
-    }
+bool isRadio(const char* function, uint32_t radio) {
+    if (radio != 0 && radio <= quorvel::kRadios) return true;
+    QUORVEL_LOG_AS(function, quorvel::kLogError, "Invalid input params radioIndex:%d WiFiSystemMaxNumberOfRadios():%d",
+                   radio, WiFiSystemMaxNumberOfRadios());
+    return false;
+}
+
+bool isAccessPoint(const char* function, uint32_t ap) {
+    if (ap != 0 && ap <= kAccessPoints) return true;
+    QUORVEL_LOG_AS(function, quorvel::kLogError, "Invalid input params accessPointIndex:%d max:%d", ap, kAccessPoints);
+    return false;
+}
+
+uint32_t lock(const char* function) {
+    const uint32_t result = WiFiLock();
+    if (result != 0) QUORVEL_LOG_AS(function, quorvel::kLogError, "Lock failed, result %d", result);
+    return result;
+}
+
+uint32_t succeed(const char* function) {
+    QUORVEL_LOG_AS(function, quorvel::kLogTrace, "%s DONE", function);
+    return kSuccess;
+}
+
 // Ends a locked operation: its failure, already logged, counts more than the unlock's.
-#define QUORVEL_UNLOCK(failed)                                 \
-    if (failed) {                                              \
-        (void)WiFiUnlock();                                    \
-        return kFailed;                                        \
-    }                                                          \
-    if (const uint32_t result = WiFiUnlock()) {                \
-        QUORVEL_LOG_ERROR("Unlock failed, result %d", result); \
-        return result;                                         \
-    }                                                          \
-    QUORVEL_LOG_DONE();                                        \
-    return kSuccess
+uint32_t unlock(const char* function, bool failed) {
+    const uint32_t result = WiFiUnlock();
+    if (failed) return kFailed;
+    if (result == 0) return succeed(function);
+    QUORVEL_LOG_AS(function, quorvel::kLogError, "Unlock failed, result %d", result);
+    return result;
+}
+
+uint32_t failWithoutMatch(const char* function) {
+    QUORVEL_LOG_AS(function, quorvel::kLogError, "No access point match found");
+    return kFailed;
+}
+
+}  // namespace
 
 uint32_t WiFiSystemMaxNumberOfRadios(void) {
     return quorvel::kRadios;
@@ -82,45 +92,43 @@ uint32_t WiFiSystemMaxNumberOfAccessPointsPerRadio(void) {
 }
 
 uint32_t WiFiSystemInit(void) {
-    QUORVEL_LOCK();
+    if (const uint32_t result = lock(__func__)) return result;
     const bool failed = wlcsm_mngr_wifi_hal_started(0, 10, 1) == 0;
     if (failed) QUORVEL_LOG_ERROR("wlcsm_mngr_run_cmd - WLCSM_MNGR_CMD_WIFI_HAL_STARTED, FAIL.");
-    QUORVEL_UNLOCK(failed);
+    return unlock(__func__, failed);
 }
 
 uint32_t WiFiSystemStartStopSecurityDaemons(uint32_t start, uint32_t index) {
     constexpr uint32_t kStart = 7;
     constexpr uint32_t kStop = 8;
-    QUORVEL_LOCK();
+    if (const uint32_t result = lock(__func__)) return result;
     const bool failed = wlcsm_mngr_start_stop_services(index, 0, 1, start != 0 ? kStart : kStop) == 0;
     if (failed) QUORVEL_LOG_ERROR("wlcsm_mngr_start_stop_security_daemons: FAIL.");
-    QUORVEL_UNLOCK(failed);
+    return unlock(__func__, failed);
 }
 
 uint32_t WiFiSystemReset(void) {
-    QUORVEL_LOG_DONE();
-    return kSuccess;
+    return succeed(__func__);
 }
 
 uint32_t WiFiSystemResetToFactory(void) {
-    QUORVEL_LOG_DONE();
-    return kSuccess;
+    return succeed(__func__);
 }
 
 uint32_t WiFiSystemRadioInit(uint32_t radio) {
-    QUORVEL_REFUSE_RADIO(radio, kFailed);
-    QUORVEL_LOCK();
+    if (!isRadio(__func__, radio)) return kFailed;
+    if (const uint32_t result = lock(__func__)) return result;
     const bool failed = wlcsm_mngr_restart(radio - 1, 0, 0, 1) == 0;
     if (failed) QUORVEL_LOG_ERROR("wlcsm_mngr_restart: radio[%d], FAIL.", radio - 1);
-    QUORVEL_UNLOCK(failed);
+    return unlock(__func__, failed);
 }
 
 uint32_t WiFiSystemResetRadioToFactory(uint32_t radio) {
-    QUORVEL_REFUSE_RADIO(radio, kFailed);
-    QUORVEL_LOCK();
+    if (!isRadio(__func__, radio)) return kFailed;
+    if (const uint32_t result = lock(__func__)) return result;
     const bool failed = wlcsm_mngr_set(radio - 1, 0, "wlResetRadio", "1") != 0;
     if (failed) QUORVEL_LOG_ERROR("wlcsm_mngr_set wlResetRadio FAIL, radio[%d]", radio - 1);
-    QUORVEL_UNLOCK(failed);
+    return unlock(__func__, failed);
 }
 
 uint32_t WiFiSystemResetRadiosToFactory(void) {
@@ -130,46 +138,39 @@ uint32_t WiFiSystemResetRadiosToFactory(void) {
         QUORVEL_LOG_ERROR("WiFiSystemResetRadioToFactory FAIL result %d", result);
         return result;
     }
-    QUORVEL_LOG_DONE();
-    return kSuccess;
+    return succeed(__func__);
 }
 
 uint32_t WiFiSystemAccessPointRadioInstanceGet(uint32_t ap) {
-    QUORVEL_REFUSE_ACCESS_POINT(ap, kNoRadio);
+    if (!isAccessPoint(__func__, ap)) return kNoRadio;
     const Slot slot = find(ap);
     if (!slot.found) {
-        QUORVEL_LOG_ERROR("No access point match found");
+        (void)failWithoutMatch(__func__);
         return kNoRadio;
     }
-    QUORVEL_LOG_DONE();
+    (void)succeed(__func__);
     return slot.radio + 1;
 }
 
 uint32_t WiFiSystemAccessPointDelete(uint32_t ap) {
-    QUORVEL_REFUSE_ACCESS_POINT(ap, kFailed);
+    if (!isAccessPoint(__func__, ap)) return kFailed;
     const Slot slot = find(ap);
-    if (!slot.found) {
-        QUORVEL_LOG_ERROR("No access point match found");
-        return kFailed;
-    }
+    if (!slot.found) return failWithoutMatch(__func__);
     slots[slot.radio][slot.position] = 0;
-    QUORVEL_LOG_DONE();
-    return kSuccess;
+    return succeed(__func__);
 }
 
 uint32_t WiFiSystemAccessPointCreate(uint32_t radio, uint32_t ap) {
-    QUORVEL_REFUSE_RADIO(radio, kFailed);
-    QUORVEL_REFUSE_ACCESS_POINT(ap, kFailed);
+    if (!isRadio(__func__, radio)) return kFailed;
+    if (!isAccessPoint(__func__, ap)) return kFailed;
     (void)WiFiSystemAccessPointDelete(ap);  // it may be in no slot
     for (uint32_t& slot : slots[radio - 1]) {
         if (slot != 0) continue;
         slot = ap;
-        QUORVEL_LOG_DONE();
-        return kSuccess;
+        return succeed(__func__);
     }
     // In a full row the access point stays without a slot: meant.
-    QUORVEL_LOG_ERROR("No access point match found");
-    return kFailed;
+    return failWithoutMatch(__func__);
 }
 
 uint32_t WiFiSystemResetAccessPointToFactory(uint32_t ap) {
@@ -177,17 +178,17 @@ uint32_t WiFiSystemResetAccessPointToFactory(uint32_t ap) {
     const uint32_t radio = WiFiSystemAccessPointRadioInstanceGet(ap);
     // By its number, not by the slot it may have been moved to: meant.
     const uint32_t sub = quorvel::subIndex(ap);
-    QUORVEL_LOCK();
+    if (const uint32_t result = lock(__func__)) return result;
     const bool failed = wlcsm_mngr_set(radio - 1, sub, "wlResetAP", "1") != 0;
     if (failed) {
         QUORVEL_LOG_ERROR("wlcsm_mngr_set wlResetAP FAIL, radio[%d] accessPointIndex[%d]", radio - 1, sub);
     }
-    QUORVEL_UNLOCK(failed);
+    return unlock(__func__, failed);
 }
 
 // The system object's front ends. It has no parameters and so no definition.
 
-#define THIS_OBJECT System
+#define THIS_OBJECT WiFiSystem
 
 uint32_t WiFiSystemInitContext(void* ctx) {
     QUORVEL_SITE("WiFiSystemInitContext");

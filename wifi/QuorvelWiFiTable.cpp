@@ -10,17 +10,15 @@ namespace {
 
 enum EntryWord : size_t {
     kPath = 0,
-    kName = 1,
+    kName = kNameWord,
     kType = 2,
     kAccess = 3,
     kContextSize = 5,
-    kGetter = 6,
     kInitContext = 36,
     kApplyDepth0 = 37,
     kApplyDepth1 = 38,
     kSetter = 39,
     kApplyDepth2 = 54,
-    kGetterDepth2 = 55,
 };
 
 struct Row {
@@ -55,7 +53,7 @@ constexpr TableEntry makeEntry(const Row& row) {
     const size_t type = row.type;
     const bool setterTakesGettersWord = row.depth == 2 && row.writable && row.type == kTypeString;
     if (!setterTakesGettersWord) {
-        words[row.depth == 2 ? kGetterDepth2 + type : kGetter + 2 * type + row.depth] = row.getter;
+        words[getterWord(type, row.depth)] = row.getter;
     }
     if (!row.writable) return entry;
     words[kContextSize] = Word{row.contextSize};
@@ -122,17 +120,18 @@ constexpr Table makeTable() {
     Table table{};
     size_t n = 0;
     for (const Row& row : kRows)
-        table.entries[n++] = makeEntry(row);
-    // Radio's BandUtilization (node 58) stands before Restart and ResetToFactory (nodes 56 and 57): meant.
-    constexpr size_t kRestart = 10 + 55;
-    static_assert(std::string_view(kRows[kRestart].name) == "Restart");
-    static_assert(std::string_view(kRows[kRestart + 2].name) == "BandUtilization");
-    const TableEntry bandUtilization = table.entries[kRestart + 2];
-    table.entries[kRestart + 2] = table.entries[kRestart + 1];
-    table.entries[kRestart + 1] = table.entries[kRestart];
-    table.entries[kRestart] = bandUtilization;
+        table.entries[entryOfRow(n++)] = makeEntry(row);
     return table;
 }
+
+constexpr bool standsAt(size_t entry, std::string_view name) {
+    for (size_t n = 0; n < kParametersInTable; ++n) {
+        if (entryOfRow(n) == entry) return kRows[n].name == name;
+    }
+    return false;
+}
+static_assert(standsAt(10 + 55, "BandUtilization"));
+static_assert(standsAt(10 + 56, "Restart") && standsAt(10 + 57, "ResetToFactory"));
 
 }  // namespace
 }  // namespace quorvel

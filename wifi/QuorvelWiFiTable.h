@@ -18,6 +18,17 @@ inline constexpr size_t kWordsPerEntry = 72;
 enum TypeCode : Word { kTypeString = 0, kTypeBoolean = 2, kTypeUnsignedInt = 3, kTypeInt = 4 };
 enum AccessCode : Word { kReadOnly = 1, kWritable = 256 };
 
+/// The word of an entry that holds the parameter's name.
+inline constexpr size_t kNameWord = 1;
+
+/// Where the row of the definitions stands in the table: in its place, but for Radio's BandUtilization (node 58), which
+/// stands before Restart and ResetToFactory (nodes 56 and 57). Meant.
+constexpr size_t entryOfRow(size_t row) {
+    constexpr size_t kRestart = 10 + 55;
+    if (row == kRestart || row == kRestart + 1) return row + 1;
+    return row == kRestart + 2 ? kRestart : row;
+}
+
 /// One word of an entry: a number, a text, or a function of one of the signatures in use.
 union TableWord {
     Word value;
@@ -72,6 +83,11 @@ union TableWord {
     constexpr TableWord(uint32_t (*f)(void*, uint32_t, uint32_t, const char*, uint32_t)) : textSet2(f) {}
 };
 static_assert(sizeof(TableWord) == sizeof(Word));
+
+/// Where the getter of a parameter stands in its entry.
+constexpr size_t getterWord(size_t type, size_t depth) {
+    return depth == 2 ? 55 + type : 6 + 2 * type + depth;
+}
 
 struct TableEntry {
     TableWord words[kWordsPerEntry];

@@ -15,24 +15,25 @@ struct RateLists {
 
 constexpr const char* kKeywordTexts[kKeywords] = {"default", "all", "wifi2", "12"};
 
-constexpr RateLists kRead = {{"54", "1,2,5.5,6,9,11,12,18,24,36,48,54", "6,12,24", "6,12"},
-                             {"11", "1,2,5.5,11", "1,2,5.5,6,11,12,24", "1,2"}};
-
-constexpr RateLists kWrite = {{"54", "1,2,5.5,6,9,11,12,18,24,36,48,54", "6,12,24", "6,12"},
+constexpr RateLists kLists = {{"54", "1,2,5.5,6,9,11,12,18,24,36,48,54", "6,12,24", "6,12"},
                               {"11", "1,2,5.5,6,9,11", "1,2,5.5,6,11,12,24", "1,2"}};
+
+// What "all" of the plain list reads as, although it is not accepted: meant.
+constexpr size_t kAll = 1;
+constexpr char kAllPlainRead[] = "1,2,5.5,11";
 
 }  // namespace
 
 const char* basicRatesToRead(bool ofdm, const char* keyword) {
-    const auto& lists = ofdm ? kRead.ofdm : kRead.plain;
+    const auto& lists = ofdm ? kLists.ofdm : kLists.plain;
     for (size_t n = 0; n < kKeywords; ++n) {
-        if (strcmp(keyword, kKeywordTexts[n]) == 0) return lists[n];
+        if (strcmp(keyword, kKeywordTexts[n]) == 0) return !ofdm && n == kAll ? kAllPlainRead : lists[n];
     }
     return nullptr;
 }
 
 const char* basicRatesKeyword(bool ofdm, const char* rates) {
-    const auto& lists = ofdm ? kWrite.ofdm : kWrite.plain;
+    const auto& lists = ofdm ? kLists.ofdm : kLists.plain;
     for (size_t n = 0; n < kKeywords; ++n) {
         if (strcmp(rates, lists[n]) == 0) return kKeywordTexts[n];
     }

@@ -49,27 +49,40 @@ uint32_t read(TableWord getter, const Instance& at, char* buf, uint32_t len) {
 }
 
 template <typename Value>
-uint32_t readNumber(void* ctx, const Instance& at, const SnapshotStep& step) {
+uint32_t readNumber(void* ctx, TableWord getter, const Instance& at, const SnapshotStep& step) {
     Value value{};
-    const uint32_t result = read(step.getter, at, &value);
+    const uint32_t result = read(getter, at, &value);
     if (result == 0) storeBytes(ctx, step.offset, &value, sizeof value);
     return result;
 }
 
-uint32_t readStep(void* ctx, const Instance& at, const SnapshotStep& step, char* text) {
+TypeCode typeOf(const SnapshotStep& step) {
     switch (step.kind) {
         case kBooleanField:
-            return readNumber<uint8_t>(ctx, at, step);
+            return kTypeBoolean;
         case kUnsignedField:
-            return readNumber<uint32_t>(ctx, at, step);
+            return kTypeUnsignedInt;
         case kIntField:
-            return readNumber<int32_t>(ctx, at, step);
+            return kTypeInt;
         default:
-            break;
+            return kTypeString;
     }
+}
+
+// The getter in the parameter's entry. A writable text of depth 2 has its setter there: meant.
+TableWord getterOf(const TableEntry& entry, TypeCode type, uint32_t depth, TextGetter withoutEntry) {
+    if (depth == 2 && type == kTypeString && withoutEntry != nullptr) return withoutEntry;
+    return entry.words[getterWord(type, depth)];
+}
+
+uint32_t readStep(void* ctx, TableWord getter, TypeCode type, const Instance& at, const SnapshotStep& step,
+                  char* text) {
+    if (type == kTypeBoolean) return readNumber<uint8_t>(ctx, getter, at, step);
+    if (type == kTypeUnsignedInt) return readNumber<uint32_t>(ctx, getter, at, step);
+    if (type == kTypeInt) return readNumber<int32_t>(ctx, getter, at, step);
     // A getter may leave the buffer as it is, or append to it.
     memset(text, 0, step.kind + size_t{1});
-    const uint32_t result = read(step.getter, at, text, step.kind);
+    const uint32_t result = read(getter, at, text, step.kind);
     if (result == 0) storeText(ctx, step.offset, text, step.kind);
     return result;
 }
@@ -82,12 +95,20 @@ void beginSnapshot(void* ctx, const Site& site) {
     (void)initialiseContext(ctx, site);  // a context that the host refuses stays as it is
 }
 
-uint32_t takeSnapshot(void* ctx, uint32_t i, uint32_t j, const SnapshotStep* steps, const Snapshot& snapshot) {
+uint32_t takeSnapshot(void* ctx, uint32_t i, uint32_t j, const SnapshotStep* steps, const Snapshot& snapshot,
+                      TextGetter withoutEntry) {
     beginSnapshot(ctx, snapshot.site);
     const Instance at{snapshot.depth, i, j};
     char text[kLargestText + 1];
-    for (uint32_t n = 0; n < snapshot.steps; ++n) {
-        if (const uint32_t result = readStep(ctx, at, steps[n], text)) return endSnapshot(result, snapshot.site);
+    for (size_t n = 0; n < snapshot.steps; ++n) {
+        const SnapshotStep& step = steps[n];
+        if (step.kind == kSkippedField) continue;
+        const TypeCode type = typeOf(step);
+        const TableEntry& entry = gQuorvelWiFiDataModelTable.entries[entryOfRow(snapshot.firstRow + n)];
+        const TableWord getter = getterOf(entry, type, at.depth, withoutEntry);
+        if (const uint32_t result = readStep(ctx, getter, type, at, step, text)) {
+            return endSnapshot(result, snapshot.site);
+        }
     }
     return endSnapshot(kSuccess, snapshot.site);
 }
