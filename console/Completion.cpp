@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "Assignment.h"
 #include "Dispatcher.h"
 #include "Documentation.h"
 #include "Shipped.h"
@@ -143,7 +144,7 @@ class Completer {
                 verb.name == "play" ? fitting(shippedNames(session_.options, "scenarios")) : Candidates{};
             return found.empty() ? filesAt(current()) : found;
         }
-        if (positional == "PATH=VALUE" && current().find('=') != std::string::npos) return parameterValues();
+        if (positional == "PATH=VALUE" && signIn(current()) != std::string::npos) return parameterValues();
         if (positional.find("PATH") == std::string::npos) return {};
         Candidates found = paths(current());
         if (positional == "RADIO|PATH" && current().empty()) {
@@ -210,7 +211,7 @@ class Completer {
     }
 
     [[nodiscard]] Candidates parameterValues() {
-        const std::size_t sign = current().find('=');
+        const std::size_t sign = signIn(current());
         const std::string path = current().substr(0, sign);
         Candidates all;
         try {

@@ -23,8 +23,9 @@ class Session {
     ~Session();
 
     Options options;
-    bool interactive = false;  ///< commands come from a shell
-    bool nested = false;       ///< commands come from a shell or a batch, which has one board for all of them
+    bool interactive = false;      ///< commands come from a shell
+    bool inputIsCommands = false;  ///< standard input is read for commands and has nothing else
+    bool nested = false;           ///< commands come from a shell or a batch, which has one board for all of them
 
     /// Returns the board, booted if need be. Throws GatewayError.
     [[nodiscard]] Gateway& gateway();

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "Assignment.h"
 #include "Completion.h"
 #include "Dispatcher.h"
 #include "LineEditor.h"
@@ -29,7 +30,7 @@ bool holdsSecret(const std::string& line) {
     std::vector<std::string> words;
     (void)splitLine(line, words);  // one with an open quote may hold one, too
     return std::any_of(words.begin(), words.end(), [](const std::string& word) {
-        const std::size_t sign = word.find('=');
+        const std::size_t sign = signIn(word);
         if (sign == std::string::npos || !isSecret(std::string_view(word).substr(0, sign))) return false;
         const std::string value = word.substr(sign + 1);
         return !value.empty() && value != "-" && (value.front() != '@' || value.starts_with("@@"));
@@ -55,6 +56,7 @@ int shell(Session& session) {
     (void)session.gateway();
     session.interactive = isatty(STDIN_FILENO) != 0;
     session.nested = true;
+    session.inputIsCommands = !session.interactive;
     if (session.interactive && session.outStyle().onTerminal()) {
         std::cout << "The board " << session.options.board
                   << (session.gateway().inBackground() ? " is up." : " is up for this shell alone.")
@@ -77,6 +79,7 @@ int shell(Session& session) {
 int batch(Session& session, const std::string& name) {
     std::ifstream file;
     session.nested = true;
+    session.inputIsCommands = name == "-";
     if (name != "-") {
         file.open(name);
         // A folder can be opened and has nothing in it.

@@ -1,8 +1,7 @@
 // get, set, instances, dump: the data model as it is.
-#include <fstream>
 #include <iostream>
-#include <iterator>
 
+#include "Assignment.h"
 #include "Faults.h"
 #include "Secrets.h"
 #include "Table.h"
@@ -74,31 +73,15 @@ int get(Session& session, const std::vector<std::string>& paths, unsigned maxDep
     return failed ? kFailed : kDone;
 }
 
-std::string withoutLastNewline(std::string text) {
-    if (text.ends_with('\n')) text.pop_back();
-    if (text.ends_with('\r')) text.pop_back();
-    return text;
-}
-
-std::string valueOf(const std::string& given) {
-    if (given == "-") {
-        return withoutLastNewline({std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()});
-    }
-    if (given.starts_with("@@")) return given.substr(1);
-    if (!given.starts_with('@')) return given;
-    std::ifstream file(given.substr(1), std::ios::binary);
-    if (!file) throw CLI::ValidationError("cannot read the value from the file " + given.substr(1));
-    return withoutLastNewline({std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()});
-}
-
 int set(Session& session, const std::vector<std::string>& assignments, bool save) {
     Json settings = Json::array();
     for (const std::string& assignment : assignments) {
-        const std::size_t sign = assignment.find('=');
+        const std::size_t sign = signIn(assignment);
         if (sign == std::string::npos || sign == 0) {
             throw CLI::ValidationError("\"" + assignment + "\" is no PATH=VALUE");
         }
-        settings.push_back({{"path", assignment.substr(0, sign)}, {"value", valueOf(assignment.substr(sign + 1))}});
+        const std::string path = assignment.substr(0, sign);
+        settings.push_back({{"path", path}, {"value", valueMeantBy(session, path, assignment.substr(sign + 1))}});
     }
     ValuePrinter printer(session);
     Json differing = Json::object();

@@ -49,8 +49,7 @@ PathText::PathText(std::string_view path) : rooted(path.starts_with(kRoot)) {
 }
 
 bool isInstanceNumber(std::string_view segment) {
-    return !segment.empty() && segment.size() < 10 &&
-           std::all_of(segment.begin(), segment.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return !segment.empty() && std::all_of(segment.begin(), segment.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
 bool isExpression(std::string_view segment) {

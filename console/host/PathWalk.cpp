@@ -15,7 +15,8 @@ std::size_t at(int index) {
 
 std::uint32_t numberOf(std::string_view text) {
     std::uint32_t number = 0;
-    (void)std::from_chars(text.data(), text.data() + text.size(), number);  // isInstanceNumber() has looked at it
+    // It has digits only; one that is too large is none that exists, like 0.
+    (void)std::from_chars(text.data(), text.data() + text.size(), number);
     return number;
 }
 
@@ -223,6 +224,12 @@ Fault PathWalk::follow(std::string_view whole, const PathText& text, std::vector
 }
 
 Fault PathWalk::pick(std::string_view path, const PathText& text, int node, const Parameter*& parameter) const {
+    if (isExpression(text.name)) {
+        const char* const reason = text.name.ends_with(']')
+                                       ? "a search is followed by a dot, or by a dot and a parameter"
+                                       : "a bracket or a quote is left open";
+        return {FaultCode::kBadSyntax, std::string(path), reason, "", 0, ""};
+    }
     const int index = model_.parameter(node, text.name);
     if (index < 0 && model_.child(node, text.name) >= 0) {
         return noSuchPath(path, "this is an object, not a parameter; its path ends with a dot");

@@ -88,6 +88,19 @@ TEST_F(Values, ThatAreSecretNeedNotStandOnTheCommandLine) {
     EXPECT_EQ(console_.run({"get", path, "--reveal"}).out, path + " => from a file\n");
 }
 
+TEST_F(Values, OfASearchCanBeSet) {
+    const Outcome outcome = console_.run({"set", "Device.WiFi.SSID.[SSID==\"Quorvel-Things\"].SSID=a=b"});
+    EXPECT_EQ(outcome.out, "Device.WiFi.SSID.19.SSID => a=b\n") << outcome.error;
+}
+
+TEST_F(Values, AreNotTakenFromAmongTheCommands) {
+    const Outcome outcome =
+        console_.run({"batch", "-"}, "set Device.WiFi.SSID.1.SSID=-\nget Device.WiFi.SSID.1.SSID\n");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.out, "Device.WiFi.SSID.1.SSID => Quorvel-Home\n");
+    EXPECT_NE(outcome.error.find("standard input holds the commands"), std::string::npos) << outcome.error;
+}
+
 TEST_F(Values, MayFillTheirFieldWhole) {
     const std::string path = "Device.WiFi.SSID.1.SSID";
     const std::string longest = "abcdefghijklmnopqrstuvwxyz012345";

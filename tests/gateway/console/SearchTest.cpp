@@ -130,6 +130,17 @@ TEST_F(Searches, FaultWhatMakesNoSenseAlsoWhenThereIsNothingToSearch) {
               Found{"7008 Signal is a number, not a list"});
 }
 
+TEST_F(Searches, SayWhatIsLeftOpenOrMissing) {
+    EXPECT_EQ(find("Device.WiFi.Radio.[Alias==\"x].Enable"), Found{"7008 a bracket or a quote is left open"});
+    EXPECT_EQ(find("Device.WiFi.Radio.[Channel==1.Enable"), Found{"7008 a bracket or a quote is left open"});
+    EXPECT_EQ(find("Device.WiFi.Radio.[Channel==1]"),
+              Found{"7008 a search is followed by a dot, or by a dot and a parameter"});
+}
+
+TEST_F(Searches, KnowNoInstanceOfAnyNumberThatIsTooLarge) {
+    EXPECT_EQ(find("Device.WiFi.Radio.99999999999.Enable").front().substr(0, 5), "7016 ");
+}
+
 TEST_F(Searches, HaveNoComparableValueInAWriteOnlyParameter) {
     EXPECT_EQ(find("Device.WiFi.Radio.[Push==\"x\"].Enable"), Found{"7008 Push has no value of its own to compare"});
 }

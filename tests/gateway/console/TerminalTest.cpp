@@ -30,6 +30,7 @@ class OnTerminal : public OnBoard {
 class Colours : public OnTerminal {};
 class Progress : public OnTerminal {};
 class Shell : public OnTerminal {};
+class Secret : public OnTerminal {};
 
 std::string get(std::vector<std::string> words, const Environment& environment = {}) {
     Terminal terminal(std::move(words), environment);
@@ -94,6 +95,17 @@ TEST_F(Progress, OfWpsEndsWhenTheStationHasCome) {
     (void)terminal.until(" of 120 s");
     EXPECT_NE(terminal.rest().find("WPS on access point 1: a station was let in"), std::string::npos);
     EXPECT_EQ(terminal.status(), 0);
+}
+
+TEST_F(Secret, IsAskedForAndNotShownWhileItIsTyped) {
+    const std::string path = "Device.WiFi.AccessPoint.1.Security.KeyPassphrase";
+    Terminal terminal(command({"set", path + "=-", "--save"}));
+    (void)terminal.until(path + ": ");
+    terminal.type("typed unseen\n");
+    const std::string shown = terminal.rest();
+    EXPECT_EQ(shown.find("typed unseen"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("=> ********"), std::string::npos) << shown;
+    EXPECT_EQ(console_.run({"get", path, "--reveal"}).out, path + " => typed unseen\n");
 }
 
 TEST_F(Shell, CompletesVerbsPathsInstancesAndValues) {
