@@ -124,5 +124,34 @@ TEST_F(Completion, WorksInBash) {
               "no cancel\n");
 }
 
+TEST_F(Completion, WorksInZsh) {
+    if (textOf("zsh -fc 'echo there'") != "there\n") GTEST_SKIP() << "zsh is not installed";
+    const std::string script = console_.state() + "/try.zsh";
+    // Stand-ins for what completion offers its functions.
+    std::ofstream(script) << "compdef() { }\n"
+                             "_files() { print files }\n"
+                             "_describe() { print -r -- ${(P)@[-1]} }\n"
+                             "compadd() { print -r -- ${@[1,-2]} ${(P)@[-1]} }\n"
+                             "try() {\n"
+                             "    words=(\"$@\") CURRENT=$#\n"
+                             "    source '" QUORVEL_SOURCES
+                             "/console/completions/_quorvel-wifi'\n"
+                             "}\n"
+                             "try quorvel-wifi statu | grep -o 'status:[A-Za-z]*'\n"
+                             "try quorvel-wifi --js | grep -o -- '--json:[A-Za-z]*'\n"
+                             "try quorvel-wifi get Device.WiFi.SSID.1.St\n"
+                             "try quorvel-wifi set Device.WiFi.SSID.1.Enable=t\n"
+                             "try quorvel-wifi --board=d\n"
+                             "try quorvel-wifi scan 1 ''\n";
+    const std::string programs = std::filesystem::path(QUORVEL_CONSOLE).parent_path();
+    EXPECT_EQ(textOf("PATH='" + programs + "':$PATH XDG_STATE_HOME='" + console_.state() + "' zsh -f '" + script + "'"),
+              "status:Tell\n"
+              "--json:Print\n"
+              "-S -a Device.WiFi.SSID.1.Stats.\n-a Device.WiFi.SSID.1.Status\n"
+              "-S -a\n-a Device.WiFi.SSID.1.Enable=true\n"
+              "-S -a\n-a --board=dual-band\n"
+              "files\n");
+}
+
 }  // namespace
 }  // namespace quorvel::console_test
