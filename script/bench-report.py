@@ -44,7 +44,7 @@ added("mapped-number-read", "instructions added to the floor, mapped number read
 added("mapped-text-read", "… mapped 64-character text read (`WiFiRadioAliasGet`)", 300)
 added("staged-set", "… staged set (`WiFiRadioChannelSet`)", 60)
 added("apply-one-of-24", "… apply of one staged number, 24 nodes walked (350 + 12 a node)", 350 + 12 * 24)
-added("apply-one-of-65", "… apply of one staged number, 65 nodes walked (350 + 12 a node)", 350 + 12 * 65)
+added("apply-one-of-65", "… of a radio, 65 nodes walked after 19 looks of its own steps (350 + 12 each)", 350 + 12 * (65 + 19))
 
 benchmarks = {}
 with open(os.path.join(folder, "time.json")) as file:

@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "DecimalText.h"
 #include "QuorvelWiFiInternal.h"
 
 // What most calls pass through is one piece where code may be large.
@@ -50,13 +49,13 @@ FunctionText functionOf(const Site& site) {
     return {site, kObjects[site.object].file};
 }
 
-#ifdef __OPTIMIZE_SIZE__
+#ifdef QUORVEL_COMPOSED_NAMES
 FunctionText::FunctionText(const Site& site, const char* file) {
-    char* end = append(text_, file + kFileStem.size());
+    char* end = stpcpy(text_, file + kFileStem.size());
     if (site.name.entry != FunctionName::kNoEntry) {
-        end = append(end, gQuorvelWiFiDataModelTable.entries[site.name.entry].words[kNameWord].text);
+        end = stpcpy(end, gQuorvelWiFiDataModelTable.entries[site.name.entry].words[kNameWord].text);
     }
-    append(end, kEndings + site.name.ending);
+    stpcpy(end, kEndings + site.name.ending);
 }
 #endif
 

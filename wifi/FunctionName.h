@@ -1,6 +1,6 @@
-// The name that a front end's log lines carry. Where code may be large it stands whole behind the function's site;
-// where it must be small (-Os) the site says of which parts it is put together: the object's prefix, the parameter's
-// name as it stands in the exported table, and an ending.
+// The name that a front end's log lines carry. It stands whole behind the function's site, or (QUORVEL_COMPOSED_NAMES,
+// where flash is short) the site says of which parts it is put together: the object's prefix, the parameter's name as
+// it stands in the exported table, and an ending.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 
 namespace quorvel {
 
-#ifdef __OPTIMIZE_SIZE__
+#ifdef QUORVEL_COMPOSED_NAMES
 
 /// The endings of all front ends' names, one after the other.
 inline constexpr char kEndings[] =
@@ -111,7 +111,7 @@ struct Site {
 /// A function's name as text, while this lives.
 class FunctionText {
   public:
-#ifdef __OPTIMIZE_SIZE__
+#ifdef QUORVEL_COMPOSED_NAMES
     /// `file` is the object's source file.
     FunctionText(const Site& site, const char* file);
     [[nodiscard]] const char* text() const {
@@ -134,7 +134,7 @@ class FunctionText {
 }  // namespace quorvel
 
 // A constant record called `name` that begins with the site of the function called `functionName`.
-#ifdef __OPTIMIZE_SIZE__
+#ifdef QUORVEL_COMPOSED_NAMES
 #define QUORVEL_RECORD(type, name, functionName, ...)                                          \
     static constexpr type name {                                                               \
         {static_cast<uint16_t>(__LINE__), ::quorvel::QUORVEL_CAT3(k, THIS_OBJECT, Object),     \
