@@ -47,7 +47,8 @@ void makeWorld(scripted::Platform& platform) {
     platform.setVariableEverywhere("wlStaAssocCnt_00:11:22:33:44:55", "7");
     platform.setNvram("wl0_bsd_steering_policy", "80 5 3 -75 0 0x40");
     platform.setNvram("wps_mode", "enabled");
-    platform.setNvram("wps_proc_status", "0");
+    platform.setNvram("wps_proc_status", "2");
+    platform.setVariableEverywhere("wlWscStaPin", "1234");
     platform.setCommandOutput("wl -i wl0 macmode", "2\n");
 }
 

@@ -30,4 +30,5 @@ int __real_close(int descriptor);
 void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_realloc(void* memory, std::size_t size);
+void __real_free(void* memory);
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <utility>
 
 #include "RealCalls.h"
@@ -34,6 +35,47 @@ std::string contentOf(std::FILE* stream) {
         content.append(buffer, static_cast<std::size_t>(size));
     }
     return content;
+}
+
+struct BreakingText {
+    std::string content;
+    std::size_t position = 0;
+};
+
+ssize_t readBreakingText(void* cookie, char* buffer, std::size_t size) {
+    auto& text = *static_cast<BreakingText*>(cookie);
+    if (text.position == text.content.size()) {
+        errno = EIO;
+        return -1;
+    }
+    const std::size_t given = text.content.copy(buffer, size, text.position);
+    text.position += given;
+    return static_cast<ssize_t>(given);
+}
+
+int seekBreakingText(void* cookie, off64_t* offset, int whence) {
+    auto& text = *static_cast<BreakingText*>(cookie);
+    if (whence != SEEK_SET || *offset < 0 || static_cast<std::size_t>(*offset) > text.content.size()) {
+        errno = EINVAL;
+        return -1;
+    }
+    text.position = static_cast<std::size_t>(*offset);
+    return 0;
+}
+
+int closeBreakingText(void* cookie) {
+    delete static_cast<BreakingText*>(cookie);
+    return 0;
+}
+
+// A stream whose end is an error.
+std::FILE* breakingStreamOf(const std::string& content) {
+    auto text = std::make_unique<BreakingText>(BreakingText{content, 0});
+    std::FILE* stream = fopencookie(text.get(), "r", {readBreakingText, nullptr, seekBreakingText, closeBreakingText});
+    if (stream != nullptr) {
+        (void)text.release();  // the stream's own now
+    }
+    return stream;
 }
 
 std::FILE* streamOf(const std::string& content) {
@@ -83,6 +125,7 @@ void Platform::reset() {
     terminated_.reset();
     files_.clear();
     failingPaths_.clear();
+    breakingStreams_.clear();
     commandOutputs_.clear();
     commandActions_.clear();
     for (const auto& [stream, what] : streams_) {
@@ -228,7 +271,7 @@ void Platform::succeed(const std::string& name) {
 
 std::optional<Platform::Forced> Platform::enter(const std::string& name, const std::string& arguments) {
     const Guard guard(mutex_);
-    calls_.push_back({name, arguments, lockHeld_, ++order_});
+    calls_.push_back({name, arguments, lockHeld_, ++order_, false});
     const std::uint32_t n = ++counts_[name];
     called_.notify_all();
     const auto rules = rules_.find(name);
@@ -237,6 +280,7 @@ std::optional<Platform::Forced> Platform::enter(const std::string& name, const s
     }
     for (auto rule = rules->second.rbegin(); rule != rules->second.rend(); ++rule) {
         if (n >= rule->from && n <= rule->to) {
+            calls_.back().forced = true;
             return rule->forced;
         }
     }
@@ -494,6 +538,11 @@ void Platform::failOpen(const std::string& path) {
     failingPaths_.insert(path);
 }
 
+void Platform::breakReading(const std::string& pathOrCommand) {
+    const Guard guard(mutex_);
+    breakingStreams_.insert(pathOrCommand);
+}
+
 std::vector<std::string> Platform::openStreams() const {
     const Guard guard(mutex_);
     std::vector<std::string> names;
@@ -528,7 +577,8 @@ std::FILE* Platform::openFile(const std::string& path, const std::string& mode) 
         return nullptr;
     }
     const bool fresh = mode.find('w') != std::string::npos || entry == files_.end();
-    std::FILE* stream = streamOf(fresh ? std::string() : entry->second);
+    const bool breaks = !writes && breakingStreams_.count(path) > 0;
+    std::FILE* stream = breaks ? breakingStreamOf(entry->second) : streamOf(fresh ? std::string() : entry->second);
     if (stream == nullptr) {
         return nullptr;
     }
@@ -542,7 +592,8 @@ std::FILE* Platform::openFile(const std::string& path, const std::string& mode) 
 std::FILE* Platform::openCommand(const std::string& command) {
     const Guard guard(mutex_);
     const auto entry = commandOutputs_.find(command);
-    std::FILE* stream = streamOf(entry == commandOutputs_.end() ? std::string() : entry->second);
+    const std::string output = entry == commandOutputs_.end() ? std::string() : entry->second;
+    std::FILE* stream = breakingStreams_.count(command) > 0 ? breakingStreamOf(output) : streamOf(output);
     if (stream != nullptr) {
         streams_[stream] = {command, false, true};
     }
@@ -565,6 +616,32 @@ std::optional<int> Platform::closeStream(std::FILE* stream, const char* callName
     }
     (void)enter(callName, "\"" + what.name + "\"");
     return __real_fclose(stream);
+}
+
+// --- Memory
+// -----------------------------------------------------------------------------------------------------------
+
+void Platform::noteAllocated(const void* block) {
+    if (block == nullptr || !active()) {
+        return;
+    }
+    const Guard guard(blocksMutex_);
+    blocks_.insert(block);
+    blockCount_ = blocks_.size();
+}
+
+void Platform::noteFreed(const void* block) {
+    // Nearly always there is none to look for.
+    if (block == nullptr || blockCount_ == 0) {
+        return;
+    }
+    const Guard guard(blocksMutex_);
+    blocks_.erase(block);
+    blockCount_ = blocks_.size();
+}
+
+std::size_t Platform::liveBlocks() const {
+    return blockCount_;
 }
 
 // --- Event socket

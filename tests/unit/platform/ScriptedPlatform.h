@@ -28,6 +28,7 @@ struct Call {
     std::string arguments;
     bool lockHeld = false;    // whether the lock was held when the call was made
     std::uint64_t order = 0;  // position among all calls and log lines
+    bool forced = false;      // whether a test forced its result
     [[nodiscard]] std::string text() const {
         return name + "(" + arguments + ")";
     }
@@ -147,6 +148,13 @@ class Platform {
     void onCommand(const std::string& command, std::function<int()> action);
     // fopen of this path fails on demand while the others work.
     void failOpen(const std::string& path);
+    // Reading this file, or this command's output, ends with an error in place of its end.
+    void breakReading(const std::string& pathOrCommand);
+
+    // --- Memory
+    // ------------------------------------------------------------------------------------------------------- Blocks
+    // that were allocated while active by malloc, calloc or realloc and have not been freed.
+    [[nodiscard]] std::size_t liveBlocks() const;
 
     // --- Event socket
     // ------------------------------------------------------------------------------------------------- Lets socket()
@@ -176,6 +184,8 @@ class Platform {
     [[nodiscard]] bool allocationsArmed() const {
         return allocationsArmed_.load();
     }
+    void noteAllocated(const void* block);
+    void noteFreed(const void* block);
     void log(LogLine line);
     void slept(double seconds);
     [[nodiscard]] std::uint32_t lock();
@@ -256,9 +266,14 @@ class Platform {
 
     std::map<std::string, std::string> files_;
     std::set<std::string> failingPaths_;
+    std::set<std::string> breakingStreams_;
     std::map<std::string, std::string> commandOutputs_;
     std::map<std::string, std::function<int()>> commandActions_;
     std::map<std::FILE*, Stream> streams_;
+
+    mutable std::mutex blocksMutex_;
+    std::set<const void*> blocks_;
+    std::atomic<std::size_t> blockCount_ = 0;
 
     bool readsScripted_ = false;
     std::vector<ReadStep> reads_;

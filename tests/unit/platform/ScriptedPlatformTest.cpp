@@ -161,6 +161,43 @@ void* readTwice(void*) {
     }
 }
 
+TEST_F(ScriptedPlatform, TellsForcedCallsFromOthers) {
+    platform.failAt("wlcsm_mngr_restart", 2);
+    (void)wlcsm_mngr_restart(0, 0, 0, 1);
+    (void)wlcsm_mngr_restart(1, 0, 0, 1);
+    ASSERT_EQ(platform.calls().size(), 2U);
+    EXPECT_FALSE(platform.calls()[0].forced);
+    EXPECT_TRUE(platform.calls()[1].forced);
+}
+
+TEST_F(ScriptedPlatform, BreaksReadingWhereTheTextEnds) {
+    platform.setFile("/tmp/file", "one\ntw");
+    platform.breakReading("/tmp/file");
+    std::FILE* file = std::fopen("/tmp/file", "r");
+    ASSERT_NE(file, nullptr);
+    for (int round = 0; round < 2; ++round) {
+        char line[16] = {};
+        ASSERT_NE(std::fgets(line, sizeof line, file), nullptr);
+        EXPECT_STREQ(line, "one\n");
+        while (std::fgets(line, sizeof line, file) != nullptr) {
+        }
+        EXPECT_NE(std::ferror(file), 0);
+        EXPECT_EQ(std::feof(file), 0);
+        std::rewind(file);
+    }
+    (void)std::fclose(file);
+}
+
+TEST_F(ScriptedPlatform, CountsTheBlocksThatAreNotFreed) {
+    const std::size_t before = platform.liveBlocks();
+    void* volatile block = std::calloc(1, 8);
+    EXPECT_EQ(platform.liveBlocks(), before + 1);
+    void* volatile larger = std::realloc(block, 4096);
+    EXPECT_EQ(platform.liveBlocks(), before + 1);
+    std::free(larger);
+    EXPECT_EQ(platform.liveBlocks(), before);
+}
+
 TEST_F(ScriptedPlatform, EndsTheReaderWhenTheScriptedReadsAreUsedUp) {
     platform.scriptReads({{"abc", 0, 0}, {"", -1, 5}});
     platform.runInThread(readTwice, nullptr);

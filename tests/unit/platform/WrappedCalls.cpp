@@ -271,7 +271,9 @@ void* __wrap_malloc(std::size_t size) {
         errno = ENOMEM;
         return nullptr;
     }
-    return __real_malloc(size);
+    void* const block = __real_malloc(size);
+    platform().noteAllocated(block);
+    return block;
 }
 
 void* __wrap_calloc(std::size_t count, std::size_t size) {
@@ -279,7 +281,9 @@ void* __wrap_calloc(std::size_t count, std::size_t size) {
         errno = ENOMEM;
         return nullptr;
     }
-    return __real_calloc(count, size);
+    void* const block = __real_calloc(count, size);
+    platform().noteAllocated(block);
+    return block;
 }
 
 void* __wrap_realloc(void* memory, std::size_t size) {
@@ -287,7 +291,15 @@ void* __wrap_realloc(void* memory, std::size_t size) {
         errno = ENOMEM;
         return nullptr;
     }
-    return __real_realloc(memory, size);
+    platform().noteFreed(memory);
+    void* const block = __real_realloc(memory, size);
+    platform().noteAllocated(block);
+    return block;
+}
+
+void __wrap_free(void* memory) {
+    platform().noteFreed(memory);
+    __real_free(memory);
 }
 
 }  // extern "C"
