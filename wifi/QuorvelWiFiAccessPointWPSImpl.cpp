@@ -54,8 +54,9 @@ struct Staged {
     [[nodiscard]] bool has(uint32_t node) const {
         return WiFiAccessPointWPSCheckContextNodeSet(&context, node) != 0;
     }
-    void clear(uint32_t node) const {
-        (void)Quorvel_ContextClearMap(&context, node);
+    // Returns whether the host has cleared the mark.
+    bool clear(uint32_t node) const {
+        return Quorvel_ContextClearMap(&context, node) == 0;
     }
     void write(const char* variable, const char* value) const {
         (void)wlcsm_mngr_set(radio, sub, variable, value);
@@ -85,7 +86,7 @@ void applyEnable(const Staged& staged) {
         wpsRadios &= ~bit;
         if (wpsRadios == 0) (void)wlcsm_nvram_set("wps_mode", "disabled");
     }
-    staged.clear(WiFiAccessPointWPSNode::Enable);
+    (void)staged.clear(WiFiAccessPointWPSNode::Enable);
 }
 
 // Starts the exchange of the staged method.
@@ -119,12 +120,14 @@ uint32_t WiFiAccessPointWPSApplyContextImpl(void* ctx, uint32_t ap) {
     // Whatever value is staged: meant.
     if (staged.has(WiFiAccessPointWPSNode::ButtonPush)) {
         if (staged.wpsIsEnabled()) startExchange(staged);
-        staged.clear(WiFiAccessPointWPSNode::ButtonPush);
+        (void)staged.clear(WiFiAccessPointWPSNode::ButtonPush);
     }
+    // One more than the table's rows: node 9 is not marked by then, and only a marked node's row is looked at. Meant.
+    uint32_t count = quorvel::kWpsCancelNode + 1;
     if (staged.has(quorvel::kWpsCancelNode)) {
         if (staged.wpsIsEnabled()) staged.exchange("cancel");
-        staged.clear(quorvel::kWpsCancelNode);
+        // A mark that the host leaves must not lead behind the table.
+        if (!staged.clear(quorvel::kWpsCancelNode)) count = quorvel::kWpsCancelNode;
     }
-    // One more than the table's rows: node 9 is never marked here, and only a marked node's row is looked at. Meant.
-    return Quorvel_P_WiFiApplyContext(radio, ap, ctx, quorvel::kWiFiAccessPointWPSMapping, quorvel::kWpsCancelNode + 1);
+    return Quorvel_P_WiFiApplyContext(radio, ap, ctx, quorvel::kWiFiAccessPointWPSMapping, count);
 }
