@@ -127,14 +127,18 @@ std::string Readings::text(const std::string& path) const {
 
 Readings readPaths(Session& session, const std::vector<std::string>& paths, std::vector<Json>* faults) {
     Readings readings;
-    const std::vector<Json> failed = session.ask({{"do", "get"}, {"paths", paths}}, [&readings](const Json& part) {
+    bool managerLost = false;
+    const std::vector<Json> failed = session.ask({{"do", "get"}, {"paths", paths}}, [&](const Json& part) {
         if (part.contains("values")) readings.add(part.at("values"));
+        if (part.contains("managerLost")) managerLost = true;
     });
     if (faults == nullptr) return readings;
     for (const Json& fault : failed) {
         const std::string path = fault.value("path", "");
         if (path.empty() || std::find(paths.begin(), paths.end(), path) != paths.end()) faults->push_back(fault);
     }
+    // What is missing then is missing for a reason.
+    if (managerLost && faults->empty() && !failed.empty()) faults->push_back(failed.front());
     return readings;
 }
 

@@ -203,6 +203,13 @@ int events(Session& session, unsigned count) {
             if (part.contains("listening") && session.errorStyle().onTerminal()) {
                 std::cerr << "waiting for stations to come and go; Ctrl-C ends\n";
             }
+            if (part.contains("absence")) {
+                const std::string absence = part.value("absence", "");
+                std::cerr << "quorvel-wifi: "
+                          << (absence.empty() ? "the WLAN manager (wlmngr2) is running again"
+                                              : "warning: " + absence + "; no events can come")
+                          << '\n';
+            }
             if (!part.contains("event") || (count != 0 && seen == count)) return;
             printEvent(session, part.at("event"));
             ++seen;

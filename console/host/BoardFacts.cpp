@@ -95,6 +95,11 @@ std::string managerHealth() {
            " on the board)";
 }
 
+std::string managerAbsence() {
+    const bool running = std::string_view(stateWord(QuorvelUtilGetPidByName(kManager))) == "running";
+    return running ? "" : managerHealth();
+}
+
 std::string managerTrouble() {
     // A stopped one would let the question wait.
     const bool stopped = std::string_view(stateWord(QuorvelUtilGetPidByName(kManager))) == "stopped";

@@ -12,6 +12,9 @@ namespace quorvel::host {
 /// Returns a sentence on what the WLAN manager's process is doing, for a request that got no answer.
 [[nodiscard]] std::string managerHealth();
 
+/// Says in the same words that the WLAN manager is stopped or gone, or nothing. Asks nobody.
+[[nodiscard]] std::string managerAbsence();
+
 /// Returns the same when the manager is gone, stopped or silent; else the empty text. Asks it.
 [[nodiscard]] std::string managerTrouble();
 

@@ -39,7 +39,13 @@ Fault PathWalk::noSuchPath(std::string_view path, const std::string& reason) con
 }
 
 void PathWalk::everyInstance(const Place& from, int node, std::vector<Place>& places) {
-    const std::uint32_t entries = counter_.count(node, from.instances).entries;
+    const auto [entries, result] = counter_.count(node, from.instances);
+    if (result != 0) {
+        const int object = model_.nodes()[at(node)].parent;
+        const std::string path = DataModel::concrete(model_.nodes()[at(object)].path, from.instances);
+        const auto same = [&path](const Uncounted& one) { return one.path == path; };
+        if (std::none_of(uncounted_.begin(), uncounted_.end(), same)) uncounted_.push_back({path, result});
+    }
     for (std::uint32_t instance = 1; instance <= entries; ++instance) {
         Place place{node, from.instances};
         place.instances[model_.nodes()[at(node)].depth - 1U] = instance;
@@ -116,13 +122,15 @@ bool PathWalk::meets(const Place& place, const SearchExpression::Condition& cond
     std::vector<Match> matches;
     const std::string path = DataModel::concrete(model_.nodes()[at(place.node)].path, place.instances) + condition.path;
     if (parameters(path, matches).code != FaultCode::kNone) return false;
-    return std::any_of(matches.begin(), matches.end(), [&condition](const Match& match) {
+    return std::any_of(matches.begin(), matches.end(), [this, &condition](const Match& match) {
         const Parameter& parameter = *match.parameter;
         if (parameter.getter == 0 || parameter.call != Call::kOrdinary) return false;
         if (!SearchExpression::check(condition, parameter.type).empty()) return false;
         Value value;
         // What cannot be read meets nothing.
-        return read(parameter, match.instances, value) == 0 && SearchExpression::holds(condition, value);
+        if (read(parameter, match.instances, value) == 0) return SearchExpression::holds(condition, value);
+        metUnreadable_ = true;
+        return false;
     });
 }
 
@@ -216,7 +224,7 @@ Fault PathWalk::follow(std::string_view whole, const PathText& text, std::vector
         if (places.empty() && shape != kUnknown && isExpression(segment.text)) {
             if (Fault fault = search(whole, segment.text, shape, places); fault.code != FaultCode::kNone) return fault;
         }
-        const Fault fault = reference ? followReferences(whole, segment.text, places) : step(whole, segment, places);
+        Fault fault = reference ? followReferences(whole, segment.text, places) : step(whole, segment, places);
         if (fault.code != FaultCode::kNone) return fault;
         if (reference) shape = places.empty() ? kUnknown : places.front().node;
     }

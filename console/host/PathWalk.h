@@ -45,6 +45,26 @@ class PathWalk {
     /// one with a search expression.
     [[nodiscard]] static bool isSearch(std::string_view path);
 
+    /// An object whose instances could not be counted, and the plug-in's result code.
+    struct Uncounted {
+        std::string path;
+        std::uint32_t result = 0;
+    };
+    /// Returns the objects that a walk has passed over because of that, each once.
+    [[nodiscard]] const std::vector<Uncounted>& uncounted() const {
+        return uncounted_;
+    }
+    /// Tells whether a search has met a value that it could not compare because it could not be read.
+    [[nodiscard]] bool metUnreadable() const {
+        return metUnreadable_;
+    }
+
+    /// Forgets both, for the next path.
+    void forgetPassedOver() {
+        uncounted_.clear();
+        metUnreadable_ = false;
+    }
+
     [[nodiscard]] Counter& counter() {
         return counter_;
     }
@@ -76,6 +96,8 @@ class PathWalk {
 
     const DataModel& model_;
     Counter counter_;
+    std::vector<Uncounted> uncounted_;
+    bool metUnreadable_ = false;
 };
 
 }  // namespace quorvel::host

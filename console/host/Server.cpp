@@ -24,6 +24,7 @@ constexpr int kTickMilliseconds = 100;
 constexpr timeval kSendPatience{5, 0};
 // Lines that nobody has taken yet; more are lost rather than held.
 constexpr std::size_t kMaxLogLines = 4096;
+constexpr std::chrono::milliseconds kBetweenLooks{500};
 
 Fault overdue(const std::string& health) {
     return {FaultCode::kInternal, "", health, "", 0, ""};
@@ -110,7 +111,7 @@ void Server::stop() {
     wake();
 }
 
-void Server::publish(Json event) {
+void Server::publish(const Json& event) {
     {
         const std::lock_guard lock(mutex_);
         events_.push_back(event.dump(-1, ' ', false, Json::error_handler_t::replace));
@@ -266,6 +267,22 @@ void Server::deliverEvents() {
     }
 }
 
+// Who waits for events would wait in vain, and ought to know.
+void Server::tellAbsence() {
+    if (!settings_.absence) return;
+    const bool awaited =
+        std::any_of(connections_.begin(), connections_.end(), [](const auto& each) { return !each->eventId.empty(); });
+    const auto now = std::chrono::steady_clock::now();
+    if (!awaited || now < nextLook_) return;
+    nextLook_ = now + kBetweenLooks;
+    const std::string absence = settings_.absence();
+    for (const auto& connection : connections_) {
+        if (connection->eventId.empty() || connection->toldAbsence == absence) continue;
+        connection->toldAbsence = absence;
+        connection->send({{"id", Json::parse(connection->eventId)}, {"absence", absence}});
+    }
+}
+
 void Server::followLog() {
     std::uint32_t level = 0;
     bool wanted = false;
@@ -311,6 +328,7 @@ bool Server::run() {
 
         deliverEvents();
         deliverLog();
+        tellAbsence();
         const std::vector<std::shared_ptr<Connection>> served = connections_;
         for (std::size_t i = 0; i < served.size(); ++i) {
             if (polled[first + i].revents == 0) continue;

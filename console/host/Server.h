@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -34,6 +35,7 @@ class Connection {
 
     // Used by the polling thread only.
     std::string eventId;         ///< the id of the request for events, as JSON text
+    std::string toldAbsence;     ///< why no event can come, as it was told
     std::string logId;           ///< likewise of the request for the log
     std::uint32_t logLevel = 0;  ///< lines above it are not for this client
 
@@ -55,6 +57,8 @@ class Server {
         std::function<std::string()> health;
         /// Registers for station events; returns the plug-in's result code. Called by the worker, once.
         std::function<std::uint32_t()> listen;
+        /// Says that no event can come, or nothing. Called now and then while somebody waits for events; asks nobody.
+        std::function<std::string()> absence = {};
     };
 
     Server(Service& service, Heartbeat& heartbeat, Settings settings);
@@ -63,7 +67,7 @@ class Server {
     [[nodiscard]] bool run();
 
     /// Hands an event to the clients that asked for events. Callable from any thread.
-    void publish(nlohmann::ordered_json event);
+    void publish(const nlohmann::ordered_json& event);
 
     /// Announces to the client being served that its answer will take about `seconds`.
     void announceWait(unsigned seconds);
@@ -81,6 +85,7 @@ class Server {
     void enqueue(const std::shared_ptr<Connection>& connection, const std::string& line);
     void checkWorker();
     void deliverEvents();
+    void tellAbsence();
     void deliverLog();
     void followLog();
     void wake() const;
@@ -88,6 +93,7 @@ class Server {
     Service& service_;
     Heartbeat& heartbeat_;
     Settings settings_;
+    std::chrono::steady_clock::time_point nextLook_{};
     int wakeRead_ = -1;
     int wakeWrite_ = -1;
     std::vector<std::shared_ptr<Connection>> connections_;

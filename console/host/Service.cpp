@@ -27,6 +27,27 @@ std::string Service::trouble() const {
     return surroundings_.trouble ? surroundings_.trouble() : "";
 }
 
+// Faults what a walk could not look at, so that finding nothing is not taken for an answer. Returns whether there was
+// anything.
+bool Service::faultPassedOver(PathWalk& walk, const std::string& path, Reply& reply) {
+    if (walk.uncounted().empty() && !walk.metUnreadable()) return false;
+    const std::string why = trouble();
+    managerLost_ = managerLost_ || !why.empty();
+    const std::string because = why.empty() ? "" : "; " + why;
+    for (const PathWalk::Uncounted& object : walk.uncounted()) {
+        reply.fault(pluginFault(FaultCode::kInternal, object.path,
+                                "the plug-in could not count the instances" + because, object.result));
+        if (!why.empty()) break;  // it is the same with the others
+    }
+    const bool counted = walk.uncounted().empty();
+    walk.forgetPassedOver();
+    // What a search cannot read meets nothing; without the manager that is no answer.
+    if (counted && !why.empty()) {
+        reply.fault(pluginFault(FaultCode::kInternal, path, "the plug-in could not search" + because, 0));
+    }
+    return !counted || !why.empty();
+}
+
 void Service::handle(const Json& request, Reply& reply) {
     using Verb = void (Service::*)(const Json&, Reply&);
     static constexpr std::pair<const char*, Verb> kVerbs[] = {
@@ -61,7 +82,11 @@ void Service::control(const Json& request, Reply& reply) {
     if (!parsed.is_discarded()) return reply.part({{"control", std::move(parsed)}});
     Fault fault;
     fault.code = FaultCode::kInternal;
-    fault.reason = answer.empty() ? "the WLAN manager (wlmngr2) did not answer" : answer;
+    fault.reason = answer;
+    if (answer.empty()) {
+        const std::string why = trouble();
+        fault.reason = why.empty() ? "the WLAN manager (wlmngr2) did not answer" : why;
+    }
     reply.fault(fault);
 }
 

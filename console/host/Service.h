@@ -66,6 +66,7 @@ class Service {
     void control(const nlohmann::ordered_json& request, Reply& reply);
 
     void flush(Reply& reply);
+    bool faultPassedOver(PathWalk& walk, const std::string& path, Reply& reply);
     void readFailed(const std::string& path, std::uint32_t result, Reply& reply);
     [[nodiscard]] std::string trouble() const;
 

@@ -69,6 +69,8 @@ void Service::snapshot(const Json& request, Reply& reply) {
     std::vector<ObjectMatch> matches;
     const Fault fault = walk.objects(path, matches);
     if (fault.code != FaultCode::kNone) return reply.fault(fault);
+    const bool passedOver = faultPassedOver(walk, path, reply);
+    if (matches.empty() && passedOver) return;
     if (matches.empty()) return reply.fault(missing(path, "the object has no instances now"));
     const ObjectMatch& match = matches.front();
     const Node& node = model_.nodes()[static_cast<std::size_t>(match.node)];
@@ -77,6 +79,9 @@ void Service::snapshot(const Json& request, Reply& reply) {
         return reply.fault(missing(path, "a snapshot shows one object instance, such as " + object));
     }
 
+    if (const std::string why = trouble(); !why.empty()) {
+        return reply.fault(missing(object, "the plug-in could not take the snapshot; " + why));
+    }
     const std::string name = Plugin::prefixOf(model_, match.node) + "InstanceGet";
     auto* const instanceGet = plugin_.find<void()>(name);
     if (instanceGet == nullptr) return reply.fault(missing(path, "the plug-in exports no " + name));

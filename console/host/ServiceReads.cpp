@@ -102,12 +102,13 @@ void Service::get(const Json& request, Reply& reply) {
             reply.fault(fault);
             continue;
         }
+        (void)faultPassedOver(walk, path, reply);  // what there is, is read
         const bool named = !path.ends_with('.');
         for (const Match& match : matches) {
-            getOne(match, named, walk, reply);
-            // Reading on would only wait again.
             if (managerLost_) break;
+            getOne(match, named, walk, reply);
         }
+        // Reading on would only wait again.
         if (managerLost_) break;
     }
     flush(reply);
@@ -170,7 +171,8 @@ void Service::getStations(const Match& match, bool named, PathWalk& walk, Reply&
         Value value;
         LogTap::forgetErrors();
         const std::uint32_t result = readStation(*match.parameter, match.instances, station.c_str(), value);
-        const std::string shown = path + "[" + station + "]";
+        std::string shown = path;
+        shown.append("[").append(station).append("]");
         if (result != 0) {
             readFailed(shown, result, reply);
         } else {
@@ -190,6 +192,11 @@ void Service::getMeasurement(const Match& match, std::uint32_t channel, Reply& r
             channel = value.number;
         }
     }
+    // It would wait for seconds before nobody answers.
+    if (const std::string why = trouble(); !why.empty()) {
+        managerLost_ = true;
+        return reply.fault({FaultCode::kInternal, path, "nothing was measured; " + why, "", 0, ""});
+    }
     heartbeat_.expect(kMeasurementTime);
     LogTap::forgetErrors();
     Json decoded;
@@ -207,8 +214,10 @@ void Service::measureChannel(const Json& request, Reply& reply) {
         std::vector<Match> matches;
         const Fault fault = walk.parameters(item.get<std::string>(), matches);
         if (fault.code != FaultCode::kNone) return reply.fault(fault);
-        for (const Match& match : matches)
-            getMeasurement(match, request.value("channel", 0U), reply);
+        (void)faultPassedOver(walk, item.get<std::string>(), reply);  // likewise
+        for (const Match& match : matches) {
+            if (!managerLost_) getMeasurement(match, request.value("channel", 0U), reply);
+        }
     }
 }
 

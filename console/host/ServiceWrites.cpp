@@ -68,7 +68,7 @@ void Service::set(const Json& request, Reply& reply) {
             settings.push_back(std::move(setting));
         }
     }
-    if (!refused) setAll(settings, request.value("save", false), reply);
+    if (!refused && !faultPassedOver(walk, "", reply)) setAll(settings, request.value("save", false), reply);
 }
 
 void Service::setAll(const std::vector<Transaction::Setting>& settings, bool save, Reply& reply) {

@@ -79,7 +79,7 @@ std::uint32_t stationEvent(std::uint32_t accessPoint, std::uint32_t event, void*
         line["standard"] = presentable(std::string_view(bytes + 56, strnlen(bytes + 56, 64)));
         line["bandwidth"] = word(120);
     }
-    theServer->publish(std::move(line));
+    theServer->publish(line);
     return 0;
 }
 
@@ -115,10 +115,11 @@ int serve(const Options& options, const quorvel::board::Places& places) {
         return manager.control(command);
     };
     Service service(plugin, heartbeat, {control, [&places] { return boardFacts(places.boardFile); }, managerTrouble});
-    Server server(service, heartbeat, {options.connected, options.listening, managerHealth, [&] {
-                                           listening = true;
-                                           return listenForEvents(plugin);
-                                       }});
+    const auto listen = [&] {
+        listening = true;
+        return listenForEvents(plugin);
+    };
+    Server server(service, heartbeat, {options.connected, options.listening, managerHealth, listen, managerAbsence});
     theServer = &server;
     setBoardTime({options.realTime, [&](unsigned seconds) {
                       heartbeat.expect(std::chrono::seconds(seconds));

@@ -1,5 +1,6 @@
 // Boards that stay up, boards that differ, and a WLAN manager that stops answering.
 #include "OnBoard.h"
+#include "Terminal.h"
 
 namespace quorvel::console_test {
 namespace {
@@ -61,6 +62,46 @@ TEST_F(Trouble, WithTheManagerIsToldInsteadOfWaitingForEver) {
             << path << ": " << outcome.error;
     }
     EXPECT_EQ(console_.run({"get", kChannel}).status, 1);
+}
+
+// Nothing found is no answer when nobody could be asked.
+TEST_F(Trouble, FailsEveryVerbThatNeedsTheManager) {
+    ASSERT_EQ(console_.run({"up"}).status, 0);
+    ASSERT_EQ(console_.run({"simulate", R"({"op":"fault","fault":"hang","seconds":60})"}).status, 0);
+    for (const std::vector<std::string>& words :
+         std::vector<std::vector<std::string>>{{"get", "Device.WiFi.Radio.*.Name"},
+                                               {"get", "Device.WiFi.SSID.[Enable==true].SSID"},
+                                               {"set", "Device.WiFi.SSID.[Enable==true].SSID=x"},
+                                               {"set", "Device.WiFi.SSID.1.SSID=x"},
+                                               {"instances"},
+                                               {"snapshot", "Device.WiFi.SSID.1."},
+                                               {"security", "1"},
+                                               {"watch", kChannel},
+                                               {"scan", "1"},
+                                               {"channel", "1", "36"},
+                                               {"stats", "1"},
+                                               {"stations"},
+                                               {"stations", "1"},
+                                               {"station", "list"},
+                                               {"wps", "1", "push"},
+                                               {"overview"}}) {
+        const Outcome outcome = console_.run(words);
+        EXPECT_EQ(outcome.status, 1) << words.front() << " prints " << outcome.out;
+        EXPECT_NE(outcome.error.find("the WLAN manager (wlmngr2) does not answer"), std::string::npos)
+            << words.front() << ": " << outcome.error;
+    }
+}
+
+TEST_F(Trouble, OfAManagerThatIsGoneIsToldToWhoWaitsForEvents) {
+    ASSERT_EQ(console_.run({"up"}).status, 0);
+    Terminal terminal({"--state", console_.state(), "events"});
+    (void)terminal.until("Ctrl-C ends");
+    ASSERT_EQ(console_.run({"simulate", R"({"op":"fault","fault":"die","at":"read"})"}).status, 0);
+    (void)console_.run({"get", kChannel});
+    (void)terminal.until("it is gone; no events can come");
+    terminal.type("\003");
+    (void)terminal.rest();
+    EXPECT_EQ(terminal.status(), 0);
 }
 
 }  // namespace
