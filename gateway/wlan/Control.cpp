@@ -1,4 +1,5 @@
 // Control requests: JSON in, JSON out.
+#include <csignal>
 #include <nlohmann/json.hpp>
 
 #include "Service.h"
@@ -241,6 +242,14 @@ Json neighbourRequest(Model& model, const std::string& op, const Json& request) 
     return {{"neighbours", neighbours}};
 }
 
+Amidst amidstOf(const std::string& moment) {
+    if (moment == "read") return Amidst::Read;
+    if (moment == "write") return Amidst::Write;
+    if (moment == "scan") return Amidst::Scan;
+    if (moment == "save") return Amidst::Save;
+    throw Refusal{"\"at\" must be one of read, write, scan, save"};
+}
+
 Json faultRequest(Service& service, const Json& request) {
     Faults& faults = service.faults();
     const std::string kind = textOf(request, "fault");
@@ -257,7 +266,10 @@ Json faultRequest(Service& service, const Json& request) {
         faults.oversize = count();
     else if (kind == "save")
         faults.save = request.value("on", true);
-    else if (kind == "wl") {
+    else if (kind == "die" || kind == "stop") {
+        faults.amidst = amidstOf(textOf(request, "at"));
+        faults.signal = kind == "die" ? SIGKILL : SIGSTOP;
+    } else if (kind == "wl") {
         const std::string how = textOf(request, "how");
         if (how == "none")
             faults.wl = ToolFault::None;
@@ -274,7 +286,7 @@ Json faultRequest(Service& service, const Json& request) {
     } else if (kind == "none") {
         faults = {};
     } else {
-        throw Refusal{"\"fault\" must be one of hang, drop, truncate, oversize, save, wl, none"};
+        throw Refusal{"\"fault\" must be one of hang, die, stop, drop, truncate, oversize, save, wl, none"};
     }
     service.model().log("fault", kind);
     return Json::object();

@@ -51,12 +51,19 @@ void Service::followClock() {
     model_.advanceTo(std::max(model_.now(), clock_.now()));
 }
 
+// Ends or stops the manager when that has been asked for: the request has been taken and will not be answered.
+void Service::comeTo(Amidst moment) {
+    if (faults_.amidst != moment) return;
+    faults_.amidst = Amidst::Nothing;
+    signalling_(faults_.signal);
+}
+
 bool Service::save() {
     if (faults_.save) {
         model_.log("save", "failed: injected fault");
         return false;
     }
-    if (const auto failure = store_.save(model_.saved())) {
+    if (const auto failure = store_.save(model_.saved(), [this] { comeTo(Amidst::Save); })) {
         model_.log("save", "failed: " + *failure);
         return false;
     }
@@ -86,18 +93,22 @@ void Service::handle(const Request& request, Session& session, Answer& answer) {
                 answer.result = 1;
                 putBytes(session, answer, std::move(*value));
             }
+            comeTo(Amidst::Read);
             return;
         case Operation::Set:
             answer.result = model_.set(words[0], words[1], text, optionalText(request, 1)) ? 0 : kFailed;
+            comeTo(Amidst::Write);
             return;
         case Operation::NvramGet:
             if (auto value = model_.nvramGet(text)) {
                 answer.result = 1;
                 putBytes(session, answer, std::move(*value));
             }
+            comeTo(Amidst::Read);
             return;
         case Operation::NvramSet:
             answer.result = model_.nvramSet(text, optionalText(request, 1)) ? 0 : kFailed;
+            comeTo(Amidst::Write);
             return;
         case Operation::SaveNvram:
             answer.result = save() ? 1 : 0;
@@ -181,6 +192,7 @@ void Service::handle(const Request& request, Session& session, Answer& answer) {
         case Operation::Wl: {
             const WlAnswer wl = wlText(model_, faults_.wl, text, request.texts[1]);
             longAnswer(session, answer, wl.text, wl.status);
+            if (request.texts[1] == "scan") comeTo(Amidst::Scan);
             return;
         }
         case Operation::More: {

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "Clock.h"
 #include "Model.h"
@@ -10,6 +11,9 @@
 
 namespace quorvel::gateway {
 
+// What the manager may be in the middle of when it ends or stops.
+enum class Amidst { Nothing, Read, Write, Scan, Save };
+
 // How the manager misbehaves on request.
 struct Faults {
     Milliseconds hangFor = 0;  // real time; the server takes it and sets it back
@@ -17,6 +21,8 @@ struct Faults {
     unsigned truncate = 0;     // so many get half an answer
     unsigned oversize = 0;     // so many get a frame that claims to be too long
     bool save = false;         // saving fails
+    Amidst amidst = Amidst::Nothing;
+    int signal = 0;  // that the manager sends itself amidst the next of those
     ToolFault wl = ToolFault::None;
 };
 
@@ -30,6 +36,11 @@ struct Session {
 class Service {
   public:
     Service(Board board, Store store, BoardClock clock, std::uint64_t seed);
+
+    // How the manager sends itself a signal; without it, it neither ends nor stops on request.
+    void setSignalling(std::function<void(int signal)> signalling) {
+        signalling_ = std::move(signalling);
+    }
 
     // Performs the request. The answer points into the session.
     void handle(const Request& request, Session& session, Answer& answer);
@@ -63,6 +74,7 @@ class Service {
 
   private:
     [[nodiscard]] bool save();
+    void comeTo(Amidst moment);
     void longAnswer(Session& session, Answer& answer, std::string text, std::int32_t result);
 
     Store store_;
@@ -70,6 +82,7 @@ class Service {
     BoardClock clock_;
     Model model_;
     Faults faults_;
+    std::function<void(int signal)> signalling_ = [](int) {};
     std::size_t listeners_ = 0;
 };
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <string_view>
 #include <utility>
 
 namespace quorvel::gateway {
@@ -41,6 +42,17 @@ std::string folderOf(const std::string& path) {
 
 std::string because(const std::string& what) {
     return what + ": " + std::strerror(errno);
+}
+
+bool writeAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t wrote = ::write(descriptor, text.data(), text.size());
+        if (wrote > 0)
+            text.remove_prefix(static_cast<std::size_t>(wrote));
+        else if (wrote == 0 || errno != EINTR)
+            return false;
+    }
+    return true;
 }
 
 // Texts may hold any bytes, which JSON cannot: those outside ASCII travel as one code point per byte.
@@ -143,20 +155,18 @@ Saved Store::load(std::string& problem) const {
     return {};
 }
 
-std::optional<std::string> Store::save(const Saved& saved) const {
+std::optional<std::string> Store::save(const Saved& saved, const std::function<void()>& halfway) const {
     const std::string text = encodeSaved(saved);
     const std::string fresh = path_ + ".new";
     {
         const File file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
         if (file.get() < 0) return because("cannot create " + fresh);
         std::optional<std::string> failure;
-        for (std::size_t done = 0; done < text.size() && !failure;) {
-            const ssize_t wrote = ::write(file.get(), text.data() + done, text.size() - done);
-            if (wrote > 0)
-                done += static_cast<std::size_t>(wrote);
-            else if (wrote == 0 || errno != EINTR)
-                failure = because("cannot write " + fresh);
-        }
+        const std::size_t half = text.size() / 2;
+        if (!writeAll(file.get(), std::string_view(text).substr(0, half))) failure = because("cannot write " + fresh);
+        if (!failure) halfway();
+        if (!failure && !writeAll(file.get(), std::string_view(text).substr(half)))
+            failure = because("cannot write " + fresh);
         if (!failure && ::fsync(file.get()) != 0) failure = because("cannot make " + fresh + " durable");
         if (failure) {
             (void)::unlink(fresh.c_str());  // a left-over is overwritten by the next save

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -17,8 +18,9 @@ class Store {
     [[nodiscard]] Saved load(std::string& problem) const;
 
     // Replaces the file and makes it durable before it returns. Gives what failed, in which case the old file stands,
-    // or nothing.
-    [[nodiscard]] std::optional<std::string> save(const Saved& saved) const;
+    // or nothing. `halfway` is called when half of it is written.
+    [[nodiscard]] std::optional<std::string> save(
+        const Saved& saved, const std::function<void()>& halfway = [] {}) const;
 
     [[nodiscard]] const std::string& path() const {
         return path_;

@@ -33,6 +33,7 @@ int serve(const std::string& storePath) {
     if (fromEnvironment("QUORVEL_CLOCK", "real") == "virtual") clock.startVirtual();
     const auto seed = std::strtoull(fromEnvironment("QUORVEL_SEED", "1").c_str(), nullptr, 10);
     Service service(std::move(std::get<Board>(board)), Store(storePath), std::move(clock), seed);
+    service.setSignalling([](int signal) { (void)raise(signal); });  // a signal that does not exist is not asked for
     if (!service.problem().empty()) (void)std::fprintf(stderr, "wlmngr2: %s\n", service.problem().c_str());
 
     sigset_t ending;

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <vector>
+
 #include "Service.h"
 #include "TestBoard.h"
 
@@ -105,6 +108,8 @@ TEST_F(Control, RefusesWhatItDoesNotUnderstand) {
                               R"({"op":"fault","fault":"x"})",
                               R"({"op":"fault","fault":"save","on":3})",
                               R"({"op":"fault","fault":"wl","how":"x"})",
+                              R"({"op":"fault","fault":"die"})",
+                              R"({"op":"fault","fault":"stop","at":"breakfast"})",
                               R"({"op":"events","since":"x"})"}) {
         const std::string answer = ask(wrong);
         EXPECT_EQ(answer.rfind(R"({"ok":false,"error":")", 0), 0U) << wrong << " gave " << answer;
@@ -122,6 +127,53 @@ TEST_F(Control, FailsSavesOnRequest) {
     (void)ask(R"({"op":"fault","fault":"none"})");
     service_.handle(request, session, answer);
     EXPECT_EQ(answer.result, 1);
+}
+
+struct Moment {
+    const char* name;
+    Operation operation;
+    const char* texts[2];
+};
+
+TEST_F(Control, EndsOrStopsInTheMiddleOfWhatItIsAskedTo) {
+    constexpr Moment kMoments[] = {
+        {"read", Operation::Get, {"wlSsid", ""}},   {"read", Operation::ExtGet, {"wlSsid", ""}},
+        {"read", Operation::NvramGet, {"x", ""}},   {"write", Operation::Set, {"wlSsid", "Attic"}},
+        {"write", Operation::NvramSet, {"x", "1"}}, {"scan", Operation::Wl, {"wl0", "scan"}},
+        {"save", Operation::SaveNvram, {"", ""}}};
+    std::vector<int> signals;
+    service_.setSignalling([&signals](int signal) { signals.push_back(signal); });
+    const auto perform = [this](const Moment& moment) {
+        Request request;
+        request.operation = moment.operation;
+        request.texts[0] = moment.texts[0];
+        request.texts[1] = moment.texts[1];
+        Session session;
+        Answer answer;
+        service_.handle(request, session, answer);
+    };
+    for (const Moment& moment : kMoments) {
+        for (const bool dies : {true, false}) {
+            holds(std::string(R"({"op":"fault","fault":")") + (dies ? "die" : "stop") + R"(","at":")" + moment.name +
+                      R"("})",
+                  R"("ok":true)");
+            signals.clear();
+            for (const Moment& other : kMoments) {
+                if (other.name != std::string(moment.name)) perform(other);
+            }
+            perform({"", Operation::Wl, {"wl0", "counters"}});
+            EXPECT_EQ(signals, std::vector<int>{}) << moment.name;
+            // Once, and not again.
+            perform(moment);
+            perform(moment);
+            EXPECT_EQ(signals, std::vector<int>{dies ? SIGKILL : SIGSTOP}) << moment.name;
+        }
+    }
+    holds(R"({"op":"fault","fault":"die","at":"read"})", R"("ok":true)");
+    holds(R"({"op":"fault","fault":"none"})", R"("ok":true)");
+    signals.clear();
+    perform(kMoments[0]);
+    EXPECT_EQ(signals, std::vector<int>{});
 }
 
 TEST_F(Control, CutsALongAnswerIntoPieces) {

@@ -7,6 +7,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 
@@ -102,13 +104,40 @@ TEST(Store, IgnoresWhatAnInterruptedSaveLeft) {
     EXPECT_EQ(loaded(store), sample("new", 2));
 }
 
+TEST(Store, IsTheOldOneWhenTheSaverIsKilledHalfway) {
+    const TemporaryFolder folder;
+    const Store store(folder.path("store"));
+    ASSERT_FALSE(store.save(sample("old", 2)));
+    const pid_t saver = fork();
+    ASSERT_GE(saver, 0);
+    if (saver == 0) {
+        (void)store.save(sample("new", 200), [] { (void)raise(SIGKILL); });
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(saver, &status, 0), saver);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(std::filesystem::file_size(store.path() + ".new"), encodeSaved(sample("new", 200)).size() / 2);
+    EXPECT_EQ(loaded(store), sample("old", 2));
+}
+
+// How long a save takes here.
+std::chrono::nanoseconds durationOf(const Store& store, const Saved& saved) {
+    constexpr int kSaves = 8;
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < kSaves; ++i)
+        EXPECT_FALSE(store.save(saved));
+    return (std::chrono::steady_clock::now() - begin) / kSaves;
+}
+
 TEST(Store, IsTheOldOrTheNewOneWheneverTheSaverIsKilled) {
     const TemporaryFolder folder;
     const Store store(folder.path("store"));
     const Saved a = sample("a", 300);
     const Saved b = sample("b", 200);
-    ASSERT_FALSE(store.save(a));
+    const std::chrono::nanoseconds duration = durationOf(store, a);
     constexpr int kRounds = 200;
+    int amidst = 0;
     for (int round = 0; round < kRounds; ++round) {
         int progress[2];
         ASSERT_EQ(pipe(progress), 0);
@@ -124,22 +153,25 @@ TEST(Store, IsTheOldOrTheNewOneWheneverTheSaverIsKilled) {
             _exit(0);
         }
         (void)close(progress[1]);
-        // The n-th byte comes between two saves; by then the saver is somewhere in the next one.
+        // A byte comes between two saves; from round to round the kill comes later in the next one.
         char byte = 0;
-        for (int i = 0; i <= round % 5; ++i)
-            ASSERT_EQ(read(progress[0], &byte, 1), 1);
-        // A growing amount of work moves the kill through the save.
-        volatile unsigned spin = 0;
-        for (int i = 0; i < round * 1000; ++i)
-            spin = spin + 1;
+        ASSERT_EQ(read(progress[0], &byte, 1), 1);
+        const auto moment = std::chrono::steady_clock::now() + duration * round / kRounds;
+        while (std::chrono::steady_clock::now() < moment) {
+        }
         ASSERT_EQ(kill(saver, SIGKILL), 0);
         int status = 0;
         ASSERT_EQ(waitpid(saver, &status, 0), saver);
         (void)close(progress[0]);
         ASSERT_TRUE(WIFSIGNALED(status));
+        // What has not taken the store's place yet tells that the save was not over.
+        amidst += std::filesystem::exists(store.path() + ".new") ? 1 : 0;
         const Saved after = loaded(store);
         EXPECT_TRUE(after == a || after == b) << round;
+        (void)std::filesystem::remove(store.path() + ".new");
     }
+    EXPECT_GT(amidst, 0);
+    (void)std::printf("killed %d times, %d of them in the middle of a save\n", kRounds, amidst);
 }
 
 }  // namespace
