@@ -109,7 +109,9 @@ void Service::setAll(const std::vector<Transaction::Setting>& settings, bool sav
     const auto saveNvram = plugin_.find<std::uint32_t()>("WifiSaveNvram");
     const std::uint32_t result = saveNvram == nullptr ? 1 : saveNvram();
     if (result == 0) return;
-    reply.fault(pluginFault(FaultCode::kInternal, pathOf(0), "the values are applied but could not be saved", result));
+    const std::string why = trouble();
+    reply.fault(pluginFault(FaultCode::kInternal, pathOf(0),
+                            "the values are applied but could not be saved" + (why.empty() ? "" : "; " + why), result));
 }
 
 // Tells which values the device does not have now although it has taken them.
