@@ -14,12 +14,15 @@ std::string content(const std::string& process, const char* file) {
 }
 
 // Behind the name, which stands in parentheses, come the state and the parent.
-std::string parentOf(const std::string& process) {
+std::string behindName(const std::string& process) {
     const std::string stat = content(process, "stat");
     const std::size_t name = stat.rfind(") ");
-    if (name == std::string::npos) return "";
-    const std::size_t begin = name + 4;
-    return stat.substr(begin, stat.find(' ', begin) - begin);
+    return name == std::string::npos ? "" : stat.substr(name + 2);
+}
+
+std::string parentOf(const std::string& process) {
+    const std::string stat = behindName(process);
+    return stat.empty() ? "" : stat.substr(2, stat.find(' ', 2) - 2);
 }
 
 bool belongsTo(std::string process, const std::string& state) {
@@ -45,6 +48,11 @@ pid_t managerOf(const std::string& state) {
         return static_cast<pid_t>(std::stol(process));
     }
     return 0;
+}
+
+char stateOf(pid_t process) {
+    const std::string stat = behindName(std::to_string(process));
+    return stat.empty() ? ' ' : stat.front();
 }
 
 }  // namespace quorvel::faults_test
