@@ -15,6 +15,7 @@ constexpr const char* kFunctions[] = {
     "WiFiSystemInitContext",
     "WiFiSystemCheckContextNodeSet",
     "WiFiSystemApplyContext",
+    "WiFiSystemApplyContextImpl",
     "WiFiSystemInstanceGet",
     "WiFiSystemInit",
     "WiFiSystemStartStopSecurityDaemons",
