@@ -91,7 +91,7 @@ std::string complaint(const CLI::App& app, const CLI::ParseError& error) {
         if (!unknown.empty()) return "there is no verb \"" + unknown.front() + "\"" + meant;
     }
     if (!unknown.empty()) return "\"" + unknown.front() + "\" is one argument too many";
-    const std::string text = error.what();
+    std::string text = error.what();
     // Everything that is converted is a number.
     static constexpr std::string_view kNoNumber = "Could not convert: ";
     if (const std::size_t sign = text.find(" = "); text.starts_with(kNoNumber) && sign != std::string::npos) {

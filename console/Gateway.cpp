@@ -136,6 +136,7 @@ void redirectOutput(const Options& options) {
 
 pid_t startHost(const Options& options, std::vector<std::string> command, std::vector<int> kept, bool background) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string& word : command)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);

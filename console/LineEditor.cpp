@@ -40,8 +40,9 @@ char** complete(const char* word, int, int end) {
     for (std::string& match : theMatches)
         match.erase(0, kept);
     // What can go on is not finished by a blank.
-    rl_completion_append_character =
-        theMatches.size() == 1 && theMatches.front().find_last_of(".=/") == theMatches.front().size() - 1 ? '\0' : ' ';
+    const bool goesOn = theMatches.size() == 1 && !theMatches.front().empty() &&
+                        std::string_view(".=/").find(theMatches.front().back()) != std::string_view::npos;
+    rl_completion_append_character = goesOn ? 0 : ' ';
     return theMatches.empty() ? nullptr : rl_completion_matches(word, nextMatch);
 }
 

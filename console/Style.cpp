@@ -3,6 +3,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 
 namespace quorvel::console {
@@ -53,7 +56,7 @@ bool showsUtf8() {
 
 std::string bar(double share, unsigned width) {
     const bool utf8 = showsUtf8();
-    const auto full = static_cast<unsigned>(std::clamp(share, 0.0, 1.0) * width + 0.5);
+    const auto full = static_cast<unsigned>(std::lround(std::clamp(share, 0.0, 1.0) * width));
     std::string text;
     for (unsigned i = 0; i < width; ++i)
         text += i < full ? (utf8 ? "█" : "#") : (utf8 ? "░" : ".");

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 #include "CommandShape.h"
 #include "NearestWord.h"
@@ -33,7 +34,7 @@ struct VerbContext {
 /// Checks that a value is one of a few words.
 inline CLI::Validator oneOf(std::vector<std::string> words) {
     return CLI::Validator(
-        [words](std::string& given) {
+        [words = std::move(words)](std::string& given) {
             if (std::find(words.begin(), words.end(), given) != words.end()) return std::string();
             return "\"" + given + "\" is none of " + listed(words) + didYouMean(given, words);
         },

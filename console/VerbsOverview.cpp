@@ -146,7 +146,7 @@ class RoundTrip {
     static std::string another(const std::string& possible, const std::string& current) {
         for (std::size_t begin = 0; begin < possible.size();) {
             const std::size_t end = std::min(possible.find_first_of(", ", begin), possible.size());
-            const std::string channel = possible.substr(begin, end - begin);
+            std::string channel = possible.substr(begin, end - begin);
             const bool number = !channel.empty() && channel.find_first_not_of("0123456789") == std::string::npos;
             if (number && channel != current) return channel;
             begin = end + 1;

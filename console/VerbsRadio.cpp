@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <iostream>
 #include <map>
 #include <sstream>
@@ -135,7 +136,7 @@ void printMeasurement(const Session& session, const Json& metrics, const Json& s
     line("Transmit power", std::to_string(number(metrics, "transmitPower")) + " dBm");
     const auto share = [&](const char* name, long long part, long long whole) {
         const double value = whole > 0 ? static_cast<double>(part) / static_cast<double>(whole) : 0;
-        line(name, bar(value, 20) + " " + std::to_string(static_cast<int>(value * 100 + 0.5)) + " %");
+        line(name, bar(value, 20) + " " + std::to_string(std::lround(value * 100)) + " %");
     };
     share("Utilization", number(metrics, "utilization"), 100);
     const long long total = number(stats, "total");

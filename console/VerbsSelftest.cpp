@@ -32,6 +32,7 @@ int selftest(const Session& session) {
     std::vector<std::string> command = selftestCommand(session.options);
     if (!std::filesystem::exists(command.back())) throw GatewayError("there is no plug-in " + command.back());
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string& word : command)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);

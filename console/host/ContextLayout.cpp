@@ -71,7 +71,7 @@ std::uint32_t setLimit(Scratch& scratch, const Parameter& parameter, const Insta
 
 // Returns the shortest buffer that the getter takes. It refuses shorter ones before it does anything.
 std::uint32_t getMinimum(const Parameter& parameter, const Instances& instances) {
-    std::vector<char> buffer(2 * kMaxCapacity);
+    std::vector<char> buffer(std::size_t{2} * kMaxCapacity);
     for (std::uint32_t length = 1; length <= kMaxCapacity; ++length) {
         if (measure(parameter, instances, buffer.data(), length) != kOutOfRange) return length;
     }
