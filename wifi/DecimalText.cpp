@@ -96,7 +96,7 @@ inline Classes classify(Bytes bytes) {
 // may stop. Leaves `text` behind what it counted.
 uint32_t countPlainNumbers(const char*& text, size_t size) {
     // More would not fit into a byte.
-    constexpr size_t kMost = 2 * 255 / sizeof(Bytes) * sizeof(Bytes);
+    constexpr size_t kMost = size_t{2} * 255 / sizeof(Bytes) * sizeof(Bytes);
     const char* const end = text + (size < kMost ? size : kMost) / sizeof(Bytes) * sizeof(Bytes);
     Bytes previous = 0;
     Bytes begins = 0;  // a number in each byte

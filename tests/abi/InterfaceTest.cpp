@@ -175,7 +175,8 @@ TEST(Hardening, SearchesNoFolderOfItsOwn) {
 }
 
 TEST(Loading, RunsNothing) {
-    for (const auto tag : {DT_INIT, DT_INIT_ARRAY, DT_PREINIT_ARRAY, DT_FINI, DT_FINI_ARRAY})
+    constexpr std::uint64_t kTags[] = {DT_INIT, DT_INIT_ARRAY, DT_PREINIT_ARRAY, DT_FINI, DT_FINI_ARRAY};
+    for (const std::uint64_t tag : kTags)
         EXPECT_FALSE(library().hasDynamic(tag)) << tag;
 }
 
