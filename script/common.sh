@@ -60,10 +60,10 @@ build() {
         cmake --build --preset "$preset" "$@" >&2 || fail "building $preset failed"
         return
     fi
-    # Off a terminal a line now and then is enough.
-    NINJA_STATUS='[%f/%t %es] ' cmake --build --preset "$preset" "$@" >"$log" 2>&1 || {
-        grep -vE '^\[[0-9]+/[0-9]+ ' "$log" | tail -n 80 >&2
+    # Off a terminal a line for each tenth is enough.
+    NINJA_STATUS='[%p %es] ' cmake --build --preset "$preset" "$@" 2>&1 | tee "$log" |
+        awk '/^\[ *[0-9]+% / { tenth = int(substr($0, 2, 3) / 10); if (tenth > last) { last = tenth; print substr($0, 1, 100); fflush() } }' >&2 || {
+        grep -vE '^\[ *[0-9]+% ' "$log" | tail -n 80 >&2
         fail "building $preset failed"
     }
-    tail -n 1 "$log" >&2
 }
