@@ -4,6 +4,7 @@
 #include <ctime>
 #include <string>
 
+#include "BoardFacts.h"
 #include "Simulation.h"
 
 namespace quorvel::host {
@@ -15,9 +16,15 @@ BoardTime& boardTime() {
 }
 
 unsigned wait(unsigned seconds) {
+    constexpr unsigned kGlances = 10;  // a second
+    constexpr long kBetween = 1'000'000'000 / kGlances;
     if (boardTime().waiting) boardTime().waiting(seconds);
-    timespec left{static_cast<time_t>(seconds), 0};
-    while (nanosleep(&left, &left) != 0 && errno == EINTR) {
+    for (unsigned left = seconds * kGlances; left > 0; --left) {
+        // It is the manager's work that the plug-in waits for.
+        if (!managerAbsence().empty()) return (left + kGlances - 1) / kGlances;
+        timespec rest{0, kBetween};
+        while (nanosleep(&rest, &rest) != 0 && errno == EINTR) {
+        }
     }
     return 0;
 }

@@ -15,7 +15,8 @@ struct BoardTime {
 /// Sets how the process sleeps from now on. Call it before there are threads.
 void setBoardTime(BoardTime time);
 
-/// Does what sleep() does on this board. Returns 0.
+/// Does what sleep() does on this board. Returns 0, or the seconds left when the WLAN manager, whose work is waited
+/// for, has ended or stopped.
 unsigned sleepOnBoard(unsigned seconds);
 
 }  // namespace quorvel::host

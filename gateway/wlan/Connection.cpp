@@ -1,5 +1,6 @@
 #include "Connection.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -7,6 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -15,6 +17,7 @@ namespace {
 
 constexpr long long kBound = 1500;             // milliseconds for a request
 constexpr long long kBoundAfterTimeout = 200;  // the same when the last one timed out
+constexpr long long kGlance = 250;             // milliseconds of silence before the manager's process is looked at
 constexpr long long kPollInterval = 4;         // milliseconds between looks for a manager that is being started
 constexpr std::size_t kLongestAnswer = std::size_t{64} * 1024 * 1024;
 constexpr const char* kDefaultSocket = "/var/run/wlmngr2.socket";
@@ -25,14 +28,31 @@ long long now() {
     return static_cast<long long>(time.tv_sec) * 1000 + time.tv_nsec / 1000000;
 }
 
+// Whether the process at the other end is stopped, and will answer nothing until somebody continues it.
+bool peerIsStopped(int fd) {
+    ucred peer = {};
+    socklen_t length = sizeof peer;
+    if (getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &length) != 0 || peer.pid <= 0) return false;
+    char path[32];
+    (void)std::snprintf(path, sizeof path, "/proc/%d/stat", static_cast<int>(peer.pid));
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
+    if (file < 0) return false;
+    char text[512] = {};
+    const ssize_t size = read(file, text, sizeof text - 1);
+    (void)::close(file);  // it was only read
+    const char* name = size > 0 ? std::strrchr(text, ')') : nullptr;
+    return name != nullptr && std::strncmp(name, ") T", 3) == 0;
+}
+
 bool waitFor(int fd, short events, long long deadline) {
     for (;;) {
         const long long left = deadline - now();
         if (left <= 0) return false;
         pollfd entry = {fd, events, 0};
-        const int ready = poll(&entry, 1, static_cast<int>(left));
+        const int ready = poll(&entry, 1, static_cast<int>(left < kGlance ? left : kGlance));
         if (ready > 0) return true;
         if (ready < 0 && errno != EINTR) return false;
+        if (ready == 0 && peerIsStopped(fd)) return false;
     }
 }
 

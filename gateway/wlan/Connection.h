@@ -12,7 +12,8 @@ class Connection {
   public:
     // Sends the request and waits for the answer, whose blocks stay valid until the next call. Returns false when there
     // is no manager, or it did not answer rightly within the bound: 1.5 seconds, or 200 ms when the last request
-    // already ran into it, so that a caller that reads a whole tree from a hanging manager gets through.
+    // already ran into it, so that a caller that reads a whole tree from a hanging manager gets through. A manager
+    // whose process is stopped is not waited for so long.
     [[nodiscard]] bool call(const Request& request, Answer& answer);
 
     // Like call, for a request that is only worth making when the manager is there: it is not waited for.
