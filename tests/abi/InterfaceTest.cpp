@@ -258,7 +258,7 @@ void printManifest() {
                       stack != nullptr && (stack->flags & PF_X) == 0 ? "not executable" : "executable");
     (void)std::printf("  search path         %s\n",
                       library().hasDynamic(DT_RUNPATH) || library().hasDynamic(DT_RPATH) ? "its own" : "none");
-    (void)std::printf("  constructors        %llu (the start files' one is expected)\n",
+    (void)std::printf("  constructors        %llu (none expected)\n",
                       static_cast<unsigned long long>(library().dynamic(DT_INIT_ARRAYSZ) / library().wordSize()));
 }
 
