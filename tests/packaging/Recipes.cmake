@@ -1,5 +1,5 @@
-# The recipes are of their tools' form, and what they run does what they are for. The tools themselves are not here: small
-# stand-ins expand the make recipes, and a checker of forms reads the others.
+# The recipes are of their tools' form, and what they run does what they are for. Buildroot's switches are read by a real Kconfig
+# parser; the tools themselves are not here: small stand-ins expand the make recipes, and a checker of forms reads the others.
 include(${CMAKE_CURRENT_LIST_DIR}/Common.cmake)
 set(recipes ${SOURCE}/packaging)
 set(stand_ins ${CMAKE_CURRENT_LIST_DIR}/recipes)
@@ -16,6 +16,22 @@ foreach(wrong "FOO = \"open" "do_install() {" "inherit" "LICENSE = \"CLOSED\"\nd
         message(FATAL_ERROR "The checker lets pass: ${wrong}")
     endif()
 endforeach()
+
+# The distribution's Python has the distribution's parser.
+set(kconfig /usr/bin/python3 ${stand_ins}/kconfig.py)
+execute_process(COMMAND /usr/bin/python3 -c "import kconfiglib" RESULT_VARIABLE missing OUTPUT_QUIET ERROR_QUIET)
+if(missing EQUAL 0)
+    run(printed ${kconfig} ${recipes}/buildroot/Config.in ${WORK})
+    file(READ ${recipes}/buildroot/Config.in switches)
+    string(REPLACE "depends on !BR2_STATIC_LIBS" "depends on BR2_STATIC_LIBS" switches "${switches}")
+    file(WRITE ${WORK}/wrong.in "${switches}")
+    execute_process(COMMAND ${kconfig} ${WORK}/wrong.in ${WORK} RESULT_VARIABLE status OUTPUT_QUIET ERROR_QUIET)
+    if(status EQUAL 0)
+        message(FATAL_ERROR "A package that is offered in the wrong case is let pass")
+    endif()
+else()
+    message(STATUS "no Kconfig parser here (python3-kconfiglib): only the form of Config.in was looked at")
+endif()
 
 # An SDK of the platform, made of the stand-in libraries.
 set(sdk ${WORK}/staging/usr)
