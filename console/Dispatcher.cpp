@@ -27,7 +27,7 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_flag("--plain", options.plain, "Print one record per line, tab-separated")->excludes(json);
     app.add_flag("--no-color", options.noColor, "No colours (also: NO_COLOR)");
     app.add_flag("--no-sandbox", options.noSandbox, "Run the board without namespaces");
-    app.add_flag("--real-time", options.realTime, "Wait as the device waits instead of letting board time run ahead");
+    app.add_flag("--real-time", options.realTime, "Wait as the device waits; no running ahead in time");
     app.add_flag("--reveal", options.reveal, "Show passphrases, keys and PINs");
     app.add_option("--programs", options.programs, "Folder with the board's bin/, lib/ and boards/")->type_name("DIR");
     app.add_option("--emulator", options.emulator, "Command that runs programs built for another processor")

@@ -89,8 +89,8 @@ std::string programHelp(const CommandShape& program, const Style& style, bool in
     }
     if (inShell) return text + row("exit", "End the shell", kVerbWidth) + "\nhelp VERB shows a verb with examples.\n";
     text += "\n" + style.dress("Options of every verb", Colour::kHeading) + "\n" + optionRows(program);
-    return text + "\n" + programName() + " help VERB shows a verb with examples; " + programName() +
-           " demo shows the gateway.\n";
+    return text + "\n" + programName() + " help VERB  shows a verb, with examples\n" + programName() +
+           " demo       shows the gateway\n";
 }
 
 std::string verbHelp(const CommandShape& program, const std::vector<std::string>& words, const Style& style,

@@ -16,7 +16,9 @@ Progress::~Progress() {
 
 void Progress::say(const std::string& text) {
     if (!style_.onTerminal()) return;
-    std::cerr << "\r\033[K" << style_.dress(text, Colour::kFaint) << std::flush;
+    // A line that wraps could not be taken back.
+    const std::string fitting = cutTo(text, style_.columns() > 0 ? style_.columns() - 1 : text.size());
+    std::cerr << "\r\033[K" << style_.dress(fitting, Colour::kFaint) << std::flush;
     shown_ = true;
 }
 

@@ -1,5 +1,6 @@
 #include "Style.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -37,8 +38,14 @@ const char* sequenceOf(Colour colour) {
 }  // namespace
 
 Style::Style(const Options& options, int descriptor)
-    : terminal_(isatty(descriptor) != 0 && environment("TERM") != "dumb"),
+    : descriptor_(descriptor),
+      terminal_(isatty(descriptor) != 0 && environment("TERM") != "dumb"),
       coloured_(terminal_ && !options.noColor && environment("NO_COLOR").empty()) {}
+
+std::size_t Style::columns() const {
+    winsize size{};
+    return terminal_ && ioctl(descriptor_, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
 
 std::string Style::dress(std::string_view text, Colour colour) const {
     if (!coloured_ || colour == Colour::kPlain) return std::string(text);
@@ -73,6 +80,15 @@ std::size_t displayWidth(std::string_view text) {
         std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
 }
 
+std::string cutTo(std::string_view text, std::size_t cells) {
+    std::size_t end = 0;
+    for (std::size_t seen = 0; end < text.size(); ++end) {
+        const bool begins = (static_cast<unsigned char>(text[end]) & 0xc0U) != 0x80;
+        if (begins && seen++ == cells) break;
+    }
+    return std::string(text.substr(0, end));
+}
+
 std::string duration(std::uint64_t seconds) {
     const auto two = [](std::uint64_t a, const char* unitA, std::uint64_t b, const char* unitB) {
         return std::to_string(a) + " " + unitA + " " + std::to_string(b) + " " + unitB;
@@ -81,6 +97,20 @@ std::string duration(std::uint64_t seconds) {
     if (seconds >= 3600) return two(seconds / 3600, "h", seconds % 3600 / 60, "min");
     if (seconds >= 60) return two(seconds / 60, "min", seconds % 60, "s");
     return std::to_string(seconds) + " s";
+}
+
+std::string clockText(std::uint64_t seconds) {
+    if (seconds >= 86400) return duration(seconds);
+    std::array<char, 16> text{};
+    const auto hours = static_cast<unsigned>(seconds / 3600);
+    const auto minutes = static_cast<unsigned>(seconds % 3600 / 60);
+    const auto rest = static_cast<unsigned>(seconds % 60);
+    if (hours > 0) {
+        (void)std::snprintf(text.data(), text.size(), "%u:%02u:%02u", hours, minutes, rest);
+    } else {
+        (void)std::snprintf(text.data(), text.size(), "%u:%02u", minutes, rest);
+    }
+    return text.data();
 }
 
 }  // namespace quorvel::console

@@ -19,8 +19,11 @@ class Style {
     [[nodiscard]] bool onTerminal() const {
         return terminal_;
     }
+    /// Returns how many cells a line of the terminal has, 0 when there is none.
+    [[nodiscard]] std::size_t columns() const;
 
   private:
+    int descriptor_;
     bool terminal_;
     bool coloured_;
 };
@@ -36,6 +39,12 @@ class Style {
 
 /// Returns the number of cells that the text takes on a terminal.
 [[nodiscard]] std::size_t displayWidth(std::string_view text);
+
+/// Returns what of the text fits into so many cells.
+[[nodiscard]] std::string cutTo(std::string_view text, std::size_t cells);
+
+/// Returns seconds as "0:03", "2:03:04", "3 d 4 h".
+[[nodiscard]] std::string clockText(std::uint64_t seconds);
 
 /// Returns seconds as "3 d 4 h", "5 min 6 s".
 [[nodiscard]] std::string duration(std::uint64_t seconds);

@@ -23,6 +23,8 @@ class Table {
     [[nodiscard]] bool empty() const {
         return rows_.empty();
     }
+    /// Returns the cells that the widest line takes.
+    [[nodiscard]] std::size_t width() const;
     /// Writes the table for people, with two blanks before each row.
     void print(std::ostream& out, const Style& style) const;
     /// Writes the rows alone, tab-separated.

@@ -219,9 +219,9 @@ void addChangeVerbs(VerbContext& context) {
     Session& session = context.session;
     auto first = std::make_shared<std::string>();
     auto second = std::make_shared<std::string>();
-    CLI::App* verb = context.add(
-        kDataModelVerbs, "diff", "Compare two files of get --json or snapshot --json; 1 when they differ",
-        "diff before.json after.json", [&session, first, second] { return diff(session, *first, *second); });
+    CLI::App* verb = context.add(kDataModelVerbs, "diff", "Compare two outputs of get --json or snapshot --json",
+                                 "diff before.json after.json",
+                                 [&session, first, second] { return diff(session, *first, *second); });
     verb->add_option("A", *first, "The file before")->required();
     verb->add_option("B", *second, "The file after")->required();
 

@@ -63,8 +63,15 @@ int explain(const Session& session, const std::string& path) {
         tableOf(found).printPlain(std::cout);
     } else if (found.size() == 1) {
         printOne(session, found.front());
+    } else if (const Table table = tableOf(found);
+               session.outStyle().columns() == 0 || table.width() <= session.outStyle().columns()) {
+        table.print(std::cout, session.outStyle());
     } else {
-        tableOf(found).print(std::cout, session.outStyle());
+        // Too wide for the terminal.
+        for (const Json& parameter : found) {
+            if (parameter != found.front()) std::cout << '\n';
+            printOne(session, parameter);
+        }
     }
     return kDone;
 }
@@ -75,7 +82,7 @@ void addExplainVerbs(VerbContext& context) {
     Session& session = context.session;
     auto path = std::make_shared<std::string>();
     CLI::App* const verb =
-        context.add(kDataModelVerbs, "explain", "Tell what a parameter is: type, range, unit and where it comes from",
+        context.add(kDataModelVerbs, "explain", "Tell what a parameter is: type, range, unit and source",
                     "explain Device.WiFi.Radio.2.DcsDwelltime\nexplain Device.WiFi.SSID.",
                     [&session, path] { return explain(session, *path); });
     verb->add_option("PATH", *path, "e.g. Device.WiFi.Radio.2.DcsDwelltime or Device.WiFi.SSID.")->required();

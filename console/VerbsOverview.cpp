@@ -83,7 +83,7 @@ void printNetworks(const Session& session, const Readings& readings) {
 }
 
 void printStations(const Session& session, const Readings& readings) {
-    Table table({"AP", "Station", "RSSI", "Signal", "Down Mbit/s", "Up Mbit/s", "Standard"});
+    Table table({"AP", "Station", "RSSI", "Signal", "Down Mb/s", "Up Mb/s", "Standard"});
     const unsigned accessPoints = numberAt(readings, "Device.WiFi.AccessPointNumberOfEntries");
     for (unsigned i = 1; i <= accessPoints; ++i) {
         const std::string path = instancePath("AccessPoint", i);
@@ -183,23 +183,24 @@ void printWhatIsNext(const Session& session) {
         const char* meaning;
     };
     static constexpr Suggestion kNext[] = {
-        {"set Device.WiFi.SSID.1.SSID=Attic --save", "change an SSID, so that it survives a power cycle"},
-        {"get Device.WiFi.SSID.1.", "and read it back"},
-        {"up", "a board that stays up, for what follows"},
+        {"set Device.WiFi.SSID.1.SSID=Attic --save", "change an SSID for good"},
+        {"get Device.WiFi.SSID.1.", "read it back"},
+        {"up", "a board that stays up"},
         {"station join 02:00:00:00:00:77 1", "a station joins access point 1"},
         {"stations", "see it on the air"},
         {"scan 1", "what radio 1 hears"},
         {"down", "switch the board off"},
-        {"play guest-network", "a scenario: what happens, and what must be seen"},
-        {"shell", "many commands, with completion and history"},
+        {"play guest-network", "a scenario with expectations"},
+        {"shell", "with completion and history"},
         {"help", "everything else"},
     };
+    constexpr std::size_t kCommandWidth = 34;
     const std::string program = programName();
     std::cout << '\n' << session.outStyle().dress("Try next", Colour::kHeading) << '\n';
     for (const Suggestion& next : kNext) {
-        std::string command = program + " " + next.command;
-        if (command.size() < program.size() + 44) command.resize(program.size() + 44, ' ');
-        std::cout << "  " << command << next.meaning << '\n';
+        const std::size_t length = std::string_view(next.command).size();
+        const std::size_t gap = length < kCommandWidth ? kCommandWidth - length : 2;
+        std::cout << "  " << program << ' ' << next.command << std::string(gap, ' ') << next.meaning << '\n';
     }
 }
 

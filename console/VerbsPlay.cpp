@@ -154,8 +154,9 @@ int play(Session& session, const Wishes& wishes) {
                 if (!session.options.json) printEntry(session, entry);
             },
             [&](scenario::Time now) {
-                progress.share(static_cast<double>(now), static_cast<double>(scenario.end),
-                               scenario::seconds(now) + " of " + scenario::seconds(scenario.end) + " s of board time");
+                progress.share(
+                    static_cast<double>(now), static_cast<double>(scenario.end),
+                    std::to_string(now / 1000) + " of " + std::to_string(scenario.end / 1000) + " s of board time");
                 return Interrupt::happened();
             });
     } catch (const GatewayError& error) {
@@ -177,10 +178,9 @@ int play(Session& session, const Wishes& wishes) {
 void addPlayVerbs(VerbContext& context) {
     Session& session = context.session;
     auto wishes = std::make_shared<Wishes>();
-    CLI::App* const verb =
-        context.add(kManyVerbs, "play", "Play a scenario on a board of its own, in board time; alone: list them",
-                    "play\nplay first-boot\nplay guest-network --seed 7 --junit result.xml",
-                    [&session, wishes] { return play(session, *wishes); });
+    CLI::App* const verb = context.add(kManyVerbs, "play", "Play a scenario on a board of its own; alone: list them",
+                                       "play\nplay first-boot\nplay guest-network --seed 7 --junit result.xml",
+                                       [&session, wishes] { return play(session, *wishes); });
     verb->add_option("FILE", wishes->file, "Scenario (JSON), or a shipped one's name");
     verb->add_option("--seed", wishes->seed, "Seed of what varies by chance, instead of the scenario's")
         ->type_name("N")

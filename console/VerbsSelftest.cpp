@@ -56,7 +56,7 @@ int selftest(const Session& session) {
 
 void addSelftestVerb(VerbContext& context) {
     Session& session = context.session;
-    (void)context.add(kManyVerbs, "selftest", "Check a built plug-in (--plugin) against the data model and its rules",
+    (void)context.add(kManyVerbs, "selftest", "Check a built plug-in (--plugin) against its interface",
                       "selftest\nselftest --plugin libquorvel_wifi.so", [&session] { return selftest(session); });
 }
 

@@ -73,10 +73,10 @@ int stations(Session& session, unsigned only) {
     const Readings readings = readPaths(session, paths, &faults);
     if (!faults.empty()) return reportFaults(session, faults);
     const auto times = associationTimes(session);
-    Table table({"AP", "Station", "RSSI", "Signal", "Down Mbit/s", "Up Mbit/s", "Standard", "MHz", "Time"});
+    Table table({"AP", "Station", "RSSI", "Signal", "Down Mb/s", "Up Mb/s", "Std", "MHz", "Time"});
     table.hideInPlain("Signal");
     const auto shown = [&session](std::uint64_t seconds) {
-        return session.options.plain ? std::to_string(seconds) : duration(seconds);
+        return session.options.plain ? std::to_string(seconds) : clockText(seconds);
     };
     Json list = Json::array();
     for (const Station& station : stationsIn(readings)) {

@@ -146,6 +146,16 @@ TEST_F(Example, OfTheHelpDoesWhatItSays) {
     (void)std::system(("XDG_STATE_HOME='" + place + "' '" QUORVEL_CONSOLE "' down > /dev/null 2>&1").c_str());
 }
 
+TEST(Output, ThatCannotBeWrittenIsAFailure) {
+    const auto statusOf = [](const std::string& arguments) {
+        return std::system(("'" QUORVEL_CONSOLE "' " + arguments + " 2> /dev/null").c_str());
+    };
+    EXPECT_EQ(statusOf("version > /dev/null"), 0);
+    EXPECT_NE(statusOf("version > /dev/full"), 0);
+    EXPECT_NE(statusOf("help --json > /dev/full"), 0);
+    EXPECT_NE(statusOf("version >&-"), 0);
+}
+
 TEST(Board, ThatDoesNotExistIsNamed) {
     const Console console;
     const Outcome outcome = console.run({"--board", "no-such-board", "get", "Device.WiFi.Radio.1.Name"});

@@ -19,13 +19,14 @@ constexpr std::chrono::seconds kLongest{30};
 
 }  // namespace
 
-Terminal::Terminal(std::vector<std::string> words, const std::map<std::string, std::string>& environment) {
+Terminal::Terminal(std::vector<std::string> words, const std::map<std::string, std::string>& environment,
+                   unsigned short columns) {
     words.insert(words.begin(), QUORVEL_CONSOLE);
     std::vector<char*> arguments;
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
-    winsize size{40, 120, 0, 0};
+    winsize size{40, columns, 0, 0};
     process_ = forkpty(&descriptor_, nullptr, nullptr, &size);
     if (process_ < 0) throw std::runtime_error("no terminal");
     if (process_ != 0) return;

@@ -12,7 +12,8 @@ namespace quorvel::console_test {
 class Terminal {
   public:
     // Starts a command. The environment's TERM, NO_COLOR and locale are those given, a UTF-8 one of colours by default.
-    explicit Terminal(std::vector<std::string> words, const std::map<std::string, std::string>& environment = {});
+    explicit Terminal(std::vector<std::string> words, const std::map<std::string, std::string>& environment = {},
+                      unsigned short columns = 120);
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
     ~Terminal();

@@ -1,7 +1,9 @@
 // What a person sees who sits at a terminal: colours, progress, the shell.
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 #include "OnBoard.h"
 #include "Terminal.h"
@@ -31,6 +33,7 @@ class Colours : public OnTerminal {};
 class Progress : public OnTerminal {};
 class Shell : public OnTerminal {};
 class Secret : public OnTerminal {};
+class Lines : public OnTerminal {};
 
 std::string get(std::vector<std::string> words, const Environment& environment = {}) {
     Terminal terminal(std::move(words), environment);
@@ -95,6 +98,23 @@ TEST_F(Progress, OfWpsEndsWhenTheStationHasCome) {
     (void)terminal.until(" of 120 s");
     EXPECT_NE(terminal.rest().find("WPS on access point 1: a station was let in"), std::string::npos);
     EXPECT_EQ(terminal.status(), 0);
+}
+
+TEST_F(Lines, FitIntoTheTerminal) {
+    for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
+             {"help"}, {"overview"}, {"stations"}, {"scan", "3"}, {"play"}, {"stats", "1"}, {"demo"}, {"status"}}) {
+        Terminal terminal(command(words), {{"NO_COLOR", "1"}}, 80);
+        std::istringstream lines(terminal.rest());
+        for (std::string line; std::getline(lines, line);) {
+            line.erase(0, line.find("\033[K") == std::string::npos ? 0 : line.rfind("\033[K") + 3);
+            if (line.ends_with('\r')) line.pop_back();
+            const auto cells = std::count_if(line.begin(), line.end(),
+                                             [](char c) { return (static_cast<unsigned char>(c) & 0xc0U) != 0x80; });
+            // Paths of state folders and the like have no blanks to break at.
+            const bool breakable = line.find("/tmp/") == std::string::npos;
+            EXPECT_LE(breakable ? cells : 0, 80) << words.front() << ": " << line;
+        }
+    }
 }
 
 TEST_F(Secret, IsAskedForAndNotShownWhileItIsTyped) {
