@@ -25,6 +25,9 @@ member("${radio}.OperatingChannelBandwidth" setter WiFiRadioOperatingChannelBand
 member("${radio}.RadioChannelStats" getter WiFiRadioChannelStatsGet)
 member("${radio}.pushRadioChannel2" readable OFF)
 member("${radio}.Stats.Noise" unit dBm)
+member("${radio}.Stats.BytesSent" source "the number after `txbyte` in the output of `wl`")
+member("Device.WiFi.SSID.{i}.Stats.PacketsReceived" source
+       "the interface's line in `/proc/net/dev`: `packets`, received")
 member("Device.WiFi.SSID.{i}.SSID" capacity 32)
 member("Device.WiFi.AccessPoint.{i}.WPS.EnrolleePin" accepts "4 or 8 characters")
 member("Device.WiFi.AccessPoint.{i}.AC.{i}.AIFSN" access "read, write at once")

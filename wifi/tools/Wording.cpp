@@ -1,10 +1,13 @@
 #include "Wording.h"
 
+#include <cctype>
+
 namespace quorvel::definitions {
 namespace {
 
 constexpr std::string_view kMember = "FIELD(";
 constexpr std::string_view kContention = "WMM(";
+constexpr std::string_view kColumn = "COLUMN(";
 
 std::string quoted(std::string_view name) {
     return "`" + std::string(name) + "`";
@@ -38,6 +41,18 @@ std::string ownText(const Parameter& parameter) {
 std::string inertText(const Parameter& parameter) {
     if (parameter.variable.empty()) return "none: a read leaves the value";
     return "none: a read leaves the value; writes go to " + variableText(parameter);
+}
+
+// A counter has a keyword in what `wl` prints, or a column of the kernel's table.
+std::string counterText(const Parameter& parameter) {
+    if (!parameter.source.starts_with(kColumn)) {
+        return "the number after " + quoted(parameter.variable) + " in the output of `wl`";
+    }
+    const std::string_view column = argumentOf(parameter.source, kColumn);
+    std::string name(column.substr(2));
+    name.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(name.front())));
+    return "the interface's line in `/proc/net/dev`: " + quoted(name) +
+           (column.starts_with("tx") ? ", transmitted" : ", received");
 }
 
 std::string memberText(const Parameter& parameter, std::string_view record) {
@@ -112,7 +127,7 @@ std::string sourceText(const Parameter& parameter) {
         case Read::NONE:
             return "none: not readable";
         case Read::COUNTER:
-            return "the number after " + quoted(parameter.variable) + " in the output of `wl`";
+            return counterText(parameter);
         case Read::RESULT:
             return memberText(parameter, "the stored scan result");
         case Read::STATION_TEXT:
