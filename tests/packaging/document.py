@@ -3,7 +3,8 @@
 usage: document.py DOCUMENT FOLDER
 
 Commands are the lines after "$ " in ```console blocks; all run in one Bash, in FOLDER. What follows a command up to the next is
-what it must print, on both outputs, and nothing else; a line "..." stands for any lines. A command that fails ends the run.
+what it must print, on both outputs, and nothing else; a line "..." stands for any lines, and "..." within a line for anything in
+it. A command that fails ends the run.
 """
 
 import re
@@ -28,7 +29,9 @@ def examples(text):
 
 def as_expected(printed, expected):
     """Tells whether the lines printed are those expected."""
-    pattern = "".join("(.*\n)*?" if line == "..." else re.escape(line) + "\n" for line in expected)
+    gap = re.escape("...")
+    pattern = "".join(
+        "(.*\n)*?" if line == "..." else re.escape(line).replace(gap, ".*") + "\n" for line in expected)
     return re.fullmatch(pattern, printed) is not None
 
 
