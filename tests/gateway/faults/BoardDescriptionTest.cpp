@@ -21,6 +21,7 @@ struct Level {
 };
 
 constexpr const char* kHead = "{\"name\":\"b\",\"identifier\":\"0x0030\",\"chips\":[],\n";
+constexpr const char* kBoard = "{\"name\":\"b\",\"identifier\":\"0x0030\",\n";
 constexpr const char* kRadio =
     "{\"name\":\"b\",\"identifier\":\"0x0030\",\"chips\":[],\"radios\":[{\"index\":0,\"band\":\"5GHz\",\"channel\":36,"
     "\n";
@@ -56,15 +57,29 @@ TEST_P(WrongBoard, IsNamedByFileLineAndExpectation) {
 
 INSTANTIATE_TEST_SUITE_P(
     Levels, WrongBoard,
-    testing::Values(Level{"Board", kHead, "\"radios\":[]", "\"radios\":7", "}", "/radios"},
-                    Level{"UnknownKey", kHead, "\"radios\":[]", "\"radioes\":[],\"radios\":[]", "}", "/radioes"},
-                    Level{"Radio", kRadio, "\"noise\":-91", "\"noise\":\"low\"", "}]}", "/radios/0/noise"},
-                    Level{"Bss", kBss, "\"maxStations\":5", "\"maxStations\":-5", "}]}]}",
-                          "/radios/0/bss/0/maxStations"},
-                    Level{"Station", kStation, "\"rssi\":-60", "\"rssi\":60", "}]}", "/stations/0/rssi"},
-                    Level{"Neighbour", kNeighbour, "\"security\":\"None\"", "\"security\":\"Much\"", "}]}",
-                          "/neighbours/0/security"},
-                    Level{"Faults", kFaults, "\"lspci\":\"fails\"", "\"lspci\":\"flies\"", "}}", "/faults/lspci"}),
+    testing::Values(
+        Level{"Board", kHead, "\"radios\":[]", "\"radios\":7", "}", "/radios"},
+        Level{"UnknownKey", kHead, "\"radios\":[]", "\"radioes\":[],\"radios\":[]", "}", "/radioes"},
+        Level{"Radio", kRadio, "\"noise\":-91", "\"noise\":\"low\"", "}]}", "/radios/0/noise"},
+        Level{"Bss", kBss, "\"maxStations\":5", "\"maxStations\":-5", "}]}]}", "/radios/0/bss/0/maxStations"},
+        Level{"Station", kStation, "\"rssi\":-60", "\"rssi\":60", "}]}", "/stations/0/rssi"},
+        Level{"Neighbour", kNeighbour, "\"security\":\"None\"", "\"security\":\"Much\"", "}]}",
+              "/neighbours/0/security"},
+        Level{"Faults", kFaults, "\"lspci\":\"fails\"", "\"lspci\":\"flies\"", "}}", "/faults/lspci"},
+        // Further down.
+        Level{"Chip", kBoard, "\"chips\":[\"43c5\"]", "\"chips\":[\"43c\"]", ",\"radios\":[]}", "/chips/0"},
+        Level{"Channels", kRadio, "\"possibleChannels\":[36]", "\"possibleChannels\":[\"36\"]", "}]}",
+              "/radios/0/possibleChannels/0"},
+        Level{"FilterEntry", kBss, "\"filterList\":[\"02:00:00:00:00:09\"]", "\"filterList\":[\"02:00\"]", "}]}]}",
+              "/radios/0/bss/0/filterList/0"},
+        Level{"Secret", kBss, "\"security\":\"WPA2-Personal\",\"passphrase\":\"12345678\"",
+              "\"security\":\"WPA2-Personal\",\"passphrase\":\"1234567\"", "}]}]}", "/radios/0/bss/0/passphrase"},
+        Level{"Traffic", kStation, "\"traffic\":{\"downlink\":1}", "\"traffic\":{\"downlink\":-1}", "}]}",
+              "/stations/0/traffic/downlink"},
+        Level{"Rates", kStation, "\"rates\":{\"uplink\":1}", "\"rates\":{\"sideways\":1}", "}]}",
+              "/stations/0/rates/sideways"},
+        Level{"Step", kStation, "\"plan\":[{\"at\":1,\"do\":\"leave\"}]", "\"plan\":[{\"at\":1,\"do\":\"dance\"}]",
+              "}]}", "/stations/0/plan/0/do"}),
     [](const auto& level) { return level.param.name; });
 
 TEST(WrongBoard, WithoutAClosingBraceIsNamedByLine) {
