@@ -1,6 +1,7 @@
 // quorvel-wifi-host: the host process on the board.
 #include <fcntl.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -39,6 +40,8 @@ constexpr std::chrono::seconds kLongestControl{15};
 
 // The event code of an association; the other one tells of its end.
 constexpr std::uint32_t kAssociated = 8;
+
+constexpr const char* kNotifySocket = "/tmp/notify-socket";
 
 Server* theServer = nullptr;
 
@@ -101,6 +104,21 @@ void listenAnew(const Plugin& plugin, bool listening) {
 
 void onSignal(int) {
     if (theServer != nullptr) theServer->stop();
+}
+
+// The plug-in's places in /tmp are fixed: without a sandbox a second board would take the first one's.
+void refuseASecondBoard() {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    (void)std::snprintf(address.sun_path, sizeof address.sun_path, "%s", kNotifySocket);
+    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool served =
+        descriptor >= 0 && connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    if (descriptor >= 0) (void)close(descriptor);  // nothing was sent
+    if (!served) return;
+    throw quorvel::board::BoardError(
+        std::string("Without a sandbox the machine has room for one board, and one is up: ") + kNotifySocket +
+        " is served already. Switch that one off, or leave --no-sandbox out.");
 }
 
 int serve(const Options& options, const quorvel::board::Places& places) {
@@ -170,6 +188,7 @@ int main(int argc, char** argv) {
     if (options.report < 0) options.report = options.connected >= 0 ? options.connected : STDERR_FILENO;
     options.board.sandbox = !options.noSandbox;
     try {
+        if (options.noSandbox) refuseASecondBoard();
         const quorvel::board::Places places = quorvel::board::enterBoard(options.board);
         return serve(options, places);
     } catch (const std::exception& error) {
