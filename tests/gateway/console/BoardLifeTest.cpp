@@ -47,6 +47,16 @@ TEST_F(UpAndDown, StationsJoinAndLeaveABoardThatStaysUp) {
     EXPECT_EQ(console_.run({"station", "leave", "02:ff:ff:ff:ff:ff"}).status, 1);
 }
 
+TEST_F(OtherBoards, FindNoRoomBesideOneWithoutASandbox) {
+    const Console other;
+    const Outcome first = console_.run({"up", "--no-sandbox"});
+    ASSERT_EQ(first.status, 0) << first.error;
+    EXPECT_EQ(console_.run({"get", kChannel}).out, kChannel + " => 36\n");
+    const Outcome second = other.run({"--no-sandbox", "get", kChannel});
+    EXPECT_EQ(second.status, 1);
+    EXPECT_NE(second.error.find("room for one board"), std::string::npos) << second.error;
+}
+
 TEST_F(OtherBoards, HaveTheirOwnRadios) {
     const Outcome outcome = console_.run({"--board", "dual-band", "get", "Device.WiFi.RadioNumberOfEntries"});
     EXPECT_EQ(outcome.out, "Device.WiFi.RadioNumberOfEntries => 2\n") << outcome.error;
