@@ -1,0 +1,21 @@
+#include <optional>
+#include <string>
+
+#include "Input.h"
+#include "Store.h"
+
+// The manager's non-volatile store, as somebody or a power cut may have left it.
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using quorvel::fuzz::require;
+    using namespace quorvel::gateway;
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    const auto saved = decodeSaved(text);
+    if (!saved) {
+        return 0;
+    }
+    const std::string written = encodeSaved(*saved);
+    require(decodeSaved(written) == saved, "what is saved reads as it was");
+    require(encodeSaved(*decodeSaved(written)) == written, "there is one way to write it");
+    return 0;
+}
