@@ -91,7 +91,7 @@ TEST_F(FilterTable, OfItsFullLengthEndsOneBeyondTheBuffer) {
     setList(std::string(576, 'm'));
     GuardedBlock buffer(578);
     EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableMacAddressGet(kAccessPoint, buffer.text(), 576), 0U);
-    EXPECT_EQ(buffer.bytes(0, 578), std::string(576, 'm') + std::string("\0\xEE", 2));
+    EXPECT_EQ(buffer.bytes(0, 578), std::string(576, 'm').append("\0\xEE", 2));
 }
 
 TEST_F(FilterTable, TakesATextOfItsLengthAndNoLonger) {

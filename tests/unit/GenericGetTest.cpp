@@ -307,7 +307,7 @@ TEST_F(GenericGet, BoundsAValueThatFillsTheManagersBuffer) {
     platform.setVariable(0, 0, "text", std::string(1023, 'x'));
     GuardedBlock out(2048);
     EXPECT_EQ(get(5, out.get(), 2, 64), 0);
-    EXPECT_EQ(out.bytes(0, 65), std::string(63, 'x') + std::string("\0\xEE", 2));
+    EXPECT_EQ(out.bytes(0, 65), std::string(63, 'x').append("\0\xEE", 2));
 }
 
 // --- Cases that are not a straight conversion

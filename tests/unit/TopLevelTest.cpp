@@ -148,10 +148,10 @@ TEST_F(TopLevelReads, BridgeInfoIsBoundedByTheBuffer) {
     GuardedBlock buffer(200);
     EXPECT_EQ(WiFiBridgeInfoGet(buffer.text(), 127), 8U);
     EXPECT_EQ(WiFiBridgeInfoGet(buffer.text(), 128), 0U);
-    EXPECT_EQ(buffer.bytes(0, 129), std::string(127, 'b') + std::string("\0\xEE", 2));
+    EXPECT_EQ(buffer.bytes(0, 129), std::string(127, 'b').append("\0\xEE", 2));
     platform.setVariable(0, 0, "wlBridgeInfo", std::string(128, 'b'));
     EXPECT_EQ(WiFiBridgeInfoGet(buffer.text(), 128), 0U);
-    EXPECT_EQ(buffer.bytes(0, 130), std::string(128, 'b') + std::string("\0\xEE", 2));
+    EXPECT_EQ(buffer.bytes(0, 130), std::string(128, 'b').append("\0\xEE", 2));
     EXPECT_EQ(platform.callTexts({"wlcsm_mngr_ext_get"}),
               (Texts{"wlcsm_mngr_ext_get(0, 0, \"wlBridgeInfo\")", "wlcsm_mngr_ext_get(0, 0, \"wlBridgeInfo\")"}));
 }
