@@ -10,6 +10,7 @@
 
 #include "Interrupt.h"
 #include "Secrets.h"
+#include "host/OutsideBrackets.h"
 
 namespace quorvel::console {
 namespace {
@@ -69,25 +70,7 @@ std::string askedFor(const std::string& path) {
 }  // namespace
 
 std::size_t signIn(const std::string& assignment) {
-    bool bracket = false;
-    bool quote = false;
-    for (std::size_t i = 0; i < assignment.size(); ++i) {
-        const char c = assignment[i];
-        if (quote) {
-            if (c == '\\') {
-                ++i;
-            } else if (c == '"') {
-                quote = false;
-            }
-        } else if (bracket && c == '"') {
-            quote = true;
-        } else if (c == '[' || c == ']') {
-            bracket = c == '[';
-        } else if (c == '=' && !bracket) {
-            return i;
-        }
-    }
-    return std::string::npos;
+    return host::findOutsideBrackets(assignment, '=');
 }
 
 std::string valueMeantBy(const Session& session, const std::string& path, const std::string& given) {

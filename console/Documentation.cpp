@@ -8,6 +8,7 @@
 #include "Client.h"
 #include "Gateway.h"
 #include "host/EditDistance.h"
+#include "host/OutsideBrackets.h"
 
 namespace quorvel::console {
 
@@ -23,22 +24,11 @@ bool isInstance(std::string_view segment) {
     return !segment.empty() && segment.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-// Returns the dot that ends the segment at `begin`; those in brackets do not.
-std::size_t endOfSegment(std::string_view path, std::size_t begin) {
-    int depth = 0;
-    for (std::size_t i = begin; i < path.size(); ++i) {
-        if (path[i] == '[') ++depth;
-        if (path[i] == ']') --depth;
-        if (path[i] == '.' && depth <= 0) return i;
-    }
-    return path.size();
-}
-
 // Replaces instances and what stands for them by "{i}", and keeps what was there.
 std::string templateOf(std::string_view path, std::vector<std::string>* instances = nullptr) {
     std::string text;
     for (std::size_t begin = 0; begin < path.size();) {
-        const std::size_t end = endOfSegment(path, begin);
+        const std::size_t end = std::min(host::findOutsideBrackets(path, '.', begin), path.size());
         const std::string_view segment = path.substr(begin, end - begin);
         const bool instance = isInstance(segment);
         if (instance && instances != nullptr) instances->emplace_back(segment);

@@ -2,42 +2,20 @@
 
 #include <algorithm>
 
+#include "OutsideBrackets.h"
+
 namespace quorvel::host {
 namespace {
 
 constexpr std::string_view kRoot = "Device.";
-
-// Returns the dot that ends the segment at `begin`, or npos.
-std::size_t endOfSegment(std::string_view path, std::size_t begin) {
-    bool bracket = false;
-    bool quote = false;
-    for (std::size_t i = begin; i < path.size(); ++i) {
-        const char c = path[i];
-        if (quote) {
-            if (c == '\\') {
-                ++i;
-            } else if (c == '"') {
-                quote = false;
-            }
-        } else if (bracket && c == '"') {
-            quote = true;
-        } else if (c == '[') {
-            bracket = true;
-        } else if (c == ']') {
-            bracket = false;
-        } else if (c == '.' && !bracket) {
-            return i;
-        }
-    }
-    return std::string_view::npos;
-}
 
 }  // namespace
 
 PathText::PathText(std::string_view path) : rooted(path.starts_with(kRoot)) {
     if (!rooted) return;
     std::size_t begin = kRoot.size();
-    for (std::size_t end = endOfSegment(path, begin); end != std::string_view::npos; end = endOfSegment(path, begin)) {
+    const auto nextDot = [&] { return findOutsideBrackets(path, '.', begin); };
+    for (std::size_t end = nextDot(); end != std::string_view::npos; end = nextDot()) {
         objects.push_back({path.substr(begin, end - begin), end});
         begin = end + 1;
     }

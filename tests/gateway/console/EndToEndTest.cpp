@@ -93,6 +93,13 @@ TEST_F(Values, OfASearchCanBeSet) {
     EXPECT_EQ(outcome.out, "Device.WiFi.SSID.19.SSID => a=b\n") << outcome.error;
 }
 
+TEST_F(Values, AreExplainedWhateverTheirSearchSays) {
+    for (const char* search : {"[Enable==true]", "[Alias==\"a.b\"]", "[Alias==\"a].b\"]"}) {
+        const Outcome outcome = console_.run({"explain", std::string("Device.WiFi.SSID.") + search + ".SSID"});
+        EXPECT_TRUE(outcome.out.starts_with("Device.WiFi.SSID.{i}.SSID\n")) << search << outcome.out << outcome.error;
+    }
+}
+
 TEST_F(Values, AreNotTakenFromAmongTheCommands) {
     const Outcome outcome =
         console_.run({"batch", "-"}, "set Device.WiFi.SSID.1.SSID=-\nget Device.WiFi.SSID.1.SSID\n");
