@@ -38,7 +38,93 @@ Relocation relocationOf(std::uint16_t machine, std::uint64_t type) {
     return type == 0 ? Relocation::None : Relocation::Other;
 }
 
+struct Words32 {
+    using Header = Elf32_Ehdr;
+    using Segment = Elf32_Phdr;
+    using Section = Elf32_Shdr;
+    using Symbol = Elf32_Sym;
+};
+
+struct Words64 {
+    using Header = Elf64_Ehdr;
+    using Segment = Elf64_Phdr;
+    using Section = Elf64_Shdr;
+    using Symbol = Elf64_Sym;
+};
+
 }  // namespace
+
+// A field of the record that stands at an offset of the file.
+#define FIELD(at, Record, field) read((at) + offsetof(Record, field), sizeof(Record::field))
+
+template <typename Words>
+void ElfFile::readTables() {
+    readSegments<Words>();
+    readSections<Words>();
+    readSymbols<Words>();
+}
+
+template <typename Words>
+void ElfFile::readSegments() {
+    using Header = typename Words::Header;
+    using Entry = typename Words::Segment;
+    const std::uint64_t start = FIELD(0, Header, e_phoff);
+    const std::uint64_t count = FIELD(0, Header, e_phnum);
+    for (std::uint64_t n = 0; n < count; ++n) {
+        const std::uint64_t at = start + n * sizeof(Entry);
+        Segment segment;
+        segment.type = static_cast<std::uint32_t>(FIELD(at, Entry, p_type));
+        segment.flags = static_cast<std::uint32_t>(FIELD(at, Entry, p_flags));
+        segment.offset = FIELD(at, Entry, p_offset);
+        segment.address = FIELD(at, Entry, p_vaddr);
+        segment.fileSize = FIELD(at, Entry, p_filesz);
+        segment.memorySize = FIELD(at, Entry, p_memsz);
+        segments_.push_back(segment);
+    }
+}
+
+template <typename Words>
+void ElfFile::readSections() {
+    using Header = typename Words::Header;
+    using Entry = typename Words::Section;
+    const std::uint64_t start = FIELD(0, Header, e_shoff);
+    const std::uint64_t count = FIELD(0, Header, e_shnum);
+    for (std::uint64_t n = 0; n < count; ++n) {
+        const std::uint64_t at = start + n * sizeof(Entry);
+        Section section;
+        section.type = static_cast<std::uint32_t>(FIELD(at, Entry, sh_type));
+        section.flags = FIELD(at, Entry, sh_flags);
+        section.offset = FIELD(at, Entry, sh_offset);
+        section.size = FIELD(at, Entry, sh_size);
+        section.link = static_cast<std::uint32_t>(FIELD(at, Entry, sh_link));
+        section.entrySize = FIELD(at, Entry, sh_entsize);
+        sections_.push_back(section);
+    }
+}
+
+template <typename Words>
+void ElfFile::readSymbols() {
+    using Entry = typename Words::Symbol;
+    for (const Section& section : sections_) {
+        if (section.type != SHT_DYNSYM) continue;
+        const std::uint64_t texts = sections_.at(section.link).offset;
+        for (std::uint64_t at = section.offset; at < section.offset + section.size; at += section.entrySize) {
+            const std::uint64_t info = FIELD(at, Entry, st_info);
+            const std::uint64_t home = FIELD(at, Entry, st_shndx);
+            Symbol symbol;
+            symbol.name = textAt(texts + FIELD(at, Entry, st_name));
+            symbol.address = FIELD(at, Entry, st_value);
+            symbol.size = FIELD(at, Entry, st_size);
+            symbol.function = (info & 0xF) == STT_FUNC;
+            symbol.weak = info >> 4 == STB_WEAK;
+            // A section's symbol is local: nobody else sees it.
+            symbol.defined = home != SHN_UNDEF && info >> 4 != STB_LOCAL;
+            symbols_.push_back(symbol);
+        }
+    }
+}
+
+#undef FIELD
 
 ElfFile::ElfFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -49,9 +135,11 @@ ElfFile::ElfFile(const std::string& path) {
     if (bytes_[EI_DATA] != ELFDATA2LSB) refuse(path + " is not little-endian");
     wordSize_ = bytes_[EI_CLASS] == ELFCLASS64 ? 8 : 4;
     machine_ = static_cast<std::uint16_t>(read(offsetof(Elf32_Ehdr, e_machine), 2));
-    readSegments();
-    readSections();
-    readSymbols();
+    if (wordSize_ == 8) {
+        readTables<Words64>();
+    } else {
+        readTables<Words32>();
+    }
     readDynamics();
     relocate();
 }
@@ -86,89 +174,6 @@ std::uint64_t ElfFile::offsetOf(std::uint64_t address) const {
         }
     }
     refuse("no part of the file is loaded at address " + std::to_string(address));
-}
-
-void ElfFile::readSegments() {
-    const bool wide = wordSize_ == 8;
-    const std::uint64_t start = wide ? read(offsetof(Elf64_Ehdr, e_phoff), 8) : read(offsetof(Elf32_Ehdr, e_phoff), 4);
-    const std::uint64_t count = wide ? read(offsetof(Elf64_Ehdr, e_phnum), 2) : read(offsetof(Elf32_Ehdr, e_phnum), 2);
-    for (std::uint64_t n = 0; n < count; ++n) {
-        Segment segment;
-        if (wide) {
-            const std::uint64_t at = start + n * sizeof(Elf64_Phdr);
-            segment.type = static_cast<std::uint32_t>(read(at + offsetof(Elf64_Phdr, p_type), 4));
-            segment.flags = static_cast<std::uint32_t>(read(at + offsetof(Elf64_Phdr, p_flags), 4));
-            segment.offset = read(at + offsetof(Elf64_Phdr, p_offset), 8);
-            segment.address = read(at + offsetof(Elf64_Phdr, p_vaddr), 8);
-            segment.fileSize = read(at + offsetof(Elf64_Phdr, p_filesz), 8);
-            segment.memorySize = read(at + offsetof(Elf64_Phdr, p_memsz), 8);
-        } else {
-            const std::uint64_t at = start + n * sizeof(Elf32_Phdr);
-            segment.type = static_cast<std::uint32_t>(read(at + offsetof(Elf32_Phdr, p_type), 4));
-            segment.flags = static_cast<std::uint32_t>(read(at + offsetof(Elf32_Phdr, p_flags), 4));
-            segment.offset = read(at + offsetof(Elf32_Phdr, p_offset), 4);
-            segment.address = read(at + offsetof(Elf32_Phdr, p_vaddr), 4);
-            segment.fileSize = read(at + offsetof(Elf32_Phdr, p_filesz), 4);
-            segment.memorySize = read(at + offsetof(Elf32_Phdr, p_memsz), 4);
-        }
-        segments_.push_back(segment);
-    }
-}
-
-void ElfFile::readSections() {
-    const bool wide = wordSize_ == 8;
-    const std::uint64_t start = wide ? read(offsetof(Elf64_Ehdr, e_shoff), 8) : read(offsetof(Elf32_Ehdr, e_shoff), 4);
-    const std::uint64_t count = wide ? read(offsetof(Elf64_Ehdr, e_shnum), 2) : read(offsetof(Elf32_Ehdr, e_shnum), 2);
-    for (std::uint64_t n = 0; n < count; ++n) {
-        Section section;
-        if (wide) {
-            const std::uint64_t at = start + n * sizeof(Elf64_Shdr);
-            section.type = static_cast<std::uint32_t>(read(at + offsetof(Elf64_Shdr, sh_type), 4));
-            section.flags = read(at + offsetof(Elf64_Shdr, sh_flags), 8);
-            section.offset = read(at + offsetof(Elf64_Shdr, sh_offset), 8);
-            section.size = read(at + offsetof(Elf64_Shdr, sh_size), 8);
-            section.link = static_cast<std::uint32_t>(read(at + offsetof(Elf64_Shdr, sh_link), 4));
-            section.entrySize = read(at + offsetof(Elf64_Shdr, sh_entsize), 8);
-        } else {
-            const std::uint64_t at = start + n * sizeof(Elf32_Shdr);
-            section.type = static_cast<std::uint32_t>(read(at + offsetof(Elf32_Shdr, sh_type), 4));
-            section.flags = read(at + offsetof(Elf32_Shdr, sh_flags), 4);
-            section.offset = read(at + offsetof(Elf32_Shdr, sh_offset), 4);
-            section.size = read(at + offsetof(Elf32_Shdr, sh_size), 4);
-            section.link = static_cast<std::uint32_t>(read(at + offsetof(Elf32_Shdr, sh_link), 4));
-            section.entrySize = read(at + offsetof(Elf32_Shdr, sh_entsize), 4);
-        }
-        sections_.push_back(section);
-    }
-}
-
-void ElfFile::readSymbols() {
-    for (const Section& section : sections_) {
-        if (section.type != SHT_DYNSYM) continue;
-        const std::uint64_t texts = sections_.at(section.link).offset;
-        for (std::uint64_t at = section.offset; at < section.offset + section.size; at += section.entrySize) {
-            Symbol symbol;
-            std::uint64_t info = 0;
-            std::uint64_t home = 0;
-            symbol.name = textAt(texts + read(at, 4));
-            if (wordSize_ == 8) {
-                info = read(at + offsetof(Elf64_Sym, st_info), 1);
-                home = read(at + offsetof(Elf64_Sym, st_shndx), 2);
-                symbol.address = read(at + offsetof(Elf64_Sym, st_value), 8);
-                symbol.size = read(at + offsetof(Elf64_Sym, st_size), 8);
-            } else {
-                info = read(at + offsetof(Elf32_Sym, st_info), 1);
-                home = read(at + offsetof(Elf32_Sym, st_shndx), 2);
-                symbol.address = read(at + offsetof(Elf32_Sym, st_value), 4);
-                symbol.size = read(at + offsetof(Elf32_Sym, st_size), 4);
-            }
-            symbol.function = (info & 0xF) == STT_FUNC;
-            symbol.weak = info >> 4 == STB_WEAK;
-            // A section's symbol is local: nobody else sees it.
-            symbol.defined = home != SHN_UNDEF && info >> 4 != STB_LOCAL;
-            symbols_.push_back(symbol);
-        }
-    }
 }
 
 void ElfFile::readDynamics() {

@@ -84,8 +84,14 @@ class ElfFile {
     void write(std::uint64_t offset, std::uint64_t value);
     [[nodiscard]] std::string textAt(std::uint64_t offset) const;
     [[nodiscard]] std::uint64_t offsetOf(std::uint64_t address) const;
+    // `Words` names the records of one word size.
+    template <typename Words>
+    void readTables();
+    template <typename Words>
     void readSegments();
+    template <typename Words>
     void readSections();
+    template <typename Words>
     void readSymbols();
     void readDynamics();
     void relocate();
