@@ -7,31 +7,16 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/ContextHeader.h"
 #include "quorvel.h"
 #include "wlcsm.h"
 
-namespace {
+namespace contextheader = quorvel::contextheader;
 
-struct Header {
-    std::uint32_t mark;
-    std::uint32_t size;
-    std::uint8_t setMap[QUORVEL_CONTEXT_HEADER_SIZE - 8];
-};
-static_assert(sizeof(Header) == QUORVEL_CONTEXT_HEADER_SIZE);
-constexpr std::uint32_t kMark = 0x51564C43U;
+namespace {
 
 pthread_mutex_t theMutex = PTHREAD_MUTEX_INITIALIZER;
 char socketPath[sizeof(sockaddr_un::sun_path)] = {};
-
-Header load(const void* ctx) {
-    Header header;
-    std::memcpy(&header, ctx, sizeof header);
-    return header;
-}
-
-void store(void* ctx, const Header& header) {
-    std::memcpy(ctx, &header, sizeof header);
-}
 
 }  // namespace
 
@@ -46,40 +31,30 @@ void connectTo(const std::string& path) {
 extern "C" {
 
 uint32_t Quorvel_ContextInit(void* ctx, uint32_t size) {
-    std::memset(ctx, 0, size);
-    Header header{};
-    header.mark = kMark;
-    header.size = size;
-    store(ctx, header);
+    contextheader::initialise(ctx, size);
     return 0;
 }
 
 uint32_t Quorvel_IsContextInit(void* ctx) {
-    return load(ctx).mark == kMark ? 0 : 1;
+    return contextheader::isInitialised(ctx) ? 0 : 1;
 }
 
 uint32_t Quorvel_ContextSetMap(void* ctx, uint32_t node) {
-    Header header = load(ctx);
-    header.setMap[node / 8] = static_cast<std::uint8_t>(header.setMap[node / 8] | (1U << (node % 8)));
-    store(ctx, header);
+    contextheader::set(ctx, node);
     return 0;
 }
 
 uint32_t Quorvel_IsContextSetMap(void* ctx, uint32_t node) {
-    return (load(ctx).setMap[node / 8] & (1U << (node % 8))) != 0 ? 1 : 0;
+    return contextheader::isSet(ctx, node) ? 1 : 0;
 }
 
 uint32_t Quorvel_ContextClearMap(void* ctx, uint32_t node) {
-    Header header = load(ctx);
-    header.setMap[node / 8] = static_cast<std::uint8_t>(header.setMap[node / 8] & ~(1U << (node % 8)));
-    store(ctx, header);
+    contextheader::clear(ctx, node);
     return 0;
 }
 
 uint32_t Quorvel_ContextZeroSetMap(void* ctx) {
-    Header header = load(ctx);
-    std::memset(header.setMap, 0, sizeof header.setMap);
-    store(ctx, header);
+    contextheader::clearAll(ctx);
     return 0;
 }
 

@@ -19,12 +19,6 @@
 
 // Many threads of a host in the library at once, while events arrive. Rounds are counted, nothing waits for time.
 
-// A cancelled listener leaves its receive buffer behind, one a registration; that is accepted.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:qvl_thread_main_loop\n";
-}
-
 namespace quorvel::threads {
 
 namespace {

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "BridgeRow.h"
 #include "DataModel.h"
 #include "FreshProcess.h"
 #include "PlatformTest.h"
@@ -24,12 +25,6 @@
 // covered by its row.
 
 extern "C" void* qvl_thread_main_loop(void* callback);
-
-// A listener that ends leaves its receive buffer behind, one a registration; that is accepted.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:qvl_thread_main_loop\n";
-}
 
 namespace quorvel::torture {
 
@@ -499,13 +494,8 @@ TEST_F(Prepared, EveryReadWithoutARow) {
 
 // The bridge by its own functions, as a host may call them.
 TEST_F(Prepared, TheBridge) {
-    struct Row {
-        std::uintptr_t node;
-        std::uintptr_t field;
-        const char* conversion;
-        const char* variable;
-    };
-    static constexpr Row kRows[] = {{5, 0, "", ""}, {1, QUORVEL_CONTEXT_HEADER_SIZE, "UINT32", "wlChannel"}};
+    static constexpr scripted::BridgeRow kRows[] = {{5, 0, "", ""},
+                                                    {1, QUORVEL_CONTEXT_HEADER_SIZE, "UINT32", "wlChannel"}};
     Scenario get;
     get.name = "Quorvel_P_WiFiWlcsmMngrGet";
     get.output = std::make_shared<GuardedBlock>(4);

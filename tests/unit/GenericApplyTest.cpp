@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "BridgeRow.h"
 #include "PlatformTest.h"
 #include "QuorvelWiFiExports.h"
 
@@ -14,14 +15,8 @@ namespace {
 
 using quorvel::scripted::GuardedBlock;
 using quorvel::scripted::PlatformTest;
+using Row = quorvel::scripted::BridgeRow;
 using Texts = std::vector<std::string>;
-
-struct Row {
-    std::uintptr_t node;
-    std::uintptr_t field;
-    const char* conversion;
-    const char* variable;
-};
 
 constexpr std::uint32_t kSize = 164;
 

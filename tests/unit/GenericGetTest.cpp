@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "BridgeRow.h"
 #include "PlatformTest.h"
 #include "QuorvelWiFiExports.h"
 #include "QuorvelWiFiInternal.h"
@@ -14,14 +15,8 @@ namespace {
 
 using quorvel::scripted::GuardedBlock;
 using quorvel::scripted::PlatformTest;
+using Row = quorvel::scripted::BridgeRow;
 using Texts = std::vector<std::string>;
-
-struct Row {
-    std::uintptr_t node;
-    std::uintptr_t field;
-    const char* conversion;
-    const char* variable;
-};
 
 const char kGetter[] = "Quorvel_P_WiFiWlcsmMngrGet";
 

@@ -18,12 +18,6 @@
 
 extern "C" void* qvl_thread_main_loop(void* callback);
 
-// A cancelled listener leaves its receive buffer behind, one a registration; that is accepted.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:qvl_thread_main_loop\n";
-}
-
 namespace {
 
 using quorvel::scripted::Platform;

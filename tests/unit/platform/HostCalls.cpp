@@ -2,12 +2,14 @@
 #include <cstdint>
 #include <cstring>
 
+#include "ContextHeader.h"
 #include "Rendering.h"
 #include "ScriptedPlatform.h"
 #include "quorvel.h"
 
-// The host framework. Contexts are kept faithfully in their 132-byte header: mark, size, and one bit per node.
+// The host framework.
 
+namespace contextheader = quorvel::contextheader;
 using quorvel::scripted::context;
 using quorvel::scripted::LogLine;
 using quorvel::scripted::out;
@@ -15,16 +17,6 @@ using quorvel::scripted::Platform;
 using quorvel::scripted::renderAll;
 
 namespace {
-
-struct Header {
-    std::uint32_t mark;
-    std::uint32_t size;
-    std::uint8_t setMap[QUORVEL_CONTEXT_HEADER_SIZE - 8];
-};
-static_assert(sizeof(Header) == QUORVEL_CONTEXT_HEADER_SIZE);
-
-constexpr std::uint32_t kMark = 0x51564C43U;
-constexpr std::uint32_t kNodes = sizeof(Header::setMap) * 8;
 
 Platform& platform() {
     return Platform::instance();
@@ -39,18 +31,8 @@ std::optional<std::uint32_t> forced(const char* name, const std::string& argumen
     return rule->fails ? 1U : static_cast<std::uint32_t>(rule->result);
 }
 
-Header load(const void* ctx) {
-    Header header{};
-    std::memcpy(&header, ctx, sizeof header);
-    return header;
-}
-
-void store(void* ctx, const Header& header) {
-    std::memcpy(ctx, &header, sizeof header);
-}
-
 bool usable(const void* ctx, std::uint32_t node) {
-    return ctx != nullptr && node < kNodes;
+    return ctx != nullptr && node < contextheader::kNodes;
 }
 
 void copyText(char* target, std::size_t size, const std::string& text) {
@@ -68,14 +50,10 @@ uint32_t Quorvel_ContextInit(void* ctx, uint32_t size) {
     if (const auto result = forced("Quorvel_ContextInit", renderAll(context(ctx), size))) {
         return *result;
     }
-    if (ctx == nullptr || size < sizeof(Header)) {
+    if (ctx == nullptr || size < QUORVEL_CONTEXT_HEADER_SIZE) {
         return 2;
     }
-    std::memset(ctx, 0, size);
-    Header header{};
-    header.mark = kMark;
-    header.size = size;
-    store(ctx, header);
+    contextheader::initialise(ctx, size);
     return 0;
 }
 
@@ -83,7 +61,7 @@ uint32_t Quorvel_IsContextInit(void* ctx) {
     if (const auto result = forced("Quorvel_IsContextInit", renderAll(context(ctx)))) {
         return *result;
     }
-    return ctx != nullptr && load(ctx).mark == kMark ? 0 : 1;
+    return ctx != nullptr && contextheader::isInitialised(ctx) ? 0 : 1;
 }
 
 uint32_t Quorvel_ContextSetMap(void* ctx, uint32_t node) {
@@ -93,9 +71,7 @@ uint32_t Quorvel_ContextSetMap(void* ctx, uint32_t node) {
     if (!usable(ctx, node)) {
         return 1;
     }
-    Header header = load(ctx);
-    header.setMap[node / 8] = static_cast<std::uint8_t>(header.setMap[node / 8] | (1U << (node % 8)));
-    store(ctx, header);
+    contextheader::set(ctx, node);
     return 0;
 }
 
@@ -103,7 +79,7 @@ uint32_t Quorvel_IsContextSetMap(void* ctx, uint32_t node) {
     if (const auto result = forced("Quorvel_IsContextSetMap", renderAll(context(ctx), node))) {
         return *result;
     }
-    return usable(ctx, node) && (load(ctx).setMap[node / 8] & (1U << (node % 8))) != 0 ? 1 : 0;
+    return usable(ctx, node) && contextheader::isSet(ctx, node) ? 1 : 0;
 }
 
 uint32_t Quorvel_ContextClearMap(void* ctx, uint32_t node) {
@@ -113,9 +89,7 @@ uint32_t Quorvel_ContextClearMap(void* ctx, uint32_t node) {
     if (!usable(ctx, node)) {
         return 1;
     }
-    Header header = load(ctx);
-    header.setMap[node / 8] = static_cast<std::uint8_t>(header.setMap[node / 8] & ~(1U << (node % 8)));
-    store(ctx, header);
+    contextheader::clear(ctx, node);
     return 0;
 }
 
@@ -126,9 +100,7 @@ uint32_t Quorvel_ContextZeroSetMap(void* ctx) {
     if (ctx == nullptr) {
         return 1;
     }
-    Header header = load(ctx);
-    std::memset(header.setMap, 0, sizeof header.setMap);
-    store(ctx, header);
+    contextheader::clearAll(ctx);
     return 0;
 }
 
