@@ -1,6 +1,9 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -21,6 +24,19 @@ inline std::vector<std::string> logLines(const Platform& platform, const std::st
         lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(last));
     }
     return lines;
+}
+
+// Whether a line of this level and text was logged; the first such line must be that function's, in that source file.
+inline bool loggedBy(const Platform& platform, const std::string& file, const std::string& function,
+                     std::uint32_t level, const std::string& text) {
+    for (const LogLine& line : platform.logs()) {
+        if (line.level == level && line.text == text) {
+            EXPECT_EQ(line.function, function) << text;
+            EXPECT_EQ(line.file, file) << text;
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace quorvel::scripted

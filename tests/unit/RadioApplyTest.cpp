@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "LogLines.h"
 #include "PlatformTest.h"
 #include "QuorvelWiFiInternal.h"
 
@@ -17,6 +18,7 @@ namespace quorvel {
 namespace {
 
 using scripted::GuardedBlock;
+using scripted::loggedBy;
 using scripted::PlatformTest;
 using Nodes = std::vector<std::uint32_t>;
 using Texts = std::vector<std::string>;
@@ -75,14 +77,7 @@ class RadioApply : public PlatformTest {
 
     bool logged(std::uint32_t level, const std::string& message,
                 const std::string& function = "WiFiRadioApplyContextImpl") {
-        for (const auto& line : platform.logs()) {
-            if (line.level == level && line.text == message) {
-                EXPECT_EQ(line.function, function);
-                EXPECT_EQ(line.file, "wifi/QuorvelWiFiRadioImpl");
-                return true;
-            }
-        }
-        return false;
+        return loggedBy(platform, "wifi/QuorvelWiFiRadioImpl", function, level, message);
     }
     bool failed(const std::string& message) {
         return logged(0, message);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "LogLines.h"
 #include "PlatformTest.h"
 #include "QuorvelWiFiInternal.h"
 
@@ -17,10 +18,12 @@ namespace quorvel {
 namespace {
 
 using scripted::GuardedBlock;
+using scripted::loggedBy;
 using scripted::PlatformTest;
 using Texts = std::vector<std::string>;
 
 constexpr std::uint32_t kUntouched = 0x5A5A5A5A;
+constexpr char kSource[] = "wifi/QuorvelWiFiRadioImpl";
 
 class RadioReads : public PlatformTest {
   protected:
@@ -44,20 +47,11 @@ class RadioReads : public PlatformTest {
         return std::string(buffer.text());
     }
 
-    bool logged(std::uint32_t level, const char* function, const std::string& message) {
-        for (const auto& line : platform.logs()) {
-            if (line.level == level && line.function == function && line.text == message) {
-                EXPECT_EQ(line.file, "wifi/QuorvelWiFiRadioImpl");
-                return true;
-            }
-        }
-        return false;
-    }
     bool failed(const char* function, const std::string& message) {
-        return logged(0, function, message);
+        return loggedBy(platform, kSource, function, 0, message);
     }
     bool noted(const char* function, const std::string& message) {
-        return logged(2, function, message);
+        return loggedBy(platform, kSource, function, 2, message);
     }
 };
 

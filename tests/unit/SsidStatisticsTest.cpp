@@ -17,6 +17,7 @@ namespace quorvel {
 namespace {
 
 using scripted::GuardedBlock;
+using scripted::loggedBy;
 using scripted::logLines;
 using scripted::PlatformTest;
 using scripted::runFresh;
@@ -42,13 +43,7 @@ class SsidStatistics : public PlatformTest {
     }
 
     bool failed(const char* function, const std::string& message) {
-        for (const auto& line : platform.logs()) {
-            if (line.level == 0 && line.function == function && line.text == message) {
-                EXPECT_EQ(line.file, kSource);
-                return true;
-            }
-        }
-        return false;
+        return loggedBy(platform, kSource, function, 0, message);
     }
 };
 
