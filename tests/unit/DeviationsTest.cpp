@@ -58,18 +58,23 @@ TEST_F(AccessCategory, WritesItsNumbersAtOnceWithoutContextAndLock) {
 }
 
 TEST_F(AccessCategory, SaysWhatItDoesLikeAnyObject) {
+    platform.setNvram("wl0_wme_ap_vi", "15 63 3 0 0 off off");
     using Set = std::uint32_t (*)(void*, std::uint32_t, std::uint32_t, std::uint32_t);
     const std::pair<std::string, Set> setters[] = {{"WiFiAccessPointACAIFSNSet", WiFiAccessPointACAIFSNSet},
                                                    {"WiFiAccessPointACECWMinSet", WiFiAccessPointACECWMinSet},
                                                    {"WiFiAccessPointACECWMaxSet", WiFiAccessPointACECWMaxSet},
                                                    {"WiFiAccessPointACTxOpMaxSet", WiFiAccessPointACTxOpMaxSet}};
     for (const auto& [name, set] : setters) {
+        SCOPED_TRACE(name);
         platform.forget();
         EXPECT_EQ(set(nullptr, 1, 1, 1), 0U);
-        EXPECT_EQ(platform.logTexts(3), (Texts{name + " Enter", name + " DONE"}));
+        EXPECT_EQ(set(nullptr, 1, 3, 15), 0U);
+        EXPECT_EQ(platform.logTexts(3), (Texts{name + " Enter", name + " DONE", name + " Enter", name + " DONE"}));
         EXPECT_EQ(platform.logTexts(0), Texts{});
-        EXPECT_EQ(set(nullptr, 1, 2, 1), 1U);  // its text is absent
-        EXPECT_EQ(platform.logTexts(3), (Texts{name + " Enter", name + " DONE", name + " Enter"}));
+        EXPECT_EQ(set(nullptr, 1, 2, 1), 1U);   // its text is absent
+        EXPECT_EQ(set(nullptr, 1, 9, 15), 1U);  // there is no such category
+        EXPECT_EQ(platform.logTexts(3), (Texts{name + " Enter", name + " DONE", name + " Enter", name + " DONE",
+                                               name + " Enter", name + " Enter"}));
         for (const auto& line : platform.logs()) {
             if (line.level == 3) {
                 EXPECT_EQ(line.function, name);
