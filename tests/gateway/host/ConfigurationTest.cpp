@@ -6,18 +6,14 @@
 #include <string>
 
 #include "gateway/host/HostControl.h"
+#include "tests/gateway/host/QuietHost.h"
 #include "tests/gateway/host/ScratchFolder.h"
 
 namespace {
 
-class HostConfiguration : public testing::Test {
+class HostConfiguration : public QuietHost {
   protected:
-    void SetUp() override {
-        QuorvelHost_SetLogSink([](uint32_t, const char*, void*) {}, nullptr);
-        QuorvelHost_ClearLastError();
-    }
     void TearDown() override {
-        QuorvelHost_SetLogSink(nullptr, nullptr);
         unsetenv("QUORVEL_CONFIG");
     }
     void configure(const std::string& text) {

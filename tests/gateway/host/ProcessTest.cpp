@@ -16,6 +16,7 @@
 
 #include "gateway/host/HostControl.h"
 #include "tests/gateway/host/LifeLine.h"
+#include "tests/gateway/host/QuietHost.h"
 #include "tests/gateway/host/ScratchFolder.h"
 
 namespace {
@@ -33,15 +34,8 @@ pid_t pidOf(const ProcessRecord& record) {
     return pid;
 }
 
-class HostProcess : public testing::Test {
+class HostProcess : public QuietHost {
   protected:
-    void SetUp() override {
-        QuorvelHost_SetLogSink([](uint32_t, const char*, void*) {}, nullptr);
-        QuorvelHost_ClearLastError();
-    }
-    void TearDown() override {
-        QuorvelHost_SetLogSink(nullptr, nullptr);
-    }
     // A script that says "up" on the life line and then does `rest`.
     [[nodiscard]] SpawnInfo scriptInfo(const std::string& rest) const {
         return infoOf("sh", folder_.write("script", "exec 3>" + line_.path() + "\nprintf u >&3\n" + rest + "\n"));
