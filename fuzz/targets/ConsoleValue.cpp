@@ -1,28 +1,18 @@
 #include <string>
 
 #include "Accessors.h"
-#include "DataModel.h"
 #include "Input.h"
-#include "QuorvelWiFiTable.h"
+#include "PluginModel.h"
 
 // Values as a person types them, for parameters of every type.
 
-namespace {
-
+using quorvel::fuzz::pluginModel;
 using quorvel::fuzz::require;
 using namespace quorvel::host;
 
-const DataModel& model() {
-    static const DataModel theModel(
-        {reinterpret_cast<const TableEntry*>(&gQuorvelWiFiDataModelTable), quorvel::kParametersInTable});
-    return theModel;
-}
-
-}  // namespace
-
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     quorvel::fuzz::Input input(data, size);
-    const Parameter& parameter = model().parameters()[input.byte() % model().parameters().size()];
+    const Parameter& parameter = pluginModel().parameters()[input.byte() % pluginModel().parameters().size()];
     const std::string text = input.rest();
     Value value;
     const FaultCode code = parse(parameter, text, value);
