@@ -4,11 +4,13 @@
 #include <ctime>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 
 #include "Faults.h"
 #include "Interrupt.h"
 #include "Secrets.h"
 #include "Verbs.h"
+#include "gateway/wlan/JsonDepth.h"
 
 namespace quorvel::console {
 namespace {
@@ -35,7 +37,7 @@ std::string shown(const Json& value) {
 Json valuesOf(const std::string& file) {
     std::ifstream in(file);
     if (!in) throw CLI::ValidationError("cannot read the file " + file);
-    const Json document = Json::parse(in, nullptr, false);
+    const Json document = gateway::parseShallow(std::string(std::istreambuf_iterator<char>(in), {}));
     if (document.is_object() && document.contains("values") && document.at("values").is_object()) {
         return document.at("values");
     }

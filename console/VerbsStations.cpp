@@ -7,6 +7,7 @@
 #include "Table.h"
 #include "Units.h"
 #include "Verbs.h"
+#include "gateway/wlan/JsonDepth.h"
 
 namespace quorvel::console {
 namespace {
@@ -366,14 +367,16 @@ void addStationVerb(VerbContext& context) {
 void addSimulateVerb(VerbContext& context) {
     Session& session = context.session;
     auto request = std::make_shared<std::string>();
-    CLI::App* const verb = context.add(kAirVerbs, "simulate", "Hand the simulation a request of its own",
-                                       R"(simulate '{"op":"neighbour.list"}')", [&session, request] {
-                                           const Json command = Json::parse(*request, nullptr, false);
-                                           if (!command.is_object())
-                                               throw CLI::ValidationError("the request must be a JSON object");
-                                           printJson(control(session, command), {});
-                                           return kDone;
-                                       });
+    CLI::App* const verb =
+        context.add(kAirVerbs, "simulate", "Hand the simulation a request of its own",
+                    R"(simulate '{"op":"neighbour.list"}')", [&session, request] {
+                        const Json command = gateway::parseShallow(*request);
+                        if (!command.is_object())
+                            throw CLI::ValidationError("the request must be a JSON object of at most " +
+                                                       std::to_string(gateway::kMaxJsonLevels) + " levels");
+                        printJson(control(session, command), {});
+                        return kDone;
+                    });
     verb->add_option("REQUEST", *request, R"(JSON, e.g. {"op":"neighbour.list"})")->required();
 }
 

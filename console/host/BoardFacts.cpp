@@ -4,16 +4,16 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "Manager.h"
 #include "Reply.h"
 #include "Simulation.h"
+#include "gateway/wlan/JsonDepth.h"
 #include "quorvel.h"
 
 namespace quorvel::host {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr const char* kManager = "wlmngr2";
 
 std::string contents(const std::string& file) {
     std::ifstream in(file);
@@ -73,7 +73,7 @@ Json interfaces() {
 }  // namespace
 
 Json boardFacts(const std::string& boardFile) {
-    const Json board = Json::parse(contents(boardFile), nullptr, false);
+    const Json board = gateway::parseShallow(contents(boardFile));
     const auto member = [&board](const char* name) {
         return board.is_object() && board.contains(name) ? board.at(name) : Json(nullptr);
     };

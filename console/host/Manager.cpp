@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Simulation.h"
+#include "gateway/wlan/JsonDepth.h"
 #include "quorvel.h"
 
 namespace quorvel::host {
@@ -15,7 +16,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr const char* kManager = "wlmngr2";
 constexpr int kPatience = 5000;  // milliseconds
 constexpr int kGlance = 2;
 
@@ -67,7 +67,7 @@ std::string Manager::restart() {
 }
 
 std::string Manager::control(const std::string& command) {
-    const Json request = Json::parse(command, nullptr, false);
+    const Json request = gateway::parseShallow(command);
     const std::string op = request.is_object() && request.contains("op") && request.at("op").is_string()
                                ? request.at("op").get<std::string>()
                                : "";

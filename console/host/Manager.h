@@ -7,6 +7,9 @@
 
 namespace quorvel::host {
 
+/// The name that the WLAN manager's process goes by.
+inline constexpr const char* kManager = "wlmngr2";
+
 /// The WLAN manager's process, for scenarios in which it dies, hangs and comes back.
 class Manager {
   public:

@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "LogTap.h"
+#include "gateway/wlan/JsonDepth.h"
 
 namespace quorvel::host {
 
@@ -25,6 +26,15 @@ constexpr timeval kSendPatience{5, 0};
 // Lines that nobody has taken yet; more are lost rather than held.
 constexpr std::size_t kMaxLogLines = 4096;
 constexpr std::chrono::milliseconds kBetweenLooks{500};
+
+Fault noRequest() {
+    return {FaultCode::kInternal,
+            "",
+            "no JSON object of at most " + std::to_string(gateway::kMaxJsonLevels) + " levels",
+            "",
+            0,
+            ""};
+}
 
 Fault overdue(const std::string& health) {
     return {FaultCode::kInternal, "", health, "", 0, ""};
@@ -172,12 +182,9 @@ void Server::accept() {
 }
 
 void Server::take(const std::shared_ptr<Connection>& connection, const std::string& line) {
-    const Json request = Json::parse(line, nullptr, false);
+    const Json request = gateway::parseShallow(line);
     if (!request.is_object()) {
-        connection->send(
-            {{"id", nullptr},
-             {"faults", Json::array({toJson(Fault{FaultCode::kInternal, "", "no JSON object", "", 0, ""})})},
-             {"done", true}});
+        connection->send({{"id", nullptr}, {"faults", Json::array({toJson(noRequest())})}, {"done", true}});
         return;
     }
     const Json id = request.value("id", Json(nullptr));
@@ -213,14 +220,14 @@ void Server::take(const std::shared_ptr<Connection>& connection, const std::stri
         }
         listening_ = true;
     }
-    enqueue(connection, line);
+    enqueue(connection, request);
 }
 
-void Server::enqueue(const std::shared_ptr<Connection>& connection, const std::string& line) {
+void Server::enqueue(const std::shared_ptr<Connection>& connection, const Json& request) {
     auto job = std::make_shared<Job>();
     job->connection = connection;
-    job->request = Json::parse(line);
-    job->id = job->request.value("id", Json(nullptr));
+    job->request = request;
+    job->id = request.value("id", Json(nullptr));
     {
         const std::lock_guard lock(mutex_);
         if (!stuck_) {

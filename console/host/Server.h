@@ -82,7 +82,7 @@ class Server {
     void work();
     void accept();
     void take(const std::shared_ptr<Connection>& connection, const std::string& line);
-    void enqueue(const std::shared_ptr<Connection>& connection, const std::string& line);
+    void enqueue(const std::shared_ptr<Connection>& connection, const nlohmann::ordered_json& request);
     void checkWorker();
     void deliverEvents();
     void tellAbsence();

@@ -8,10 +8,6 @@
 namespace quorvel::scenario {
 namespace {
 
-std::string textOf(const Json& value) {
-    return value.is_string() ? value.get<std::string>() : value.dump();
-}
-
 // The address that comes `by` after `mac`.
 std::string following(const std::string& mac, std::size_t by) {
     gateway::MacAddress address = gateway::parseMac(mac).value_or(gateway::MacAddress{});

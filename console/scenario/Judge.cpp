@@ -8,10 +8,6 @@ namespace {
 
 constexpr std::size_t kShownValues = 4;
 
-std::string textOf(const Json& value) {
-    return value.is_string() ? value.get<std::string>() : value.dump();
-}
-
 bool same(const Json& a, const Json& b) {
     if (a.is_number() && b.is_number()) return a.get<double>() == b.get<double>();
     return textOf(a) == textOf(b);

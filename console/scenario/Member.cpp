@@ -14,6 +14,9 @@ namespace {
 
 constexpr double kLatest = 1e7;
 
+// The library reads and matches patterns with a call for every bracket.
+constexpr std::size_t kMaxPattern = 500;
+
 std::string shown(const Json& value) {
     constexpr std::size_t kShown = 60;
     std::string text = value.dump(-1, ' ', true, Json::error_handler_t::replace);
@@ -118,6 +121,8 @@ std::string Member::mac() const {
 
 std::string Member::expression() const {
     std::string pattern = text();
+    if (pattern.size() > kMaxPattern)
+        fail("a regular expression of at most " + std::to_string(kMaxPattern) + " characters");
     try {
         const std::regex compiled(pattern);
         return pattern;

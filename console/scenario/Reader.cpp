@@ -12,6 +12,7 @@
 
 #include "Member.h"
 #include "gateway/wlan/BoardFile.h"
+#include "gateway/wlan/JsonDepth.h"
 #include "gateway/wlan/JsonPlace.h"
 
 namespace quorvel::scenario {
@@ -356,6 +357,10 @@ Scenario read(const Member& root, const std::filesystem::path& folder) {
 }  // namespace
 
 Scenario parseScenario(const std::string& text, const std::string& name) {
+    if (const auto deep = gateway::findTooDeep(text)) {
+        throw ScenarioError(name + ":" + gateway::placeOfByte(text, *deep) + ": /: expected at most " +
+                            std::to_string(gateway::kMaxJsonLevels) + " levels of arrays and objects");
+    }
     try {
         const Json document = Json::parse(text);
         Scenario scenario = read({document, ""}, std::filesystem::path(name).parent_path());

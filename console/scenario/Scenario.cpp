@@ -4,11 +4,12 @@
 #include <cstdio>
 
 namespace quorvel::scenario {
-namespace {
 
 std::string textOf(const Json& value) {
     return value.is_string() ? value.get<std::string>() : value.dump();
 }
+
+namespace {
 
 std::string describe(const Condition& condition) {
     switch (condition.kind) {

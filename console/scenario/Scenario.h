@@ -13,6 +13,9 @@ using Json = nlohmann::ordered_json;
 /// Board time since the scenario's first power-on, in milliseconds.
 using Time = std::int64_t;
 
+/// A value as a person reads it: a text without its quotes, anything else as JSON.
+[[nodiscard]] std::string textOf(const Json& value);
+
 /// Something that happens to the board.
 struct Step {
     Time at = 0;

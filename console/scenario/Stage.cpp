@@ -11,6 +11,7 @@
 #include <iterator>
 
 #include "gateway/board/Board.h"
+#include "gateway/wlan/JsonDepth.h"
 
 namespace quorvel::scenario {
 namespace {
@@ -78,8 +79,9 @@ Stage::Stage(const console::Options& options, const Scenario& scenario, std::uin
         asked.board = options_.board;
         asked.programFolder = console::programFolder(options_);
         const std::string file = board::findBoard(asked);
-        board_ = Json::parse(contents(file), nullptr, false);
-        if (board_.is_discarded()) throw console::GatewayError("the board description " + file + " is no JSON");
+        board_ = gateway::parseShallow(contents(file));
+        if (board_.is_discarded())
+            throw console::GatewayError("the board description " + file + " is no JSON, or nests too deeply");
     }
     options_.board = folder_ / "board.json";
     options_.state = folder_ / "state";
@@ -111,7 +113,7 @@ void Stage::prepareState(const Json& values) {
     for (const auto& item : values.items()) {
         const Json& value = item.value();
         settings.push_back(
-            {{"path", item.key()}, {"value", value.is_string() ? value.get<std::string>() : value.dump()}});
+            {{"path", item.key()}, {"value", textOf(value)}});
     }
     const std::vector<Json> faults = ask({{"do", "set"}, {"settings", settings}, {"save", true}});
     if (!faults.empty()) {

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "Channels.h"
+#include "JsonDepth.h"
 #include "JsonPlace.h"
 
 namespace quorvel::gateway {
@@ -443,6 +444,10 @@ std::variant<Result, BoardError> parseWith(const std::string& text, const std::s
     if (text.size() > kMaxFileSize) {
         return BoardError{name + ":1:1: expected at most " + std::to_string(kMaxFileSize) + " bytes, found " +
                           std::to_string(text.size())};
+    }
+    if (const auto deep = findTooDeep(text)) {
+        return BoardError{name + ":" + placeOfByte(text, *deep) + ": expected at most " +
+                          std::to_string(kMaxJsonLevels) + " levels of arrays and objects"};
     }
     try {
         const Json document = Json::parse(text);

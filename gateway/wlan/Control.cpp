@@ -2,6 +2,7 @@
 #include <csignal>
 #include <nlohmann/json.hpp>
 
+#include "JsonDepth.h"
 #include "Service.h"
 
 namespace quorvel::gateway {
@@ -299,7 +300,7 @@ std::string Service::control(std::string_view json) {
     const auto refused = [](const std::string& text) {
         return Json{{"ok", false}, {"error", text}}.dump(-1, ' ', false, kReplace);
     };
-    const Json request = Json::parse(json, nullptr, false);
+    const Json request = parseShallow(json);
     if (!request.is_object()) return refused("a control request is a JSON object such as {\"op\":\"state\"}");
     try {
         const std::string op = textOf(request, "op");

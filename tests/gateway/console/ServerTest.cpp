@@ -110,9 +110,13 @@ TEST_F(OneClient, MaySendARequestInPiecesAndSeveralAtOnce) {
 
 TEST_F(OneClient, IsToldWhenARequestMakesNoSense) {
     send("what?\n");
-    EXPECT_EQ(line().at("faults")[0].at("reason"), "no JSON object");
+    EXPECT_EQ(line().at("faults")[0].at("reason"), "no JSON object of at most 100 levels");
     send("[]\n");
-    EXPECT_EQ(line().at("faults")[0].at("reason"), "no JSON object");
+    EXPECT_EQ(line().at("faults")[0].at("reason"), "no JSON object of at most 100 levels");
+    std::string deep = R"({"id":)";
+    deep.append(200000, '[').append(200000, ']').append(R"(,"do":"ping"})").push_back('\n');
+    send(deep);
+    EXPECT_EQ(line().at("faults")[0].at("reason"), "no JSON object of at most 100 levels");
     send("{\"id\":3,\"do\":\"get\"}\n");
     const Json answer = line();
     EXPECT_EQ(answer.at("id"), 3);

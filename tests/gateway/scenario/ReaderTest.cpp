@@ -87,6 +87,11 @@ INSTANTIATE_TEST_SUITE_P(
              "beside \"parameter\", found {\"by\":1,\"parameter\":\"Device.A\",\"equals\":1,\"atLeast\":1}"},
         Case{"BadExpression", file("", R"({"by": 1, "log": "join", "matches": "("})"),
              "3:55: /expectations/0/matches: expected a regular expression, found \"(\""},
+        Case{"LongExpression", file("", R"({"by": 1, "log": "join", "matches": ")" + std::string(501, '(') + "\"}"),
+             "3:55: /expectations/0/matches: expected a regular expression of at most 500 characters, found \"" +
+                 std::string(59, '(') + "..."},
+        Case{"DeepValue", "{\"name\": \"T\",\n \"state\": " + std::string(200000, '['),
+             "2:110: /: expected at most 100 levels of arrays and objects"},
         Case{"SpanTurnedRound", file("", R"({"after": 9, "by": 1, "log": "join"})"),
              "3:29: /expectations/0/after: expected no later time than \"by\", found 9"},
         Case{"UnknownStep", file("", R"({"step": "a", "fault": 7012})"),
@@ -100,6 +105,11 @@ TEST(ScenarioReader, ListsTheActionsForAnUnknownOne) {
     const std::string message = mistakeIn(file(R"({"at": 1, "do": "dance"})", kExpectation));
     EXPECT_TRUE(message.starts_with("test.json:2:31: /timeline/0/do: expected an action (set, scan, ")) << message;
     EXPECT_TRUE(message.ends_with("time), found \"dance\"")) << message;
+}
+
+TEST(ScenarioReader, TakesAnExpressionOf500Characters) {
+    const std::string pattern = std::string(250, '(').append(250, ')');
+    EXPECT_EQ(mistakeIn(file("", R"({"by": 1, "log": "join", "matches": ")" + pattern + "\"}")), "no mistake");
 }
 
 TEST(ScenarioReader, TellsWhyAFileCannotBeRead) {
