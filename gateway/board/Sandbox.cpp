@@ -17,6 +17,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <set>
 #include <sstream>
 #include <string_view>
@@ -168,22 +169,40 @@ unsigned long flagsOf(const std::string& options) {
     return flags;
 }
 
+// What is mounted in the mount that `folder` shows. What an older mount there holds is out of sight, though its path is
+// still listed.
 std::vector<MountPoint> mountPointsBelow(const std::string& folder) {
-    std::vector<MountPoint> points;
+    std::map<int, int> parents;
+    std::map<int, MountPoint> points;
+    int top = 0;
     std::ifstream file("/proc/self/mountinfo");
     for (std::string line; std::getline(file, line);) {
         std::istringstream words(line);
-        std::string number;
-        std::string parent;
+        int number = 0;
+        int parent = 0;
         std::string device;
         std::string root;
         std::string path;
         std::string options;
         words >> number >> parent >> device >> root >> path >> options;
         path = unescaped(path);
-        if (path.starts_with(folder + "/")) points.push_back({path, flagsOf(options)});
+        parents[number] = parent;
+        if (path == folder && (top == 0 || parent == top)) top = number;
+        if (path.starts_with(folder + "/")) points[number] = {path, flagsOf(options)};
     }
-    return points;
+    const auto isInside = [&](int number) {
+        while (number != top) {
+            const auto next = parents.find(number);
+            if (next == parents.end() || next->second == number) return false;
+            number = next->second;
+        }
+        return true;
+    };
+    std::vector<MountPoint> inside;
+    for (auto& [number, point] : points) {
+        if (isInside(number)) inside.push_back(std::move(point));
+    }
+    return inside;
 }
 
 bool isBelow(const std::string& path, const std::string& place) {
