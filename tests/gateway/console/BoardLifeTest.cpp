@@ -5,7 +5,7 @@
 namespace quorvel::console_test {
 namespace {
 
-const std::string kChannel = "Device.WiFi.Radio.1.Channel";
+const std::string kFirstChannel = "Device.WiFi.Radio.1.Channel";
 
 class UpAndDown : public OnBoard {};
 class OtherBoards : public OnBoard {};
@@ -15,14 +15,14 @@ TEST_F(UpAndDown, LaterCommandsTalkToTheSameBoard) {
     EXPECT_EQ(console_.run({"status", "--json"}).json().at("up"), false);
     ASSERT_EQ(console_.run({"up"}).status, 0);
     EXPECT_EQ(console_.run({"status", "--json"}).json().at("up"), true);
-    EXPECT_EQ(console_.run({"set", kChannel + "=40"}).status, 0);
-    EXPECT_EQ(console_.run({"get", kChannel}).out, kChannel + " => 40\n");
+    EXPECT_EQ(console_.run({"set", kFirstChannel + "=40"}).status, 0);
+    EXPECT_EQ(console_.run({"get", kFirstChannel}).out, kFirstChannel + " => 40\n");
     EXPECT_EQ(console_.run({"up"}).status, 0);
-    EXPECT_EQ(console_.run({"get", kChannel}).out, kChannel + " => 40\n");
+    EXPECT_EQ(console_.run({"get", kFirstChannel}).out, kFirstChannel + " => 40\n");
     EXPECT_EQ(console_.run({"down"}).status, 0);
     EXPECT_EQ(console_.run({"status", "--json"}).json().at("up"), false);
     // It was not saved.
-    EXPECT_EQ(console_.run({"get", kChannel}).out, kChannel + " => 36\n");
+    EXPECT_EQ(console_.run({"get", kFirstChannel}).out, kFirstChannel + " => 36\n");
 }
 
 TEST_F(UpAndDown, BoardsOfTwoStateFoldersDoNotMeet) {
@@ -30,8 +30,8 @@ TEST_F(UpAndDown, BoardsOfTwoStateFoldersDoNotMeet) {
     ASSERT_EQ(console_.run({"up"}).status, 0);
     EXPECT_EQ(other.run({"status", "--json"}).json().at("up"), false);
     ASSERT_EQ(other.run({"up"}).status, 0);
-    EXPECT_EQ(console_.run({"set", kChannel + "=40"}).status, 0);
-    EXPECT_EQ(other.run({"get", kChannel}).out, kChannel + " => 36\n");
+    EXPECT_EQ(console_.run({"set", kFirstChannel + "=40"}).status, 0);
+    EXPECT_EQ(other.run({"get", kFirstChannel}).out, kFirstChannel + " => 36\n");
 }
 
 TEST_F(UpAndDown, StationsJoinAndLeaveABoardThatStaysUp) {
@@ -51,8 +51,8 @@ TEST_F(OtherBoards, FindNoRoomBesideOneWithoutASandbox) {
     const Console other;
     const Outcome first = console_.run({"up", "--no-sandbox"});
     ASSERT_EQ(first.status, 0) << first.error;
-    EXPECT_EQ(console_.run({"get", kChannel}).out, kChannel + " => 36\n");
-    const Outcome second = other.run({"--no-sandbox", "get", kChannel});
+    EXPECT_EQ(console_.run({"get", kFirstChannel}).out, kFirstChannel + " => 36\n");
+    const Outcome second = other.run({"--no-sandbox", "get", kFirstChannel});
     EXPECT_EQ(second.status, 1);
     EXPECT_NE(second.error.find("room for one board"), std::string::npos) << second.error;
 }
@@ -71,7 +71,7 @@ TEST_F(Trouble, WithTheManagerIsToldInsteadOfWaitingForEver) {
         EXPECT_NE(outcome.error.find("the WLAN manager (wlmngr2) does not answer: it is running"), std::string::npos)
             << path << ": " << outcome.error;
     }
-    EXPECT_EQ(console_.run({"get", kChannel}).status, 1);
+    EXPECT_EQ(console_.run({"get", kFirstChannel}).status, 1);
 }
 
 // Nothing found is no answer when nobody could be asked.
@@ -86,7 +86,7 @@ TEST_F(Trouble, FailsEveryVerbThatNeedsTheManager) {
                                                {"instances"},
                                                {"snapshot", "Device.WiFi.SSID.1."},
                                                {"security", "1"},
-                                               {"watch", kChannel},
+                                               {"watch", kFirstChannel},
                                                {"scan", "1"},
                                                {"channel", "1", "36"},
                                                {"stats", "1"},
@@ -107,7 +107,7 @@ TEST_F(Trouble, OfAManagerThatIsGoneIsToldToWhoWaitsForEvents) {
     Terminal terminal({"--state", console_.state(), "events"});
     (void)terminal.until("Ctrl-C ends");
     ASSERT_EQ(console_.run({"simulate", R"({"op":"fault","fault":"die","at":"read"})"}).status, 0);
-    (void)console_.run({"get", kChannel});
+    (void)console_.run({"get", kFirstChannel});
     (void)terminal.until("it is gone; no events can come");
     terminal.type("\003");
     (void)terminal.rest();

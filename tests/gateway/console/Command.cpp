@@ -15,8 +15,6 @@
 namespace quorvel::console_test {
 namespace {
 
-constexpr std::chrono::seconds kLongest{30};
-
 struct Pipe {
     Pipe() {
         if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");

@@ -1,11 +1,15 @@
 #pragma once
 
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 // Runs the console as a person would, with a state folder of its own.
 namespace quorvel::console_test {
+
+// A program that takes longer has hung.
+inline constexpr std::chrono::seconds kLongest{30};
 
 struct Outcome {
     int status = -1;  // exit status; -1 when it had to be ended

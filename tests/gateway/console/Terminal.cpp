@@ -12,13 +12,9 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "Command.h"
+
 namespace quorvel::console_test {
-namespace {
-
-constexpr std::chrono::seconds kLongest{30};
-
-}  // namespace
-
 Terminal::Terminal(std::vector<std::string> words, const std::map<std::string, std::string>& environment,
                    unsigned short columns) {
     words.insert(words.begin(), QUORVEL_CONSOLE);
