@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "gateway/board/Board.h"
+#include "gateway/board/StateFolder.h"
 
 namespace quorvel::console {
 
@@ -192,7 +193,9 @@ std::string programFolder(const Options& options) {
 }
 
 std::unique_ptr<Gateway> Gateway::findRunning(const Options& options) {
-    const int descriptor = connectTo(stateFolder(options));
+    const std::string folder = stateFolder(options);
+    board::refuseForeignFolder(folder);
+    const int descriptor = connectTo(folder);
     if (descriptor < 0) return nullptr;
     std::unique_ptr<Gateway> gateway(new Gateway);
     gateway->client_ = std::make_unique<Client>(descriptor);

@@ -28,8 +28,7 @@ void createPrivate(const std::string& folder) {
     struct stat status {};
     if (stat(folder.c_str(), &status) != 0) throw failure("Cannot look at the board's state folder " + folder);
     if (!S_ISDIR(status.st_mode)) throw BoardError("The board's state folder " + folder + " is no folder.");
-    if (status.st_uid != geteuid())
-        throw BoardError("The board's state folder " + folder + " belongs to another user; name one of your own.");
+    refuseForeignFolder(folder);
     if ((status.st_mode & 077) != 0 && chmod(folder.c_str(), 0700) != 0)
         throw failure("Cannot make the board's state folder " + folder + " private");
 }
@@ -41,6 +40,12 @@ std::string holderOf(int lock) {
 }
 
 }  // namespace
+
+void refuseForeignFolder(const std::string& folder) {
+    struct stat status {};
+    if (stat(folder.c_str(), &status) == 0 && status.st_uid != geteuid())
+        throw BoardError("The board's state folder " + folder + " belongs to another user; name one of your own.");
+}
 
 Descriptor takeStateFolder(const std::string& folder) {
     createPrivate(folder);

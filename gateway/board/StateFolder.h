@@ -10,4 +10,7 @@ namespace quorvel::board {
 // any process, no other board gets it. Throws BoardError.
 [[nodiscard]] Descriptor takeStateFolder(const std::string& folder);
 
+// Throws BoardError when the folder is there and another user's.
+void refuseForeignFolder(const std::string& folder);
+
 }  // namespace quorvel::board

@@ -1,4 +1,6 @@
 // Boards that stay up, boards that differ, and a WLAN manager that stops answering.
+#include <unistd.h>
+
 #include "OnBoard.h"
 #include "Terminal.h"
 
@@ -32,6 +34,26 @@ TEST_F(UpAndDown, BoardsOfTwoStateFoldersDoNotMeet) {
     ASSERT_EQ(other.run({"up"}).status, 0);
     EXPECT_EQ(console_.run({"set", kFirstChannel + "=40"}).status, 0);
     EXPECT_EQ(other.run({"get", kFirstChannel}).out, kFirstChannel + " => 36\n");
+}
+
+TEST_F(UpAndDown, BoardsOfTwoUsersDoNotMeet) {
+    constexpr uid_t kSomebody = 12345;
+    ASSERT_EQ(console_.run({"up"}).status, 0);
+    if (chown(console_.state().c_str(), kSomebody, static_cast<gid_t>(-1)) != 0)
+        GTEST_SKIP() << "NOT TESTED: only the administrator can give a folder away";
+    for (const char* verb : {"get", "set", "up", "status", "down"}) {
+        std::vector<std::string> words{verb};
+        if (words[0] == "get") words.push_back(kFirstChannel);
+        if (words[0] == "set") words.push_back(kFirstChannel + "=40");
+        const Outcome outcome = console_.run(words);
+        EXPECT_EQ(outcome.status, 1) << verb;
+        EXPECT_EQ(outcome.out, "") << verb;
+        EXPECT_EQ(outcome.error, "quorvel-wifi: The board's state folder " + console_.state() +
+                                     " belongs to another user; name one of your own.\n")
+            << verb;
+    }
+    ASSERT_EQ(chown(console_.state().c_str(), geteuid(), static_cast<gid_t>(-1)), 0);
+    EXPECT_EQ(console_.run({"get", kFirstChannel}).out, kFirstChannel + " => 36\n");
 }
 
 TEST_F(UpAndDown, StationsJoinAndLeaveABoardThatStaysUp) {
