@@ -135,7 +135,7 @@ void DataModel::buildIndex() {
     templates_.reserve(parameters_.size());
     for (std::size_t i = 0; i < parameters_.size(); ++i) {
         const Parameter& added = parameters_[i];
-        templates_.push_back(nodes_[added.node].path.substr(kRoot.size()) + std::string(added.name));
+        templates_.push_back(nodes_[added.node].path + std::string(added.name));
         Slot slot;
         slot.parameter = static_cast<std::int32_t>(i);
         slot.hash = kHashSeed;
@@ -143,7 +143,8 @@ void DataModel::buildIndex() {
         for (std::size_t piece = 0; piece <= added.depth; ++piece) {
             const std::size_t end = std::min(rest.find(kInstance), rest.size());
             slot.pieces[piece] = rest.substr(0, end);
-            slot.hash = hashOf(slot.hash, slot.pieces[piece]);
+            // The root is compared and not hashed: it is the same in all.
+            slot.hash = hashOf(slot.hash, slot.pieces[piece].substr(piece == 0 ? kRoot.size() : 0));
             rest.remove_prefix(std::min(end + kInstance.size(), rest.size()));
         }
         std::size_t at = slot.hash & (size - 1);
@@ -154,19 +155,19 @@ void DataModel::buildIndex() {
 }
 
 bool DataModel::resolve(std::string_view path, ResolvedPath& resolved) const {
-    if (!path.starts_with(kRoot)) return false;
+    if (path.size() < kRoot.size()) return false;
     const char* at = path.data() + kRoot.size();
     const char* const end = path.data() + path.size();
 
-    // One pass hashes the literal text and picks the instances out of it: a segment that begins with a digit is one.
+    // One pass, segment by segment, hashes the literal text and picks the instances out of it: a segment that begins
+    // with a digit is one.
     std::array<std::string_view, 3> pieces;
     Instances instances{};
     std::size_t depth = 0;
     std::uint32_t hash = kHashSeed;
-    const char* piece = at;
-    for (char previous = '.'; at != end; ++at) {
-        const char c = *at;
-        if (previous == '.' && isDigit(c)) {
+    const char* piece = path.data();
+    while (at != end) {
+        if (isDigit(*at)) {
             if (depth == instances.size()) return false;
             pieces[depth] = std::string_view(piece, static_cast<std::size_t>(at - piece));
             const char* const first = at;
@@ -177,8 +178,11 @@ bool DataModel::resolve(std::string_view path, ResolvedPath& resolved) const {
             instances[depth++] = instance;
             piece = at;
         }
-        previous = *at;
-        hash = (hash ^ static_cast<unsigned char>(previous)) * kHashFactor;
+        char last = 0;
+        do {
+            last = *at++;
+            hash = (hash ^ static_cast<unsigned char>(last)) * kHashFactor;
+        } while (last != '.' && at != end);
     }
     pieces[depth] = std::string_view(piece, static_cast<std::size_t>(end - piece));
 
