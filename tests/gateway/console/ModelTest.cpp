@@ -53,7 +53,8 @@ TEST_F(Model, ResolvesNothingElse) {
          {"", "Device", "Device.", "Device.WiFi", "Device.WiFi.", "Device.WiFi.Radio.2.", "Device.WiFi.Radio.2.Chanel",
           "Device.WiFi.Radio.2.Channel.", "Device.WiFi.Radio.Channel", "Device.WiFi.Radio.*.Channel",
           "Device.WiFi.Radio.2x.Channel", "Device.WiFi.Radio.12345678901.Channel", "Device.WiFi.2.Radio.Channel",
-          "Device.WiFi.Radio.2.3.4.Channel", "WiFi.Radio.2.Channel", "Device.WiFi.Radio.2"}) {
+          "Device.WiFi.Radio.2.3.4.Channel", "WiFi.Radio.2.Channel", "Devise.WiFi.Radio.2.Channel",
+          "Device.WiFi.Radio.2"}) {
         ResolvedPath resolved;
         EXPECT_FALSE(model_.resolve(path, resolved)) << path;
     }
