@@ -112,8 +112,7 @@ void Stage::prepareState(const Json& values) {
     Json settings = Json::array();
     for (const auto& item : values.items()) {
         const Json& value = item.value();
-        settings.push_back(
-            {{"path", item.key()}, {"value", textOf(value)}});
+        settings.push_back({{"path", item.key()}, {"value", textOf(value)}});
     }
     const std::vector<Json> faults = ask({{"do", "set"}, {"settings", settings}, {"save", true}});
     if (!faults.empty()) {
