@@ -364,6 +364,18 @@ TEST_F(Snapshot, TakesARecordForTheTextThatItBeginsWith) {
               "\x24\x01" + std::string(2046, '\0'));
 }
 
+TEST_F(Snapshot, PutsNothingOfAnotherRecordBehindOneWithoutAZero) {
+    scripted::makeWilling(platform);
+    platform.setRecord("wlcsm_mngr_chanim_stats", std::string(1056, '\x55'));
+    platform.setRecord("wlcsm_mngr_channelstats", std::string(80, '\x07'));
+    GuardedBlock context(9960);
+    ASSERT_EQ(WiFiRadioInstanceGet(context.get(), 1), 0U);
+    EXPECT_EQ(context.bytes(datamodel::parameter("WiFiRadioDcsChannelMetrics").offset(), 1024),
+              std::string(1024, '\x55'));
+    EXPECT_EQ(context.bytes(datamodel::parameter("WiFiRadioChannelStats").offset(), 2048),
+              std::string(80, '\x07') + std::string(1968, '\0'));
+}
+
 TEST_F(Snapshot, DoesNotLookAtTheResultOfInitialising) {
     scripted::makeWilling(platform);
     GuardedBlock context(140);

@@ -159,6 +159,7 @@ TEST_F(StartUp, ReportsABoardWithoutIdentifier) {
 TEST_F(StartUp, ReportsAnUnknownBoardAndGoesOn) {
     EXPECT_EQ(errorsForBoard("0x0031\nsecond line\n"), Texts{"Found WBID:0x0031\n unsupported, WiFiInit terminated."});
     EXPECT_EQ(errorsForBoard("\n"), Texts{"Found WBID:\n unsupported, WiFiInit terminated."});
+    EXPECT_EQ(errorsForBoard("0xf030\n"), Texts{"Found WBID:0xf030\n unsupported, WiFiInit terminated."});
     EXPECT_EQ(errorsForBoard("0xFFFF\n"), Texts{"Found WBID:0xFFFF\n unsupported, WiFiInit terminated."});
     const std::string longLine(100, 'x');
     EXPECT_EQ(errorsForBoard(longLine),

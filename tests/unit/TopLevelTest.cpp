@@ -258,6 +258,13 @@ TEST_F(TopLevelApply, BandSteeringThatIsNotStagedIsLeftAlone) {
     EXPECT_EQ(platform.callCount("Quorvel_ContextClearMap"), 0U);
 }
 
+// The object's own check is asked, which tells the trace of it.
+TEST_F(TopLevelApply, AsksTheObjectsOwnCheck) {
+    EXPECT_EQ(WiFiApplyContext(context.get()), 0U);
+    EXPECT_EQ(platform.logTexts(3), (Texts{"WiFiApplyContext Enter", "WiFiCheckContextNodeSet DONE",
+                                           "Quorvel_P_WiFiApplyContext DONE", "WiFiApplyContext DONE"}));
+}
+
 TEST_F(TopLevelApply, SsidSteeringHasNowhereToGo) {
     ASSERT_EQ(WiFiSSIDSteeringEnabledSet(context.get(), 1), 0U);
     ASSERT_EQ(WiFiBridgeInfoSet(context.get(), "br0", 3), 0U);

@@ -1,3 +1,5 @@
+#include <gtest/gtest.h>
+
 #include <cstdarg>
 #include <cstdint>
 #include <cstring>
@@ -148,6 +150,8 @@ uint32_t QuorvelUtilGetCfg(const char* section, const char* key, char* auxiliary
     if (const auto result = forced("QuorvelUtilGetCfg", renderAll(section, key))) {
         return *result;
     }
+    EXPECT_EQ(std::string(auxiliary, 16), std::string(16, '\0')) << "asked for " << key;
+    EXPECT_EQ(std::string(value, 64), std::string(64, '\0')) << "asked for " << key;
     const auto text = platform().configuration(section, key);
     if (!text) {
         return 1;
