@@ -23,10 +23,8 @@ struct Found {
     bool mode;
     bool channel;
     bool rssi;
-    bool beacon;
     bool noise;
     bool rates;
-    bool dtim;
     bool qbss;
     // Indicators for the decisions at the entry's end.
     bool rsn;

@@ -102,6 +102,17 @@ TEST(BeginsWithCounters, IsWhatSscanfReads) {
             }
         }
     }
+    // Numbers that begin, end and go on where the last whole word ends, of every digit.
+    for (std::size_t blanks = 0; blanks < 2 * sizeof(long); ++blanks) {
+        for (char digit = '0'; digit <= '9'; ++digit) {
+            for (std::size_t length = 1; length < 2 * sizeof(long); ++length) {
+                const std::string number = std::string(blanks, ' ').append(length, digit);
+                lines.push_back(number + " 1");
+                lines.push_back(number + " 1 2");
+                lines.push_back(number + "x 1 2");
+            }
+        }
+    }
     for (const std::string& text : lines) {
         unsigned long number = 0;
         const bool expected = std::sscanf(text.c_str(), "%lu %lu %lu", &number, &number, &number) == 3;

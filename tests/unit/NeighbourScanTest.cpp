@@ -61,6 +61,13 @@ TEST_F(NeighbourScan, ScansWaitsDumpsAndReadsTwice) {
     }
 }
 
+TEST_F(NeighbourScan, ReadsALastLineWithoutItsEnd) {
+    scan(2, "SSID: \"one\"\nBSSID: aa");
+    EXPECT_EQ(entries(2), 1U);
+    EXPECT_STREQ(at(1).ssid, "one");
+    EXPECT_STREQ(at(1).bssid, "aa");
+}
+
 // Before any scan.
 class FirstNeighbourScan : public scripted::PlatformTest {};
 

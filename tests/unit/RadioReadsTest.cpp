@@ -294,6 +294,16 @@ TEST_F(RadioReads, RegulatoryDomainIsTheCountryIndoors) {
     }
 }
 
+// Thirty-two bytes are looked at: a text of so many whole, of a longer one all but the last.
+TEST_F(RadioReads, RegulatoryDomainIsLookedForInThirtyTwoBytes) {
+    set("wlCountryRev", std::string(30, ' ') + "US");
+    EXPECT_EQ(text(WiFiRadioRegulatoryDomainGet, 12), "USI");
+    set("wlCountryRev", std::string(30, ' ') + "US/");
+    EXPECT_EQ(text(WiFiRadioRegulatoryDomainGet, 12), "UI");
+    set("wlCountryRev", std::string(31, ' ') + "US");
+    EXPECT_EQ(text(WiFiRadioRegulatoryDomainGet, 12), "I");
+}
+
 TEST_F(RadioReads, RegulatoryDomainPassesAFailureOnAndIsIndoorsAllTheSame) {
     for (const auto& [radio, result] : {std::pair{2U, 1U}, std::pair{0U, 6U}}) {
         GuardedBlock buffer(12);

@@ -343,6 +343,20 @@ TEST_F(Wps, CancelEndsTheExchange) {
     EXPECT_EQ(platform.logTexts(0), Texts{"WPS is not enabled."});
 }
 
+// The generic walk goes one beyond the last row: meant.
+TEST_F(Wps, WalkEndsWithTheCancelThatIsDone) {
+    set("wlWscMode", "enabled");
+    ASSERT_EQ(WiFiAccessPointWPSCancel(context.get()), 0U);
+    platform.forget();
+    EXPECT_EQ(WiFiAccessPointWPSApplyContext(context.get(), kAccessPoint), 0U);
+    Texts asked{"1", "7", "9"};  // its own steps
+    for (int node = 1; node <= 9; ++node)
+        asked.push_back(std::to_string(node));
+    for (std::string& node : asked)
+        node = "Quorvel_IsContextSetMap(ctx, " + node + ")";
+    EXPECT_EQ(platform.callTexts({"Quorvel_IsContextSetMap"}), asked);
+}
+
 TEST_F(Wps, MethodAndCancelSayWhenTheyAreStaged) {
     GuardedBlock uninitialised(700);
     const auto lines = [this](const std::string& function) {
