@@ -114,8 +114,10 @@ for key, what, limit in (("stack-outside-snapshots", "largest stack depth of an 
     depth = int(stack[key][0])
     row(f"{what}, bytes ({' '.join(stack[key][1:])})", f"{depth:,}", f"≤ {limit:,}", depth <= limit)
 
-for line in lines("manager.rate"):
-    row("manager requests per second through `libwlcsm.so` and the daemon", f"{int(line.split()[1]):,}")
+rates = [int(line.split()[1]) for line in lines("manager.rate")]
+if rates:
+    row("manager requests per second through `libwlcsm.so` and the daemon, against one byte to a process and back",
+        " against ".join(f"{rate:,}" for rate in rates))
 for line in lines("idle"):
     row("processor time of an idle daemon in 5 s, ticks of 10 ms", line)
 boards = {}
