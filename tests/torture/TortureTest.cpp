@@ -754,11 +754,12 @@ TEST_F(Prepared, RegistrationAndDeregistration) {
     scenario.prepare = [] { platform().scriptReads({{message(0, 0, 12), 0, 0}}); };
     scenario.act = [] {
         const std::uint32_t result = WiFiNewAPAssociatedDeviceCallbackRegister(takeStation);
-        // The thread ends by itself when the reads are used up, or where it fails.
-        platform().endThreads();
+        // The thread ends when the reads are used up, or where it fails.
+        platform().joinThreads();
         const std::uint32_t gone = WiFiNewAPAssociatedDeviceCallbackDeRegister();
         return result != 0 ? result : gone;
     };
+    scenario.askedForEver = {"read"};
     torture(scenario);
 }
 

@@ -738,13 +738,19 @@ bool Platform::knowsThread(unsigned long handle) const {
     return std::find(threads_.begin(), threads_.end(), handle) != threads_.end();
 }
 
-void Platform::endThreads() {
-    std::vector<unsigned long> threads;
-    {
-        const Guard guard(mutex_);
-        threads.swap(threads_);
+std::vector<unsigned long> Platform::takeThreads() {
+    const Guard guard(mutex_);
+    return std::exchange(threads_, {});
+}
+
+void Platform::joinThreads() {
+    for (const unsigned long handle : takeThreads()) {
+        (void)pthread_join(static_cast<pthread_t>(handle), nullptr);
     }
-    for (const unsigned long handle : threads) {
+}
+
+void Platform::endThreads() {
+    for (const unsigned long handle : takeThreads()) {
         (void)__real_pthread_cancel(static_cast<pthread_t>(handle));
         (void)pthread_join(static_cast<pthread_t>(handle), nullptr);
     }

@@ -167,6 +167,8 @@ class Platform {
     [[nodiscard]] std::uint32_t connectedLength() const;
     // Runs the body in a thread of its own and waits until it has ended, by return or by running out of reads.
     void runInThread(void* (*body)(void*), void* argument);
+    // Waits until the threads that the plug-in created have ended by themselves, by return or by running out of reads.
+    void joinThreads();
     // Cancels and joins the threads that the plug-in created.
     void endThreads();
     // Lets pthread_cancel of a handle that no thread has reach the C library too (it is only recorded otherwise).
@@ -218,6 +220,7 @@ class Platform {
 
   private:
     Platform() = default;
+    [[nodiscard]] std::vector<unsigned long> takeThreads();
 
     struct Rule {
         std::uint32_t from = 1;
