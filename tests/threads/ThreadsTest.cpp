@@ -9,12 +9,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "DataModel.h"
 #include "QuorvelWiFiExports.h"
+#include "Silence.h"
 #include "ThreadPlatform.h"
 
 // Many threads of a host in the library at once, while events arrive. Rounds are counted, nothing waits for time.
@@ -149,19 +151,14 @@ void endListener() {
     EXPECT_EQ(pthread_join(thread, nullptr), 0);
 }
 
-// The library tells what it hears on standard output.
-void silence() {
-    EXPECT_NE(std::freopen("/dev/null", "w", stdout), nullptr);
-}
-
 }  // namespace
 
 TEST(Threads, ReadStageApplyAndSnapshotWhileEventsArrive) {
-    silence();
     std::atomic<unsigned> wrong = 0;
     const EventSource source;
     ASSERT_EQ(WiFiLock(), 0U);
     ASSERT_EQ(WiFiUnlock(), 0U);
+    std::optional<scripted::Silence> silence(std::in_place);
     ASSERT_EQ(WiFiNewAPAssociatedDeviceCallbackRegister(takeStation), 0U);
     const int connection = source.accept();
     ASSERT_GE(connection, 0);
@@ -186,16 +183,17 @@ TEST(Threads, ReadStageApplyAndSnapshotWhileEventsArrive) {
     }
     endListener();
     (void)close(connection);
+    silence.reset();
     EXPECT_EQ(wrong, 0U);
     EXPECT_EQ(events, kEvents);
 }
 
 TEST(Threads, RegisterAndDeregisterRepeatedlyWhileOthersRead) {
-    silence();
     std::atomic<unsigned> wrong = 0;
     const EventSource source;
     ASSERT_EQ(WiFiLock(), 0U);
     ASSERT_EQ(WiFiUnlock(), 0U);
+    std::optional<scripted::Silence> silence(std::in_place);
     inThreads(kThreads, [&wrong, &source](unsigned n) {
         if (n != 0) {
             for (unsigned round = 0; round < kRounds; ++round) {
@@ -220,6 +218,7 @@ TEST(Threads, RegisterAndDeregisterRepeatedlyWhileOthersRead) {
             (void)close(connection);
         }
     });
+    silence.reset();
     EXPECT_EQ(wrong, 0U);
     EXPECT_EQ(events, kRegistrations);
 }

@@ -1,22 +1,17 @@
 #include "Torture.h"
 
 #include <dirent.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <cstring>
 #include <map>
 #include <vector>
 
+#include "Silence.h"
 #include "TortureWorld.h"
-
-// Present in sanitized programs.
-extern "C" void __sanitizer_set_report_fd(void* descriptor) __attribute__((weak));
 
 namespace quorvel::torture {
 
@@ -24,6 +19,7 @@ namespace {
 
 using scripted::Call;
 using scripted::Platform;
+using scripted::Silence;
 
 Platform& platform() {
     return Platform::instance();
@@ -72,41 +68,6 @@ Resources resourcesOnceThreadsAreGone(std::size_t threads) {
     }
     return now;
 }
-
-// The library tells people things on both standard streams; nobody reads them here.
-class Silence {
-  public:
-    Silence() : nowhere_(open("/dev/null", O_WRONLY | O_CLOEXEC)) {
-        (void)std::fflush(stdout);
-        for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
-            saved_[stream] = fcntl(stream, F_DUPFD_CLOEXEC, 0);
-            (void)dup2(nowhere_, stream);
-        }
-        reportTo(saved_[STDERR_FILENO]);
-    }
-    ~Silence() {
-        (void)std::fflush(stdout);
-        reportTo(STDERR_FILENO);
-        for (const auto& [stream, saved] : saved_) {
-            (void)dup2(saved, stream);
-            (void)close(saved);
-        }
-        (void)close(nowhere_);
-    }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-
-  private:
-    // What a sanitizer finds is heard all the same.
-    static void reportTo(int descriptor) {
-        if (__sanitizer_set_report_fd != nullptr) {
-            __sanitizer_set_report_fd(reinterpret_cast<void*>(static_cast<std::intptr_t>(descriptor)));
-        }
-    }
-
-    int nowhere_;
-    std::map<int, int> saved_;
-};
 
 // How one run differs from the success path.
 struct Fault {
