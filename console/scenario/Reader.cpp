@@ -358,8 +358,7 @@ Scenario read(const Member& root, const std::filesystem::path& folder) {
 
 Scenario parseScenario(const std::string& text, const std::string& name) {
     if (const auto deep = gateway::findTooDeep(text)) {
-        throw ScenarioError(name + ":" + gateway::placeOfByte(text, *deep) + ": /: expected at most " +
-                            std::to_string(gateway::kMaxJsonLevels) + " levels of arrays and objects");
+        throw ScenarioError(name + ":" + gateway::placeOfByte(text, *deep) + ": /: " + gateway::tooDeepText());
     }
     try {
         const Json document = Json::parse(text);

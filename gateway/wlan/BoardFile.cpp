@@ -446,8 +446,7 @@ std::variant<Result, BoardError> parseWith(const std::string& text, const std::s
                           std::to_string(text.size())};
     }
     if (const auto deep = findTooDeep(text)) {
-        return BoardError{name + ":" + placeOfByte(text, *deep) + ": expected at most " +
-                          std::to_string(kMaxJsonLevels) + " levels of arrays and objects"};
+        return BoardError{name + ":" + placeOfByte(text, *deep) + ": " + tooDeepText()};
     }
     try {
         const Json document = Json::parse(text);

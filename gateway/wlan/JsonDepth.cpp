@@ -22,6 +22,10 @@ std::optional<std::size_t> findTooDeep(std::string_view text) {
     return std::nullopt;
 }
 
+std::string tooDeepText() {
+    return "expected at most " + std::to_string(kMaxJsonLevels) + " levels of arrays and objects";
+}
+
 nlohmann::ordered_json parseShallow(std::string_view text) {
     if (findTooDeep(text)) return nlohmann::ordered_json::value_t::discarded;
     return nlohmann::ordered_json::parse(text, nullptr, false);

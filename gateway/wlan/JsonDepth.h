@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace quorvel::gateway {
@@ -13,6 +14,9 @@ inline constexpr std::size_t kMaxJsonLevels = 100;
 
 // Gives the offset of the first bracket that opens a level beyond kMaxJsonLevels. The text need not be valid JSON.
 [[nodiscard]] std::optional<std::size_t> findTooDeep(std::string_view text);
+
+// What to tell a person of such a bracket.
+[[nodiscard]] std::string tooDeepText();
 
 // Reads one JSON value. The result is discarded (is_discarded()) when the text is none or nests too deeply.
 [[nodiscard]] nlohmann::ordered_json parseShallow(std::string_view text);

@@ -46,6 +46,11 @@ TEST_F(Control, AdvancesTime) {
     holds(R"({"op":"time","virtual":false})", "\"ok\":false");
 }
 
+TEST_F(Control, RefusesWhatNestsTooDeeply) {
+    const std::string deep = R"({"op":"station.join","mac":)" + std::string(200000, '[').append(200000, ']') + "}";
+    EXPECT_EQ(ask(deep), R"({"ok":false,"error":"a control request is a JSON object such as {\"op\":\"state\"}"})");
+}
+
 TEST_F(Control, JoinsMovesAndLeavesAStation) {
     holds(R"({"op":"station.join","mac":"02:00:00:00:00:77","bss":"wl0","rssi":-55})",
           R"("interface":"wl0","associated":true)");
