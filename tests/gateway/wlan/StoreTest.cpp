@@ -153,10 +153,11 @@ TEST(Store, IsTheOldOrTheNewOneWheneverTheSaverIsKilled) {
             _exit(0);
         }
         (void)close(progress[1]);
-        // A byte comes between two saves; from round to round the kill comes later in the next one.
+        // A byte comes between two saves; from round to round the kill comes later in the next ones, which may take
+        // longer than those that were measured.
         char byte = 0;
         ASSERT_EQ(read(progress[0], &byte, 1), 1);
-        const auto moment = std::chrono::steady_clock::now() + duration * round / kRounds;
+        const auto moment = std::chrono::steady_clock::now() + duration * 3 * round / kRounds;
         while (std::chrono::steady_clock::now() < moment) {
         }
         ASSERT_EQ(kill(saver, SIGKILL), 0);
