@@ -20,13 +20,13 @@ struct TraceEntry {
     std::string topic;     ///< MQTT: where it was published
     std::string from;      ///< Endpoint IDs; empty when the Record could not be read
     std::string to;
+    std::string bytes;  ///< the Record as it was on the wire; empty when a transport dropped it unread
     std::size_t size = 0;
-    std::string record;   ///< JSON object: the Record without its payload; empty when it could not be read
-    std::string message;  ///< JSON object: the Message, secrets replaced by "****"; empty when there is none
     std::string dropped;  ///< why it was dropped, in words for people; empty when it was not
 };
 
-/// Returns an entry as one JSON object.
+/// Decodes an entry into one JSON object: its members, "record" (the Record without its payload) and "message" (the
+/// Message), secrets replaced by "****". Decoding costs more than answering, so it is left to the reader of the trace.
 [[nodiscard]] nlohmann::ordered_json toJson(const TraceEntry& entry);
 
 }  // namespace quorvel::agent
