@@ -10,8 +10,8 @@
 #include <cstring>
 #include <string>
 
-#include "NullPlatform.h"
-#include "QuorvelWiFiExports.h"
+#include "bench/counts/NullPlatform.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 namespace {
 

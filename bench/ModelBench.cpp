@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
-#include "NullPlatform.h"
-#include "Operation.h"
-#include "QuorvelWiFiExports.h"
+#include "bench/counts/NullPlatform.h"
+#include "bench/counts/Operation.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "NullPlatform.h"
-#include "QuorvelWiFiContexts.h"
-#include "QuorvelWiFiExports.h"
+#include "bench/counts/NullPlatform.h"
+#include "wifi/QuorvelWiFiContexts.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 namespace {
 

@@ -16,7 +16,7 @@ install(FILES
     ${PROJECT_SOURCE_DIR}/wifi/QuorvelWiFiExports.h ${PROJECT_SOURCE_DIR}/wifi/QuorvelWiFiTable.h
     ${PROJECT_SOURCE_DIR}/wifi/Preprocessor.h ${PROJECT_SOURCE_DIR}/wifi/DefinitionBegin.h
     ${PROJECT_SOURCE_DIR}/wifi/DefinitionEnd.h ${definitions}
-    DESTINATION ${QUORVEL_HEADER_DIR} COMPONENT development)
+    DESTINATION ${QUORVEL_HEADER_DIR}/wifi COMPONENT development)
 
 # The CMake package finds the installed files from where it stands itself; the .pc file tells where they are on the target,
 # which is known when they are installed.

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "Completion.h"
-#include "Dispatcher.h"
+#include "console/commandline/Completion.h"
+#include "console/commandline/Dispatcher.h"
 
 namespace {
 

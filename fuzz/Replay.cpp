@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "Input.h"
+#include "fuzz/Input.h"
 
 // Runs a fuzz target over the files of its corpus, without a fuzzer: what was found once is tested everywhere.
 namespace {

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "Input.h"
-#include "ScriptedPlatform.h"
+#include "fuzz/Input.h"
+#include "tests/wifi/platform/ScriptedPlatform.h"
 
 namespace quorvel::fuzz {
 

@@ -1,4 +1,4 @@
-#include "DecimalText.h"
+#include "wifi/DecimalText.h"
 
 #include <bit>
 #include <climits>

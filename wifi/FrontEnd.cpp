@@ -1,8 +1,8 @@
-#include "FrontEnd.h"
+#include "wifi/FrontEnd.h"
 
 #include <cstring>
 
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 // What most calls pass through is one piece where code may be large.
 #ifdef __OPTIMIZE_SIZE__
@@ -25,7 +25,7 @@ struct Object {
 constexpr Object kObjects[kObjectCount] = {
     {"wifi/QuorvelWiFiSystem", kContextHeaderSize},
 #define OBJECT(index, path, parameters, contextSize, ...) {"wifi/Quorvel" QUORVEL_TEXT(THIS_OBJECT), contextSize},
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 };
 
 template <typename... Values>

@@ -7,10 +7,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "FunctionName.h"
-#include "QuorvelWiFiContexts.h"
-#include "QuorvelWiFiExports.h"
-#include "QuorvelWiFiImplementations.h"
+#include "wifi/FunctionName.h"
+#include "wifi/QuorvelWiFiContexts.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/QuorvelWiFiImplementations.h"
 
 #pragma GCC visibility push(hidden)
 

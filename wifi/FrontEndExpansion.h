@@ -4,8 +4,8 @@
 //   <Obj>CheckContextNodeSet, <Obj>ApplyContext, <Obj>InstanceGet
 // QUORVEL_GETTER_WITHOUT_ENTRY is the one text getter of the object, if any, of which the exported table has the setter
 // alone.
-#include "FrontEnd.h"
-#include "Snapshot.h"
+#include "wifi/FrontEnd.h"
+#include "wifi/Snapshot.h"
 
 // Context functions.
 #define OBJECT(...)                                               \

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "QuorvelWiFiContexts.h"
-#include "QuorvelWiFiTable.h"
+#include "wifi/QuorvelWiFiContexts.h"
+#include "wifi/QuorvelWiFiTable.h"
 
 #pragma GCC visibility push(hidden)
 
@@ -46,13 +46,13 @@ struct Parameter {
 
 inline constexpr Parameter kParameters[] = {
 #define PARAMETER(node, name, ...) {QUORVEL_CAT3(k, THIS_OBJECT, Object), #name},
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 };
 
 inline constexpr std::string_view kPrefixes[] = {
     "WiFiSystem",
 #define OBJECT(...) QUORVEL_TEXT(THIS_OBJECT),
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 };
 
 /// Not constant: what calls it does not compile.

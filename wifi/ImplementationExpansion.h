@@ -1,6 +1,6 @@
 // Defines an object's implementation functions that follow from its definition: the mapped reads and the inert ones.
 // Included once by each implementation file, after it has named the definition as QUORVEL_DEFINITION.
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 // The front ends of mapped rows read without these; they are for who needs a value under the lock.
 #define IMPL_MAPPED(node, name, type)                                                                    \

@@ -1,12 +1,12 @@
 // The objects whose parameters are variables of the WLAN manager, by their definitions; included like the whole data
 // model, hence no include guard.
-#include "QuorvelWiFi.def"
-#include "QuorvelWiFiAccessPoint.def"
-#include "QuorvelWiFiAccessPointAccessPointControlFilterTable.def"
-#include "QuorvelWiFiAccessPointSecurity.def"
-#include "QuorvelWiFiAccessPointWPS.def"
-#include "QuorvelWiFiRadio.def"
-#include "QuorvelWiFiSSID.def"
+#include "wifi/QuorvelWiFi.def"
+#include "wifi/QuorvelWiFiAccessPoint.def"
+#include "wifi/QuorvelWiFiAccessPointAccessPointControlFilterTable.def"
+#include "wifi/QuorvelWiFiAccessPointSecurity.def"
+#include "wifi/QuorvelWiFiAccessPointWPS.def"
+#include "wifi/QuorvelWiFiRadio.def"
+#include "wifi/QuorvelWiFiSSID.def"
 #undef PARAMETER
 #undef OBJECT
 #undef EXTRA_FIELD

@@ -1,9 +1,9 @@
-#include "NeighbourScan.h"
+#include "wifi/NeighbourScan.h"
 
 #include <cstring>
 #include <string_view>
 
-#include "DecimalText.h"
+#include "wifi/DecimalText.h"
 
 namespace quorvel {
 namespace {

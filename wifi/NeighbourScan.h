@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 namespace quorvel {
 

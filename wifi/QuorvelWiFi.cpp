@@ -3,10 +3,10 @@
 
 #include <cstdlib>
 
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
-#define QUORVEL_DEFINITION "QuorvelWiFi.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFi.def"
+#include "wifi/FrontEndExpansion.h"
 
 #define THIS_OBJECT WiFi
 

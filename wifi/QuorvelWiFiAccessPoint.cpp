@@ -1,5 +1,5 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPoint.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPoint.def"
+#include "wifi/FrontEndExpansion.h"
 
 // Reads without a row in the table.
 #define THIS_OBJECT WiFiAccessPoint

@@ -1,9 +1,9 @@
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAC.def"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAC.def"
 #define QUORVEL_OWN_APPLY
 #define QUORVEL_GETTER_WITHOUT_ENTRY &WiFiAccessPointACAliasGet
-#include "FrontEndExpansion.h"
+#include "wifi/FrontEndExpansion.h"
 
 #define THIS_OBJECT WiFiAccessPointAC
 

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "DecimalText.h"
-#include "QuorvelWiFiInternal.h"
+#include "wifi/DecimalText.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kFailed;
 using quorvel::kSuccess;
@@ -65,12 +65,12 @@ bool isWindow(uint32_t field) {
     uint32_t FUNCTION(name, GetImpl)(uint32_t ap, uint32_t ac, uint32_t * out) { \
         return wifi_ap_ac_config(ap, ac, FIELD_OF_##source, kRead, out);         \
     }
-#include "QuorvelWiFiAccessPointAC.def"
+#include "wifi/QuorvelWiFiAccessPointAC.def"
 #undef PARAMETER
 
 #define QUORVEL_INERT_APPLY
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAC.def"
-#include "ImplementationExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAC.def"
+#include "wifi/ImplementationExpansion.h"
 
 uint32_t wifi_ap_ac_config(uint32_t ap, uint32_t ac, uint32_t field, uint32_t action, uint32_t* value) {
     const uint32_t category = ac - 1;

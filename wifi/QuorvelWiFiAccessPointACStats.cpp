@@ -1,2 +1,2 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointACStats.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointACStats.def"
+#include "wifi/FrontEndExpansion.h"

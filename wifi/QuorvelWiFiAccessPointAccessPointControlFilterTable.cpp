@@ -1,2 +1,2 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAccessPointControlFilterTable.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAccessPointControlFilterTable.def"
+#include "wifi/FrontEndExpansion.h"

@@ -1,12 +1,12 @@
 // The station filter's list: one text, read and replaced whole.
 #include <cstring>
 
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kWiFiAccessPointAccessPointControlFilterTableMapping;
 
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAccessPointControlFilterTable.def"
-#include "ImplementationExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAccessPointControlFilterTable.def"
+#include "wifi/ImplementationExpansion.h"
 
 uint32_t WiFiAccessPointAccessPointControlFilterTableNumberOfMacAddressGetImpl(uint32_t ap, uint32_t* out) {
     constexpr uint32_t kListLength = 576;

@@ -1,2 +1,2 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAccounting.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAccounting.def"
+#include "wifi/FrontEndExpansion.h"

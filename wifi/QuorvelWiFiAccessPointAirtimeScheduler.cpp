@@ -1,2 +1,2 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAirtimeScheduler.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAirtimeScheduler.def"
+#include "wifi/FrontEndExpansion.h"

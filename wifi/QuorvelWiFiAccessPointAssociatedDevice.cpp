@@ -1,8 +1,8 @@
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAssociatedDevice.def"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAssociatedDevice.def"
 #define QUORVEL_OWN_SNAPSHOT
-#include "FrontEndExpansion.h"
+#include "wifi/FrontEndExpansion.h"
 
 #define THIS_OBJECT WiFiAccessPointAssociatedDevice
 
@@ -17,7 +17,7 @@ namespace {
 
 void storeStation(void* ctx, const quorvel::StationInformation& station) {
 #undef THIS_OBJECT
-#include "QuorvelWiFiAccessPointAssociatedDevice.def"
+#include "wifi/QuorvelWiFiAccessPointAssociatedDevice.def"
 #define THIS_OBJECT WiFiAccessPointAssociatedDevice
 #undef PARAMETER
     const uint32_t* counters = station.counters;

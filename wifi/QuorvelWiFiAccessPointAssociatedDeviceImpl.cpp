@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "DecimalText.h"
-#include "QuorvelWiFiInternal.h"
+#include "wifi/DecimalText.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;
@@ -95,7 +95,7 @@ uint32_t WiFiAccessPointAssociatedDeviceInstanceGetImpl(uint32_t ap, uint32_t de
     }
 #define GET_STATION_TEXT(name, type, source)
 #define PARAMETER(node, name, access, type, accepted, read, source, ...) GET_##read(name, type, source)
-#include "QuorvelWiFiAccessPointAssociatedDevice.def"
+#include "wifi/QuorvelWiFiAccessPointAssociatedDevice.def"
 #undef PARAMETER
 
 uint32_t WiFiAccessPointAssociatedDeviceApplyContextImpl(void*, uint32_t, uint32_t) {

@@ -1,2 +1,2 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAssociatedDeviceStats.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAssociatedDeviceStats.def"
+#include "wifi/FrontEndExpansion.h"

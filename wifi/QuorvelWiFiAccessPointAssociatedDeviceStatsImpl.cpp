@@ -1,4 +1,4 @@
 // Present without logic: reads succeed and leave the value, staged values are dropped.
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointAssociatedDeviceStats.def"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAssociatedDeviceStats.def"
 #define QUORVEL_INERT_APPLY
-#include "ImplementationExpansion.h"
+#include "wifi/ImplementationExpansion.h"

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "DecimalText.h"
-#include "QuorvelWiFiInternal.h"
+#include "wifi/DecimalText.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kFailed;
 using quorvel::kMacTextLength;
@@ -23,8 +23,8 @@ namespace {
 constexpr char kLogFile[] = "wifi/QuorvelWiFiAccessPointImpl";
 }
 
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPoint.def"
-#include "ImplementationExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPoint.def"
+#include "wifi/ImplementationExpansion.h"
 
 uint32_t WiFiAccessPointApplyContextImpl(void* ctx, uint32_t ap) {
     return quorvel::applyMapped(kWiFiAccessPointObject, ap, ctx);

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kFailed;
 using quorvel::kSuccess;
@@ -33,8 +33,8 @@ void readMode(uint32_t ap, const char* variable, ManagerText& value) {
 
 }  // namespace
 
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointSecurity.def"
-#include "ImplementationExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointSecurity.def"
+#include "wifi/ImplementationExpansion.h"
 
 uint32_t wlcsm_dm_adjust_security(char* dataModel, uint32_t dataModelLen, char* manager, uint32_t managerLen,
                                   uint8_t loading) {

@@ -1,8 +1,8 @@
 #include <cstring>
 
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointWPS.def"
-#include "FrontEndExpansion.h"
-#include "QuorvelWiFiInternal.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointWPS.def"
+#include "wifi/FrontEndExpansion.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 #define THIS_OBJECT WiFiAccessPointWPS
 

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kSuccess;
 using quorvel::kValueSize;
@@ -20,8 +20,8 @@ uint32_t wpsRadios;
 
 }  // namespace
 
-#define QUORVEL_DEFINITION "QuorvelWiFiAccessPointWPS.def"
-#include "ImplementationExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointWPS.def"
+#include "wifi/ImplementationExpansion.h"
 
 uint32_t WiFiAccessPointWPSEnableGetImpl(uint32_t ap, uint8_t* out) {
     char mode[kValueSize + 1] = {};

@@ -1,3 +1,3 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiAirtimeSchedulerStationsList.def"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAirtimeSchedulerStationsList.def"
 #define QUORVEL_GETTER_WITHOUT_ENTRY &WiFiAirtimeSchedulerStationsListMacAddressGet
-#include "FrontEndExpansion.h"
+#include "wifi/FrontEndExpansion.h"

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "DecimalText.h"
-#include "QuorvelWiFiInternal.h"
+#include "wifi/DecimalText.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;

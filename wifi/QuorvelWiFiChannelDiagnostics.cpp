@@ -1,2 +1,2 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiChannelDiagnostics.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiChannelDiagnostics.def"
+#include "wifi/FrontEndExpansion.h"

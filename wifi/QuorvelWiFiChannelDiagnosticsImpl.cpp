@@ -1,4 +1,4 @@
 // Present without logic: reads succeed and leave the value, staged values are dropped.
-#define QUORVEL_DEFINITION "QuorvelWiFiChannelDiagnostics.def"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiChannelDiagnostics.def"
 #define QUORVEL_INERT_APPLY
-#include "ImplementationExpansion.h"
+#include "wifi/ImplementationExpansion.h"

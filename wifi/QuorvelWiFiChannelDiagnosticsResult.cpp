@@ -1,2 +1,2 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiChannelDiagnosticsResult.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiChannelDiagnosticsResult.def"
+#include "wifi/FrontEndExpansion.h"

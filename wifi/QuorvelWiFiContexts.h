@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "Preprocessor.h"
+#include "wifi/Preprocessor.h"
 
 namespace quorvel {
 
@@ -35,7 +35,7 @@ using Counters = uint32_t[count];
 #define OBJECT_END \
     }              \
     ;
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 
 // Sizes and depths, and what their definitions say of them.
 namespace quorvel {
@@ -43,7 +43,7 @@ namespace quorvel {
 enum ObjectIndex : uint8_t {
     kWiFiSystemObject = 0,
 #define OBJECT(index, path, parameters, contextSize, nodeLimit) QUORVEL_CAT3(k, THIS_OBJECT, Object) = index,
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
     kObjectCount
 };
 
@@ -51,7 +51,7 @@ enum ObjectIndex : uint8_t {
     static_assert(sizeof(OBJECT_CONTEXT) == (contextSize));     \
     static_assert(alignof(OBJECT_CONTEXT) == 4);                \
     inline constexpr uint8_t QUORVEL_CAT3(k, THIS_OBJECT, NodeLimit) = nodeLimit;
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 
 }  // namespace quorvel
 
@@ -64,4 +64,4 @@ enum ObjectIndex : uint8_t {
     }              \
     ;              \
     }
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "Preprocessor.h"
+#include "wifi/Preprocessor.h"
 
 #define QUORVEL_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -35,7 +35,7 @@
 #define DECLARE_WRITE_RW_NOW(name, type)
 #define PARAMETER(node, name, access, type, accepted, read, ...) \
     DECLARE_READ_##read(name, type) DECLARE_WRITE_##access(name, type)
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 
 #undef DECLARE_READ_
 

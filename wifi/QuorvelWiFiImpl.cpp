@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kFailed;
 using quorvel::kSuccess;
@@ -19,8 +19,8 @@ namespace {
 constexpr char kLogFile[] = "wifi/QuorvelWiFiImpl";
 }
 
-#define QUORVEL_DEFINITION "QuorvelWiFi.def"
-#include "ImplementationExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFi.def"
+#include "wifi/ImplementationExpansion.h"
 
 uint32_t WiFiRadioNumberOfEntriesGetImpl(uint32_t* out) {
     *out = 0;

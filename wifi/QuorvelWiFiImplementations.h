@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "Preprocessor.h"
+#include "wifi/Preprocessor.h"
 
 #pragma GCC visibility push(hidden)
 
@@ -23,7 +23,7 @@
     extern "C" uint32_t FUNCTION(name, GetImpl)(uint32_t ap, const char* mac, int32_t* out);
 #define DECLARE_IMPL_NONE(name, type)
 #define PARAMETER(node, name, access, type, accepted, read, ...) DECLARE_IMPL_##read(name, type)
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 #undef DECLARE_IMPL_
 
 extern "C" {

@@ -10,11 +10,11 @@
 #include <cstring>
 #include <iterator>
 
-#include "DecimalText.h"
-#include "FrontEnd.h"
-#include "QuorvelWiFiContexts.h"
-#include "QuorvelWiFiExports.h"
-#include "QuorvelWiFiImplementations.h"
+#include "wifi/DecimalText.h"
+#include "wifi/FrontEnd.h"
+#include "wifi/QuorvelWiFiContexts.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/QuorvelWiFiImplementations.h"
 
 // Log with the line they stand on. Each file that logs says its own path, without extension, as kLogFile. The function
 // is the one they stand in, or the one that a helper works for.
@@ -55,7 +55,7 @@ extern const char CHAR[5];
 
 #define OBJECT(index, path, parameters, ...) \
     extern const MappingRow QUORVEL_CAT3(k, THIS_OBJECT, Mapping)[(parameters) + 1];
-#include "MappedObjects.h"
+#include "wifi/MappedObjects.h"
 
 /// An object's mapping table; all null for an object without one.
 struct Mapping {

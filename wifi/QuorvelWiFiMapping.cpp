@@ -2,7 +2,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 namespace quorvel {
 
@@ -20,7 +20,7 @@ constexpr char CHAR[] = "CHAR";
 #define OBJECT_END \
     }              \
     ;
-#include "MappedObjects.h"
+#include "wifi/MappedObjects.h"
 
 namespace {
 
@@ -30,7 +30,7 @@ namespace {
 #define OBJECT_END \
     }              \
     ;
-#include "MappedObjects.h"
+#include "wifi/MappedObjects.h"
 
 template <size_t rows>
 constexpr bool rowsStandAtTheirNodes(const MappingRow (&table)[rows]) {
@@ -53,7 +53,7 @@ constexpr bool textsFitTheirBuffer(const MappingRow (&table)[rows], const uint16
 #define OBJECT(...)                                                              \
     static_assert(rowsStandAtTheirNodes(QUORVEL_CAT3(k, THIS_OBJECT, Mapping))); \
     static_assert(textsFitTheirBuffer(QUORVEL_CAT3(k, THIS_OBJECT, Mapping), QUORVEL_CAT3(k, THIS_OBJECT, Sizes)));
-#include "MappedObjects.h"
+#include "wifi/MappedObjects.h"
 
 constexpr Mapping mappingOf(uint32_t object) {
     switch (object) {
@@ -61,7 +61,7 @@ constexpr Mapping mappingOf(uint32_t object) {
     case index:                                                                             \
         return {QUORVEL_CAT3(k, THIS_OBJECT, Mapping), QUORVEL_CAT3(k, THIS_OBJECT, Sizes), \
                 std::size(QUORVEL_CAT3(k, THIS_OBJECT, Mapping))};
-#include "MappedObjects.h"
+#include "wifi/MappedObjects.h"
         default:
             return {};
     }
@@ -74,7 +74,7 @@ constexpr Mapping kMappings[kMayHaveMapping] = {
     mappingOf(6), mappingOf(7), mappingOf(8), mappingOf(9), mappingOf(10), mappingOf(11),
 };
 #define OBJECT(index, ...) static_assert((index) < kMayHaveMapping);
-#include "MappedObjects.h"
+#include "wifi/MappedObjects.h"
 
 size_t textCapacity(const MappingRow* table, uint32_t node, uint32_t count) {
     // The header's number may be a foreign table's choice.

@@ -1,2 +1,2 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiNeighboringDiagnosticsResult.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiNeighboringDiagnosticsResult.def"
+#include "wifi/FrontEndExpansion.h"

@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;
@@ -55,7 +55,7 @@ uint32_t copyOut(const char (&member)[size], char* buf, uint32_t len) {
         if (record == nullptr) return kFailed;                           \
         return copyOut(record->MEMBER_##source, RESULT_OUT_##type);      \
     }
-#include "QuorvelWiFiNeighboringDiagnosticsResult.def"
+#include "wifi/QuorvelWiFiNeighboringDiagnosticsResult.def"
 #undef PARAMETER
 
 uint32_t WiFiNeighboringDiagnosticsResultApplyContextImpl(void*, uint32_t) {

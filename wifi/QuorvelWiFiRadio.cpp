@@ -1,5 +1,5 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiRadio.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiRadio.def"
+#include "wifi/FrontEndExpansion.h"
 
 // A read without a row in the table.
 #define THIS_OBJECT WiFiRadio

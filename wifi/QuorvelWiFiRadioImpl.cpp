@@ -6,10 +6,10 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "DecimalText.h"
-#include "QuorvelWiFiInternal.h"
-#include "RadioChannel.h"
-#include "RadioRates.h"
+#include "wifi/DecimalText.h"
+#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/RadioChannel.h"
+#include "wifi/RadioRates.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;
@@ -24,8 +24,8 @@ constexpr char kLogFile[] = "wifi/QuorvelWiFiRadioImpl";
 constexpr int32_t kFiveGigahertz = 1;
 }  // namespace
 
-#define QUORVEL_DEFINITION "QuorvelWiFiRadio.def"
-#include "ImplementationExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiRadio.def"
+#include "wifi/ImplementationExpansion.h"
 
 // Reads.
 

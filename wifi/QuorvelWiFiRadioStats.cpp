@@ -1,6 +1,6 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiRadioStats.def"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiRadioStats.def"
 #define QUORVEL_OWN_CHECK
-#include "FrontEndExpansion.h"
+#include "wifi/FrontEndExpansion.h"
 
 #define THIS_OBJECT WiFiRadioStats
 

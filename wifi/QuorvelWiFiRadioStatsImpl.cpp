@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "NeighbourScan.h"
-#include "QuorvelWiFiInternal.h"
+#include "wifi/NeighbourScan.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;
@@ -29,7 +29,7 @@ struct Keyword {
 #define PARAMETER(node, name, access, type, accepted, read, source, keyword, ...) {node, keyword},
 constexpr Keyword RadioStatsKeywordTable[] = {
     {0, ""},
-#include "QuorvelWiFiRadioStats.def"
+#include "wifi/QuorvelWiFiRadioStats.def"
 };
 #undef PARAMETER
 static_assert(std::size(RadioStatsKeywordTable) == 16);
@@ -51,8 +51,8 @@ bool radioIsUp(uint32_t radio) {
     uint32_t FUNCTION(name, GetImpl)(INSTANCES OUTPUT_##type) { \
         return Quorvel_P_WiFiRadioStatsGet(i, node, out);       \
     }
-#define QUORVEL_DEFINITION "QuorvelWiFiRadioStats.def"
-#include "ImplementationExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiRadioStats.def"
+#include "wifi/ImplementationExpansion.h"
 
 uint32_t Quorvel_P_WiFiRadioStatsGet(uint32_t radio, uint32_t node, void* out) {
     if (!isRadio(radio) || node >= std::size(RadioStatsKeywordTable) || out == nullptr) {

@@ -1,2 +1,2 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiSSID.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiSSID.def"
+#include "wifi/FrontEndExpansion.h"

@@ -1,8 +1,8 @@
 // SSIDs: plain reads and writes through the bridge.
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
-#define QUORVEL_DEFINITION "QuorvelWiFiSSID.def"
-#include "ImplementationExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiSSID.def"
+#include "wifi/ImplementationExpansion.h"
 
 uint32_t WiFiSSIDApplyContextImpl(void* ctx, uint32_t ssid) {
     return quorvel::applyMapped(quorvel::kWiFiSSIDObject, ssid, ctx);

@@ -1,2 +1,2 @@
-#define QUORVEL_DEFINITION "QuorvelWiFiSSIDStats.def"
-#include "FrontEndExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiSSIDStats.def"
+#include "wifi/FrontEndExpansion.h"

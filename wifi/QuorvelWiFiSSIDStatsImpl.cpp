@@ -1,8 +1,8 @@
 // SSID statistics: the counters of the interface that carries the SSID.
 #include <cstring>
 
-#include "DecimalText.h"
-#include "QuorvelWiFiInternal.h"
+#include "wifi/DecimalText.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;
@@ -24,7 +24,7 @@ constexpr uint16_t kUnsupported = 0;
 #define PARAMETER(node, name, access, type, accepted, read, source, ...) SOURCE_##source,
 constexpr uint16_t kColumns[kHighestNode + 1] = {
     kUnsupported,
-#include "QuorvelWiFiSSIDStats.def"
+#include "wifi/QuorvelWiFiSSIDStats.def"
 };
 #undef PARAMETER
 
@@ -65,8 +65,8 @@ void dump(const NetDevStats& stats) {
         return Quorvel_P_WiFiSSIDStatsGet(i, node, out);        \
     }
 #define QUORVEL_INERT_APPLY
-#define QUORVEL_DEFINITION "QuorvelWiFiSSIDStats.def"
-#include "ImplementationExpansion.h"
+#define QUORVEL_DEFINITION "wifi/QuorvelWiFiSSIDStats.def"
+#include "wifi/ImplementationExpansion.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // System operations: fixed dimensions, the access-point slot table, and commands to the manager as a whole.
 #include <wlcsm.h>
 
-#include "QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 using quorvel::kFailed;
 using quorvel::kSuccess;

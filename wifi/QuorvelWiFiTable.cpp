@@ -1,9 +1,9 @@
-#include "QuorvelWiFiTable.h"
+#include "wifi/QuorvelWiFiTable.h"
 
 #include <array>
 #include <string_view>
 
-#include "QuorvelWiFiContexts.h"
+#include "wifi/QuorvelWiFiContexts.h"
 
 namespace quorvel {
 namespace {
@@ -95,25 +95,25 @@ constexpr Row makeRow(const char* path, const char* name, ObjectIndex object, Ty
 
 // Paths by object, so that a row can name its own.
 #define OBJECT(index, path, ...) constexpr char QUORVEL_CAT3(k, THIS_OBJECT, Path)[] = path;
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 
 constexpr Row kRows[] = {
 #define PARAMETER(node, name, access, type, accepted, read, ...)                                                      \
     makeRow(QUORVEL_CAT3(k, THIS_OBJECT, Path), #name, QUORVEL_CAT3(k, THIS_OBJECT, Object), TYPE_##type, THIS_DEPTH, \
             sizeof(OBJECT_CONTEXT), GETTER_##read(name), WRITABLE_##access(name),                                     \
             TableWord(&OBJECT_FUNCTION(InitContext)), TableWord(&OBJECT_FUNCTION(ApplyContext))),
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 };
 
 #define OBJECT(...) +1
 static_assert(0
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
               == kObjectsInTable);
 static_assert(std::size(kRows) == kParametersInTable);
 // Each object announces how many rows it has.
 #define OBJECT(index, path, parameters, ...) +(parameters)
 static_assert(0
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
               == kParametersInTable);
 
 constexpr Table makeTable() {

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "QuorvelWiFiExports.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 namespace quorvel {
 

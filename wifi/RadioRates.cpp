@@ -1,4 +1,4 @@
-#include "RadioRates.h"
+#include "wifi/RadioRates.h"
 
 #include <cstddef>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "Snapshot.h"
+#include "wifi/Snapshot.h"
 
 #include <cstring>
 

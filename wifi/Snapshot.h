@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <iterator>
 
-#include "FrontEnd.h"
-#include "QuorvelWiFiTable.h"
+#include "wifi/FrontEnd.h"
+#include "wifi/QuorvelWiFiTable.h"
 
 #pragma GCC visibility push(hidden)
 
@@ -47,7 +47,7 @@ uint32_t takeSnapshot(void* ctx, uint32_t i, uint32_t j, const SnapshotStep* ste
 consteval uint8_t firstRowOf(ObjectIndex object) {
     constexpr uint8_t kRows[] = {
 #define OBJECT(index, path, parameters, ...) parameters,
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
     };
     uint8_t row = 0;
     for (int index = kWiFiObject; index < object; ++index)

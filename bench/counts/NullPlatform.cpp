@@ -1,4 +1,4 @@
-#include "NullPlatform.h"
+#include "bench/counts/NullPlatform.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>

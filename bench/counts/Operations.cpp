@@ -4,14 +4,14 @@
 
 #include <cstddef>
 
-#include "NullPlatform.h"
-#include "Operation.h"
-#include "QuorvelWiFiContexts.h"
-#include "QuorvelWiFiExports.h"
-#include "QuorvelWiFiTable.h"
+#include "bench/counts/NullPlatform.h"
+#include "bench/counts/Operation.h"
+#include "wifi/QuorvelWiFiContexts.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/QuorvelWiFiTable.h"
 #ifdef QUORVEL_BENCH_CONSOLE_HOST
-#include "Accessors.h"
-#include "DataModel.h"
+#include "gateway/hostd/Accessors.h"
+#include "gateway/hostd/DataModel.h"
 #endif
 
 namespace quorvel::bench {
@@ -135,20 +135,20 @@ void snapshot() {
 }
 
 #ifdef QUORVEL_BENCH_CONSOLE_HOST
-const host::DataModel* dataModel;
+const hostd::DataModel* dataModel;
 
 void prepareModel() {
-    static const host::DataModel model(
-        {reinterpret_cast<const host::TableEntry*>(gQuorvelWiFiDataModelTable.entries), kParametersInTable});
+    static const hostd::DataModel model(
+        {reinterpret_cast<const hostd::TableEntry*>(gQuorvelWiFiDataModelTable.entries), kParametersInTable});
     dataModel = &model;
 }
 
-host::Value result;
+hostd::Value result;
 
 void pathToValue() {
-    host::ResolvedPath path;
+    hostd::ResolvedPath path;
     if (dataModel->resolve("Device.WiFi.Radio.2.LastChange", path)) {
-        (void)host::read(*path.parameter, path.instances, result);
+        (void)hostd::read(*path.parameter, path.instances, result);
     }
 }
 #endif

@@ -10,10 +10,10 @@
 #include <cstring>
 #include <string>
 
-#include "NullPlatform.h"
-#include "Operation.h"
-#include "QuorvelWiFiContexts.h"
-#include "QuorvelWiFiTable.h"
+#include "bench/counts/NullPlatform.h"
+#include "bench/counts/Operation.h"
+#include "wifi/QuorvelWiFiContexts.h"
+#include "wifi/QuorvelWiFiTable.h"
 
 namespace {
 
@@ -176,7 +176,7 @@ void snapshots() {
     measure(QUORVEL_TEXT(OBJECT_FUNCTION(InstanceGet)), inSnapshots, [&] {                                          \
         return reinterpret_cast<Three>(reinterpret_cast<std::uintptr_t>(&OBJECT_FUNCTION(InstanceGet)))(ctx, 1, 1); \
     });
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 }
 
 void* measureAll(void*) {

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "NullPlatform.h"
-#include "Operation.h"
-#include "QuorvelWiFiTable.h"
+#include "bench/counts/NullPlatform.h"
+#include "bench/counts/Operation.h"
+#include "wifi/QuorvelWiFiTable.h"
 
 namespace quorvel::bench {
 namespace {

@@ -13,7 +13,7 @@
 #include <map>
 #include <string>
 
-#include "Operation.h"
+#include "bench/counts/Operation.h"
 
 namespace {
 

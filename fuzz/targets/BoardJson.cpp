@@ -1,14 +1,14 @@
 #include <string>
 #include <variant>
 
-#include "BoardFile.h"
-#include "Input.h"
+#include "fuzz/Input.h"
+#include "gateway/manager/BoardFile.h"
 
 // A board's description, and one station's and one neighbour's.
 
 namespace {
 
-using namespace quorvel::gateway;
+using namespace quorvel::manager;
 using quorvel::fuzz::require;
 
 void checkMessage(const BoardError& error) {

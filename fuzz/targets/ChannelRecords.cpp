@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "QuorvelWiFiExports.h"
-#include "ScriptedRun.h"
+#include "fuzz/ScriptedRun.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // The manager's records of a channel's neighbours, its air time and its measurements.
 

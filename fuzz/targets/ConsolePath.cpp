@@ -2,16 +2,16 @@
 #include <string_view>
 #include <vector>
 
-#include "PathWalk.h"
-#include "PluginModel.h"
-#include "ScriptedRun.h"
-#include "Suggestion.h"
+#include "fuzz/PluginModel.h"
+#include "fuzz/ScriptedRun.h"
+#include "gateway/hostd/PathWalk.h"
+#include "gateway/hostd/Suggestion.h"
 
 // Paths as a person types them, on the plug-in's own table.
 
 using quorvel::fuzz::pluginModel;
 using quorvel::fuzz::require;
-using namespace quorvel::host;
+using namespace quorvel::hostd;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     (void)pluginModel();

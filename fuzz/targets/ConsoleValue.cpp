@@ -1,14 +1,14 @@
 #include <string>
 
-#include "Accessors.h"
-#include "Input.h"
-#include "PluginModel.h"
+#include "fuzz/Input.h"
+#include "fuzz/PluginModel.h"
+#include "gateway/hostd/Accessors.h"
 
 // Values as a person types them, for parameters of every type.
 
 using quorvel::fuzz::pluginModel;
 using quorvel::fuzz::require;
-using namespace quorvel::host;
+using namespace quorvel::hostd;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     quorvel::fuzz::Input input(data, size);

@@ -1,10 +1,10 @@
 #include <cstring>
 #include <string>
 
-#include "DataModel.h"
-#include "QuorvelWiFiExports.h"
-#include "ScriptedRun.h"
-#include "WillingWorld.h"
+#include "fuzz/ScriptedRun.h"
+#include "tests/wifi/DataModel.h"
+#include "tests/wifi/WillingWorld.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // An object context with arbitrary fields and marks, as a host that filled it by itself might hand it over.
 

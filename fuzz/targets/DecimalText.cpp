@@ -1,4 +1,4 @@
-#include "DecimalText.h"
+#include "wifi/DecimalText.h"
 
 #include <cerrno>
 #include <climits>
@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "Input.h"
+#include "fuzz/Input.h"
 
 // Numbers as the library reads and writes them, against the C library's own reading and writing.
 

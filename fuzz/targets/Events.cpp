@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "QuorvelWiFiExports.h"
-#include "ScriptedRun.h"
+#include "fuzz/ScriptedRun.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define QUORVEL_ADDRESS_SANITIZER

@@ -1,16 +1,16 @@
 #include <algorithm>
 #include <string_view>
 
-#include "Input.h"
-#include "gateway/host/Ini.h"
+#include "fuzz/Input.h"
+#include "gateway/framework/Ini.h"
 
 // The host's configuration file.
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using quorvel::fuzz::require;
     const std::string_view text(reinterpret_cast<const char*>(data), size);
-    quorvel::host::IniError error;
-    const auto ini = quorvel::host::Ini::parse(text, error);
+    quorvel::framework::IniError error;
+    const auto ini = quorvel::framework::Ini::parse(text, error);
     if (!ini) {
         const auto lines = static_cast<unsigned>(std::count(text.begin(), text.end(), '\n') + 1);
         require(error.line >= 1 && error.line <= lines, "a mistake is in a line of the text");

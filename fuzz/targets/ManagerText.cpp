@@ -1,9 +1,9 @@
 #include <cstring>
 #include <string>
 
-#include "DataModel.h"
-#include "QuorvelWiFiInternal.h"
-#include "ScriptedRun.h"
+#include "fuzz/ScriptedRun.h"
+#include "tests/wifi/DataModel.h"
+#include "wifi/QuorvelWiFiInternal.h"
 
 // Any text as the answer to a variable's read: through the generic get with every conversion, through every mapped
 // node, and through every getter of the data model.

@@ -1,7 +1,7 @@
 #include <string>
 
-#include "QuorvelWiFiExports.h"
-#include "ScriptedRun.h"
+#include "fuzz/ScriptedRun.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // The kernel's interface counters, as access points' and radios' statistics read them.
 

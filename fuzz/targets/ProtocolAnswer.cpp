@@ -11,16 +11,16 @@
 #include <thread>
 #include <vector>
 
-#include "Input.h"
-#include "Protocol.h"
-#include "WlcsmControl.h"
+#include "fuzz/Input.h"
+#include "gateway/manager/Protocol.h"
+#include "gateway/manager/WlcsmControl.h"
 
 // What a WLAN manager may answer the client's calls: decoded by itself, and received by the client library from a
 // socket. The first byte chooses the call, the second whether a header for the rest is made up.
 
 namespace {
 
-using namespace quorvel::gateway;
+using namespace quorvel::manager;
 using quorvel::fuzz::Input;
 using quorvel::fuzz::require;
 

@@ -5,19 +5,19 @@
 #include <variant>
 #include <vector>
 
-#include "BoardFile.h"
-#include "Clock.h"
-#include "Input.h"
-#include "Protocol.h"
-#include "Service.h"
-#include "Store.h"
+#include "fuzz/Input.h"
+#include "gateway/manager/BoardFile.h"
+#include "gateway/manager/Clock.h"
+#include "gateway/manager/Protocol.h"
+#include "gateway/manager/Service.h"
+#include "gateway/manager/Store.h"
 
 // Frames as the WLAN manager receives them: decoded, and what is a request performed on a board. The first byte says
 // whether a header for the rest is made up, so that a fuzzer need not find lengths.
 
 namespace {
 
-using namespace quorvel::gateway;
+using namespace quorvel::manager;
 using quorvel::fuzz::Input;
 using quorvel::fuzz::require;
 

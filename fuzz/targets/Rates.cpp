@@ -1,8 +1,8 @@
 #include <cstring>
 #include <string>
 
-#include "QuorvelWiFiExports.h"
-#include "ScriptedRun.h"
+#include "fuzz/ScriptedRun.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // Rate lists: the manager's texts when they are read, the host's when they are written.
 

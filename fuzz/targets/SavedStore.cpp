@@ -1,14 +1,14 @@
 #include <optional>
 #include <string>
 
-#include "Input.h"
-#include "Store.h"
+#include "fuzz/Input.h"
+#include "gateway/manager/Store.h"
 
 // The manager's non-volatile store, as somebody or a power cut may have left it.
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using quorvel::fuzz::require;
-    using namespace quorvel::gateway;
+    using namespace quorvel::manager;
     const std::string text(reinterpret_cast<const char*>(data), size);
     const auto saved = decodeSaved(text);
     if (!saved) {

@@ -1,7 +1,7 @@
 #include <string>
 
-#include "QuorvelWiFiExports.h"
-#include "ScriptedRun.h"
+#include "fuzz/ScriptedRun.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // The text that the `wl` utility's scan leaves behind, and every result read from it.
 

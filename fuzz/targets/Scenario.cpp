@@ -1,10 +1,10 @@
-#include "Scenario.h"
+#include "scenario/Scenario.h"
 
 #include <algorithm>
 #include <string>
 
-#include "Input.h"
-#include "Reader.h"
+#include "fuzz/Input.h"
+#include "scenario/Reader.h"
 
 // A scenario as a person writes it.
 

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <string>
 
-#include "QuorvelWiFiExports.h"
-#include "ScriptedRun.h"
+#include "fuzz/ScriptedRun.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // What start-up is told: the board's identifier, the listing of the PCI bus, and the configured drivers and daemon. A
 // newline ends each but the listing.

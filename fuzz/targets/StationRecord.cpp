@@ -1,8 +1,8 @@
 #include <cstring>
 #include <string>
 
-#include "QuorvelWiFiExports.h"
-#include "ScriptedRun.h"
+#include "fuzz/ScriptedRun.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // The manager's station records and their number, in every read that looks at them.
 

@@ -1,7 +1,7 @@
 #include <string>
 
-#include "QuorvelWiFiExports.h"
-#include "ScriptedRun.h"
+#include "fuzz/ScriptedRun.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // A radio's band-steering policy, as the non-volatile store holds it: read, and rewritten by an apply.
 

@@ -1,7 +1,7 @@
 #include <string>
 
-#include "QuorvelWiFiExports.h"
-#include "ScriptedRun.h"
+#include "fuzz/ScriptedRun.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // What the `wl` utility prints: counters, status and MAC filter mode.
 

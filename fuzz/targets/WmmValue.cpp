@@ -1,7 +1,7 @@
 #include <string>
 
-#include "QuorvelWiFiExports.h"
-#include "ScriptedRun.h"
+#include "fuzz/ScriptedRun.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // The contention parameters that the non-volatile store holds as one text: read and rewritten.
 

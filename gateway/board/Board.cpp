@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "gateway/board/Descriptor.h"
+#include "common/Descriptor.h"
 #include "gateway/board/Failure.h"
 #include "gateway/board/OpenPlaces.h"
 #include "gateway/board/Plan.h"

@@ -13,7 +13,7 @@
 #include <cstring>
 #include <vector>
 
-#include "gateway/board/Descriptor.h"
+#include "common/Descriptor.h"
 
 namespace quorvel::board {
 namespace {
@@ -97,7 +97,7 @@ std::string interfaceName(const std::string& prefix, unsigned radio, unsigned bs
     return bss == 0 ? name : name + "." + std::to_string(bss);
 }
 
-int createLink(const std::string& name, const gateway::MacAddress& mac, const std::string& otherEnd) {
+int createLink(const std::string& name, const manager::MacAddress& mac, const std::string& otherEnd) {
     Message message;
     message.append(raised());
     message.attribute(IFLA_IFNAME, name);

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "gateway/wlan/BoardFile.h"
+#include "gateway/manager/BoardFile.h"
 
 namespace quorvel::board {
 
@@ -10,6 +10,6 @@ namespace quorvel::board {
 [[nodiscard]] std::string interfaceName(const std::string& prefix, unsigned radio, unsigned bss);
 
 // Creates an interface and its other end, both up; what one sends, the other receives. Returns 0 or the system's error.
-[[nodiscard]] int createLink(const std::string& name, const gateway::MacAddress& mac, const std::string& otherEnd);
+[[nodiscard]] int createLink(const std::string& name, const manager::MacAddress& mac, const std::string& otherEnd);
 
 }  // namespace quorvel::board

@@ -13,9 +13,9 @@
 #include <system_error>
 #include <variant>
 
-#include "gateway/board/Descriptor.h"
+#include "common/Descriptor.h"
 #include "gateway/board/Failure.h"
-#include "gateway/wlan/BoardFile.h"
+#include "gateway/manager/BoardFile.h"
 
 namespace quorvel::board {
 namespace {
@@ -126,8 +126,8 @@ Plan makePlan(const Options& options) {
 
     const std::string board = findBoard(options);
     plan.boardText = readText(board, "board description");
-    const auto read = gateway::parseBoard(plan.boardText, board);
-    if (const auto* wrong = std::get_if<gateway::BoardError>(&read)) throw BoardError(wrong->message);
+    const auto read = manager::parseBoard(plan.boardText, board);
+    if (const auto* wrong = std::get_if<manager::BoardError>(&read)) throw BoardError(wrong->message);
     if (!options.configuration.empty()) plan.configurationText = readText(options.configuration, "host configuration");
     plan.state = findStateFolder(options);
     for (const std::string& writable : options.writableFolders)

@@ -24,7 +24,7 @@
 #include <system_error>
 #include <utility>
 
-#include "gateway/board/Descriptor.h"
+#include "common/Descriptor.h"
 #include "gateway/board/Failure.h"
 #include "gateway/board/NamespaceAdvice.h"
 

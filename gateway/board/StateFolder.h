@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "gateway/board/Descriptor.h"
+#include "common/Descriptor.h"
 
 namespace quorvel::board {
 

@@ -1,4 +1,4 @@
-#include "ElfFile.h"
+#include "tests/abi/ElfFile.h"
 
 #include <elf.h>
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "ElfFile.h"
-#include "PlainDataModel.h"
+#include "tests/abi/ElfFile.h"
+#include "tests/abi/PlainDataModel.h"
 
 // The library's interface as a host finds it in the built file. Nothing of the library's sources is included here: what
 // is expected stands in DataModel.txt and Exports.txt. The library, and the folder of the two lists, are the program's

@@ -7,11 +7,11 @@
 #include <type_traits>
 #include <vector>
 
-#include "QuorvelWiFiContexts.h"
-#include "QuorvelWiFiInternal.h"
-#include "QuorvelWiFiTable.h"
-#include "RadioChannel.h"
-#include "quorvel.h"
+#include <quorvel.h>
+#include "wifi/QuorvelWiFiContexts.h"
+#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiTable.h"
+#include "wifi/RadioChannel.h"
 
 // The records that the library exchanges with the host and the manager, to the byte, on every platform, and the
 // signatures that follow no pattern.
@@ -129,7 +129,7 @@ struct Field {
 constexpr Field kFields[] = {
 #define PARAMETER(prefix, depth, node, name, stem, type, access, capacity, low, high) \
     {#prefix, #name, node, Kind::type, capacity, offsetof(prefix##Context, name), sizeof(prefix##Context::name)},
-#include "../unit/DataModelRows.inc"
+#include "tests/wifi/DataModelRows.inc"
 };
 static_assert(std::size(kFields) == 245);
 
@@ -141,7 +141,7 @@ struct Size {
 
 constexpr Size kSizes[] = {
 #define OBJECT(prefix, path, depth, size, limit, entries) {#prefix, size, sizeof(prefix##Context)},
-#include "../unit/DataModelRows.inc"
+#include "tests/wifi/DataModelRows.inc"
 };
 static_assert(std::size(kSizes) == 19);
 

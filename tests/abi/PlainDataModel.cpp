@@ -1,4 +1,4 @@
-#include "PlainDataModel.h"
+#include "tests/abi/PlainDataModel.h"
 
 #include <fstream>
 #include <map>

@@ -1,5 +1,5 @@
 // The library's own numbers in texts are those of the C library, at every boundary.
-#include "DecimalText.h"
+#include "wifi/DecimalText.h"
 
 #include <gtest/gtest.h>
 

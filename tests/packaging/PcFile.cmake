@@ -11,6 +11,7 @@ expect_equal("the version" "${version}" "${VERSION}")
 # In an SDK the same file serves below the SDK's root.
 run(flags ${ask} PKG_CONFIG_SYSROOT_DIR=${root} pkg-config --cflags quorvel_wifi)
 string(STRIP "${flags}" flags)
-expect_equal("the compiler flag" "${flags}" "-I${root}/usr/${INCLUDEDIR}/quorvel_wifi")
+set(headers ${root}/usr/${INCLUDEDIR}/quorvel_wifi)
+expect_equal("the compiler flags" "${flags}" "-I${headers} -I${headers}/wifi")
 run(libraries ${ask} pkg-config --libs quorvel_wifi)
 expect_equal("what is linked" "${libraries}" "")

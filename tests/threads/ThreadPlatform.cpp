@@ -1,4 +1,4 @@
-#include "ThreadPlatform.h"
+#include "tests/threads/ThreadPlatform.h"
 
 #include <pthread.h>
 #include <sys/socket.h>
@@ -7,9 +7,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "platform/ContextHeader.h"
-#include "quorvel.h"
-#include "wlcsm.h"
+#include <quorvel.h>
+#include <wlcsm.h>
+#include "tests/wifi/platform/ContextHeader.h"
 
 namespace contextheader = quorvel::contextheader;
 

@@ -14,10 +14,10 @@
 #include <thread>
 #include <vector>
 
-#include "DataModel.h"
-#include "QuorvelWiFiExports.h"
-#include "Silence.h"
-#include "ThreadPlatform.h"
+#include "tests/threads/ThreadPlatform.h"
+#include "tests/wifi/DataModel.h"
+#include "tests/wifi/Silence.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // Many threads of a host in the library at once, while events arrive. Rounds are counted, nothing waits for time.
 

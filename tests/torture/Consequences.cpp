@@ -1,4 +1,4 @@
-#include "Consequences.h"
+#include "tests/torture/Consequences.h"
 
 #include <algorithm>
 #include <cctype>

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "ScriptedPlatform.h"
+#include "tests/wifi/platform/ScriptedPlatform.h"
 
 // What must come of a platform call's failure: the result, the log and the output, for every function of the library
 // and every call that it makes. Written out apart from the library, in the words of its interface.

@@ -1,4 +1,4 @@
-#include "Torture.h"
+#include "tests/torture/Torture.h"
 
 #include <dirent.h>
 #include <gtest/gtest.h>
@@ -10,8 +10,8 @@
 #include <map>
 #include <vector>
 
-#include "Silence.h"
-#include "TortureWorld.h"
+#include "tests/torture/TortureWorld.h"
+#include "tests/wifi/Silence.h"
 
 namespace quorvel::torture {
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "Consequences.h"
-#include "PlatformTest.h"
-#include "ScriptedPlatform.h"
+#include "tests/torture/Consequences.h"
+#include "tests/wifi/platform/PlatformTest.h"
+#include "tests/wifi/platform/ScriptedPlatform.h"
 
 namespace quorvel::torture {
 

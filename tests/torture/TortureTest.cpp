@@ -13,13 +13,13 @@
 #include <utility>
 #include <vector>
 
-#include "BridgeRow.h"
-#include "DataModel.h"
-#include "FreshProcess.h"
-#include "PlatformTest.h"
-#include "QuorvelWiFiExports.h"
-#include "Torture.h"
-#include "TortureWorld.h"
+#include "tests/torture/Torture.h"
+#include "tests/torture/TortureWorld.h"
+#include "tests/wifi/BridgeRow.h"
+#include "tests/wifi/DataModel.h"
+#include "tests/wifi/platform/FreshProcess.h"
+#include "tests/wifi/platform/PlatformTest.h"
+#include "wifi/QuorvelWiFiExports.h"
 
 // Everything that can fail, fails: see torture(). Scenarios are made from the data model, so that a parameter is
 // covered by its row.

@@ -1,9 +1,9 @@
-#include "TortureWorld.h"
+#include "tests/torture/TortureWorld.h"
 
 #include <cstring>
 #include <string>
 
-#include "WillingWorld.h"
+#include "tests/wifi/WillingWorld.h"
 
 namespace quorvel::torture {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ScriptedPlatform.h"
+#include "tests/wifi/platform/ScriptedPlatform.h"
 
 namespace quorvel::torture {
 

@@ -1,8 +1,8 @@
-#include "Definitions.h"
+#include "wifi/tools/Definitions.h"
 
 #include <iterator>
 
-#include "Preprocessor.h"
+#include "wifi/Preprocessor.h"
 
 namespace quorvel::definitions {
 namespace {
@@ -32,12 +32,12 @@ constexpr Accepted lengths(uint32_t one, uint32_t other) {
 constexpr Object kObjects[] = {
 #define OBJECT(index, path, parameters, contextSize, nodeLimit) \
     {index, path, QUORVEL_TEXT(THIS_OBJECT), parameters, contextSize},
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 };
 
 enum ObjectNumber : uint32_t {
 #define OBJECT(index, ...) QUORVEL_CAT3(k, THIS_OBJECT, Object) = index,
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 };
 
 constexpr Parameter kParameters[] = {
@@ -55,7 +55,7 @@ constexpr Parameter kParameters[] = {
      remark,                                                                                \
      QUORVEL_TEXT(FUNCTION(name, Get)),                                                     \
      QUORVEL_TEXT(FUNCTION(name, Set))},
-#include "QuorvelWiFiDataModel.def"
+#include "wifi/QuorvelWiFiDataModel.def"
 };
 
 constexpr bool everyObjectHasItsRows() {

@@ -1,5 +1,5 @@
-#include "Documents.h"
-#include "Wording.h"
+#include "wifi/tools/Documents.h"
+#include "wifi/tools/Wording.h"
 
 namespace quorvel::definitions {
 namespace {

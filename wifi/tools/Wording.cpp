@@ -1,4 +1,4 @@
-#include "Wording.h"
+#include "wifi/tools/Wording.h"
 
 #include <cctype>
 

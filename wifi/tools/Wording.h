@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "Definitions.h"
+#include "wifi/tools/Definitions.h"
 
 namespace quorvel::definitions {
 

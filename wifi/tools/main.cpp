@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "Documents.h"
+#include "wifi/tools/Documents.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "gateway/board/Descriptor.h"
+#include "common/Descriptor.h"
 
 namespace quorvel::board {
 namespace {

@@ -20,12 +20,12 @@ int refuse(const std::string& module, const std::string& why) {
     return 1;
 }
 
-int loadRadios(const std::string& module, const gateway::Board& board) {
+int loadRadios(const std::string& module, const manager::Board& board) {
     const char* sandbox = std::getenv("QUORVEL_SANDBOX");
     if (sandbox != nullptr && std::strcmp(sandbox, "0") == 0)
         return refuse(module, "without a sandbox the board has no network interfaces of its own");
-    for (const gateway::BoardRadio& radio : board.radios) {
-        for (const gateway::BoardBss& bss : radio.bss) {
+    for (const manager::BoardRadio& radio : board.radios) {
+        for (const manager::BoardBss& bss : radio.bss) {
             const std::string name = board::interfaceName("wl", radio.index, bss.index);
             const int error = board::createLink(name, bss.bssid, board::interfaceName("air", radio.index, bss.index));
             if (error != 0) return refuse(module, "interface " + name + ": " + std::strerror(error));
@@ -52,7 +52,7 @@ int main(int count, char** arguments) {
     }
     const std::string module = arguments[1];
     const std::string name = std::filesystem::path(module).stem();
-    const gateway::Board board = board::boardOrExit("insmod");
+    const manager::Board board = board::boardOrExit("insmod");
     board::actOutFault(board.faults.insmod, "insmod");
     if (name == "wl") return loadRadios(module, board);
     if (name == "wlcsm") return startTasks(module);

@@ -16,7 +16,7 @@
 #include <sstream>
 
 #include "tests/gateway/board/CommandRun.h"
-#include "tests/gateway/host/LifeLine.h"
+#include "tests/gateway/framework/LifeLine.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/gateway/host/ScratchFolder.h"
+#include "tests/gateway/framework/ScratchFolder.h"
 
 // How a program ended and what it wrote.
 struct Outcome {

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "tests/gateway/host/ScratchFolder.h"
+#include "tests/gateway/framework/ScratchFolder.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "tests/gateway/board/CommandRun.h"
-#include "tests/gateway/host/LifeLine.h"
+#include "tests/gateway/framework/LifeLine.h"
 
 namespace {
 

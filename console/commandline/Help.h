@@ -1,0 +1,26 @@
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <vector>
+
+#include "console/commandline/CommandShape.h"
+#include "console/terminal/Style.h"
+
+namespace quorvel::console {
+
+/// Returns what this program is called by the person at the terminal: QUORVEL_COMMAND (a wrapper's own name), else
+/// "quorvel-wifi". In a shell of ours nothing stands in front of a verb.
+[[nodiscard]] std::string programName(bool inShell = false);
+
+/// Returns the help of the whole program: its verbs under their headings and the options that all of them take.
+[[nodiscard]] std::string programHelp(const CommandShape& program, const Style& style, bool inShell);
+
+/// Returns the help of the verb that `words` lead to ("station", "join"): usage, arguments, options, examples.
+[[nodiscard]] std::string verbHelp(const CommandShape& program, const std::vector<std::string>& words,
+                                   const Style& style, bool inShell);
+
+/// Returns a shape as JSON.
+[[nodiscard]] nlohmann::ordered_json shapeAsJson(const CommandShape& shape);
+
+}  // namespace quorvel::console

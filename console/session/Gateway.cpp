@@ -1,0 +1,314 @@
+#include "console/session/Gateway.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <vector>
+
+#include "gateway/board/Board.h"
+#include "gateway/board/StateFolder.h"
+
+namespace quorvel::console {
+
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+constexpr const char* kSocketName = "console.socket";
+constexpr int kBootMilliseconds = 30000;
+constexpr int kDownMilliseconds = 15000;
+
+class Descriptor {
+  public:
+    explicit Descriptor(int number = -1) : number_(number) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (number_ >= 0) (void)close(number_);
+    }
+    [[nodiscard]] int get() const {
+        return number_;
+    }
+    int release() {
+        return std::exchange(number_, -1);
+    }
+
+  private:
+    int number_;
+};
+
+board::Options boardOptions(const Options& options) {
+    board::Options asked;
+    asked.board = options.board;
+    asked.stateFolder = options.state;
+    asked.programFolder = programFolder(options);
+    asked.plugin = options.plugin;
+    asked.configuration = options.configuration;
+    asked.sandbox = !options.noSandbox;
+    return asked;
+}
+
+std::vector<std::string> words(const std::string& text) {
+    std::istringstream in(text);
+    std::vector<std::string> found;
+    for (std::string word; in >> word;)
+        found.push_back(word);
+    return found;
+}
+
+// A socket's path may hold no more than 107 characters; through the descriptor of its folder it never does.
+struct SocketPlace {
+    explicit SocketPlace(const std::string& folder) : folder_(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+        address_.sun_family = AF_UNIX;
+        (void)std::snprintf(address_.sun_path, sizeof address_.sun_path, "/proc/self/fd/%d/%s", folder_.get(),
+                            kSocketName);
+    }
+    [[nodiscard]] bool there() const {
+        return folder_.get() >= 0;
+    }
+    [[nodiscard]] const sockaddr* address() const {
+        return reinterpret_cast<const sockaddr*>(&address_);
+    }
+    [[nodiscard]] const char* path() const {
+        return address_.sun_path;
+    }
+
+  private:
+    Descriptor folder_;
+    sockaddr_un address_{};
+};
+
+int connectTo(const std::string& folder) {
+    const SocketPlace place(folder);
+    if (!place.there()) return -1;
+    Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (descriptor.get() < 0) return -1;
+    if (connect(descriptor.get(), place.address(), sizeof(sockaddr_un)) != 0) return -1;
+    return descriptor.release();
+}
+
+std::vector<std::string> hostCommand(const Options& options) {
+    const std::string programs = programFolder(options);
+    std::vector<std::string> command = words(options.emulator);
+    command.push_back(programs + "/bin/quorvel-wifi-host");
+    const auto add = [&command](const char* name, const std::string& value) {
+        if (!value.empty()) command.insert(command.end(), {name, value});
+    };
+    add("--programs", programs);
+    add("--board", options.board);
+    add("--state", options.state.empty() ? "" : std::filesystem::absolute(options.state).string());
+    add("--plugin", options.plugin.empty() ? "" : std::filesystem::absolute(options.plugin).string());
+    add("--configuration", options.configuration);
+    if (options.noSandbox) command.emplace_back("--no-sandbox");
+    if (options.logLevel >= 0) add("--log-level", std::to_string(options.logLevel));
+    if (!options.logFile.empty()) {
+        add("--writable", std::filesystem::absolute(options.logFile).parent_path().string());
+    }
+    for (const std::string& word : words(options.emulator))
+        command.push_back("--emulator=" + word);
+    return command;
+}
+
+// Start-up of the plug-in prints on both outputs; they are the log's unless somebody asks for it.
+void redirectOutput(const Options& options) {
+    int target = -1;
+    if (!options.logFile.empty()) {
+        target = open(options.logFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    } else if (options.logLevel < 0) {
+        target = open("/dev/null", O_WRONLY);
+    }
+    (void)dup2(target < 0 ? STDERR_FILENO : target, STDOUT_FILENO);
+    if (target >= 0) (void)dup2(target, STDERR_FILENO);
+    setenv("QUORVEL_LOG_FILE", "stderr", 1);
+}
+
+pid_t startHost(const Options& options, std::vector<std::string> command, std::vector<int> kept, bool background) {
+    std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
+    for (std::string& word : command)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    const pid_t process = fork();
+    if (process != 0) return process;
+    // An interrupt from the terminal is for the console, which then switches the board off.
+    (void)(background ? setsid() : setpgid(0, 0));
+    const int nothing = open("/dev/null", O_RDONLY);
+    (void)dup2(nothing, STDIN_FILENO);
+    redirectOutput(options);
+    for (const int descriptor : kept)
+        (void)fcntl(descriptor, F_SETFD, 0);
+    (void)execvp(arguments.front(), arguments.data());
+    const std::string trouble =
+        Json{{"error", std::string("cannot start ") + arguments.front() + ": " + std::strerror(errno)}}.dump() + "\n";
+    (void)!write(kept.back(), trouble.data(), trouble.size());  // nobody is left to be told
+    _exit(127);
+}
+
+// Waits for the report that the board is up and returns what start-up complained about.
+std::string awaitReport(Client& client) {
+    std::string text;
+    for (int waited = 0; !client.line(text, 1000);) {
+        waited += 1000;
+        if (waited >= kBootMilliseconds) throw GatewayError("the board did not come up within 30 seconds");
+    }
+    const Json report = Json::parse(text, nullptr, false);
+    if (report.is_object() && report.contains("error")) throw GatewayError(report.value("error", ""));
+    if (!report.is_object() || !report.contains("ready")) throw GatewayError("the host process says \"" + text + "\"");
+    const auto result = report.value("result", 0U);
+    if (result == 0) return "";
+    return "the plug-in's start-up returned " + std::to_string(result) + " (" + report.value("log", "") + ")";
+}
+
+void makePair(int (&ends)[2]) {
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+        throw GatewayError(std::string("cannot make a socket: ") + std::strerror(errno));
+    }
+}
+
+}  // namespace
+
+std::string stateFolder(const Options& options) {
+    return std::filesystem::absolute(board::findStateFolder(boardOptions(options))).string();
+}
+
+std::string programFolder(const Options& options) {
+    if (!options.programs.empty()) return std::filesystem::absolute(options.programs).string();
+    std::array<char, 4096> path{};
+    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+    const std::filesystem::path program(std::string(path.data(), length > 0 ? static_cast<std::size_t>(length) : 0));
+    return program.parent_path().parent_path().string();
+}
+
+std::unique_ptr<Gateway> Gateway::findRunning(const Options& options) {
+    const std::string folder = stateFolder(options);
+    board::refuseForeignFolder(folder);
+    const int descriptor = connectTo(folder);
+    if (descriptor < 0) return nullptr;
+    std::unique_ptr<Gateway> gateway(new Gateway);
+    gateway->client_ = std::make_unique<Client>(descriptor);
+    return gateway;
+}
+
+std::vector<std::string> Gateway::othersRunning(const Options& options) {
+    std::vector<std::string> names;
+    const std::filesystem::path own = stateFolder(options);
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(own.parent_path(), ignored)) {
+        if (entry.path() == own || !std::filesystem::exists(entry.path() / kSocketName, ignored)) continue;
+        const Descriptor descriptor(connectTo(entry.path()));
+        if (descriptor.get() >= 0) names.push_back(entry.path().filename());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::unique_ptr<Gateway> Gateway::open(const Options& options) {
+    if (auto running = findRunning(options)) return running;
+    int ends[2];
+    makePair(ends);
+    Descriptor theirs(ends[1]);
+    std::unique_ptr<Gateway> gateway(new Gateway);
+    gateway->client_ = std::make_unique<Client>(ends[0]);
+    std::vector<std::string> command = hostCommand(options);
+    command.insert(command.end(), {"--connected", std::to_string(theirs.get())});
+    if (options.realTime) command.emplace_back("--real-time");
+    gateway->runsAhead_ = !options.realTime;
+    gateway->process_ = startHost(options, command, {theirs.get()}, false);
+    if (gateway->process_ < 0) throw GatewayError("cannot start a process");
+    (void)close(theirs.release());
+    gateway->bootTrouble_ = awaitReport(*gateway->client_);
+    return gateway;
+}
+
+void Gateway::startInBackground(const Options& options) {
+    const std::string folder = stateFolder(options);
+    std::filesystem::create_directories(std::filesystem::path(folder).parent_path());
+    if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+        throw GatewayError("cannot create the state folder " + folder + ": " + std::strerror(errno));
+    }
+    const SocketPlace place(folder);
+    Descriptor listening(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    (void)unlink(place.path());  // nobody answered there
+    const mode_t mask = umask(0177);
+    const bool bound = bind(listening.get(), place.address(), sizeof(sockaddr_un)) == 0;
+    (void)umask(mask);
+    if (!bound || listen(listening.get(), 16) != 0) {
+        throw GatewayError("cannot listen in the state folder " + folder + ": " + std::strerror(errno));
+    }
+    int ends[2];
+    makePair(ends);
+    Descriptor theirs(ends[1]);
+    Client report(ends[0]);
+    std::vector<std::string> command = hostCommand(options);
+    command.insert(command.end(),
+                   {"--listening", std::to_string(listening.get()), "--report", std::to_string(theirs.get())});
+    if (options.realTime) command.emplace_back("--real-time");
+    const pid_t process = startHost(options, command, {listening.get(), theirs.get()}, true);
+    if (process < 0) throw GatewayError("cannot start a process");
+    (void)close(theirs.release());
+    try {
+        (void)awaitReport(report);
+    } catch (const GatewayError&) {
+        (void)unlink(place.path());
+        (void)waitpid(process, nullptr, WNOHANG);
+        throw;
+    }
+}
+
+void Gateway::stop(std::unique_ptr<Gateway> gateway, const Options& options) {
+    gateway->client_->ask({{"do", "shutdown"}}, [](const Json&) {});
+    try {
+        // The connection ends with the host process.
+        for (std::string text; gateway->client_->line(text, kDownMilliseconds);) {
+        }
+    } catch (const GatewayError&) {
+        const SocketPlace place(stateFolder(options));
+        (void)unlink(place.path());
+        return;
+    }
+    throw GatewayError("the board does not switch off");
+}
+
+void Gateway::cutPower() {
+    if (process_ <= 0) return;
+    (void)kill(process_, SIGKILL);
+    (void)waitpid(process_, nullptr, 0);
+    process_ = -1;
+    try {
+        // The last process to go holds the connection; the state folder is free then.
+        for (std::string text; client_->line(text, kDownMilliseconds);) {
+        }
+    } catch (const GatewayError&) {
+        return;
+    }
+    throw GatewayError("the board does not switch off");
+}
+
+Gateway::~Gateway() {
+    client_.reset();
+    if (process_ <= 0) return;
+    // The host process ends with its connection; one that does not is ended, and its board with it.
+    for (int waited = 0; waitpid(process_, nullptr, WNOHANG) == 0; waited += 5) {
+        if (waited >= kDownMilliseconds) {
+            (void)kill(process_, SIGKILL);
+            (void)waitpid(process_, nullptr, 0);
+            return;
+        }
+        (void)poll(nullptr, 0, 5);
+    }
+}
+
+}  // namespace quorvel::console

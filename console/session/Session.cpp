@@ -1,0 +1,154 @@
+#include "console/session/Session.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <iostream>
+
+#include "console/commandline/Help.h"
+#include "console/terminal/Interrupt.h"
+#include "console/terminal/Progress.h"
+
+namespace quorvel::console {
+namespace {
+
+// What says how a board boots does nothing to one that is up.
+void warnOfIdleOptions(const Options& options) {
+    std::string idle;
+    const auto add = [&idle](bool given, const char* name) {
+        if (given) idle += (idle.empty() ? "" : ", ") + std::string(name);
+    };
+    add(!options.plugin.empty(), "--plugin");
+    add(!options.configuration.empty(), "--configuration");
+    add(options.logLevel >= 0, "--log-level");
+    add(!options.logFile.empty(), "--log-file");
+    add(options.noSandbox, "--no-sandbox");
+    if (!idle.empty()) {
+        std::cerr << "quorvel-wifi: warning: the board is up already: " << idle
+                  << " would have to be given to \"up\"\n";
+    }
+}
+
+}  // namespace
+
+Session::~Session() = default;
+
+Style Session::outStyle() const {
+    return {options, STDOUT_FILENO};
+}
+
+Style Session::errorStyle() const {
+    return {options, STDERR_FILENO};
+}
+
+std::string Session::commandFor(const std::string& verb) const {
+    if (nested) return verb;
+    const auto quoted = [](const std::string& word) {
+        return word.find_first_of(" \t'\"$\\&;()<>|*?[]#~`") == std::string::npos ? word : "\"" + word + "\"";
+    };
+    std::string command = programName() + " " + verb;
+    if (options.board != Options{}.board) command += " --board " + quoted(options.board);
+    if (!options.state.empty()) command += " --state " + quoted(options.state);
+    return command;
+}
+
+Gateway& Session::gateway() {
+    if (gateway_ != nullptr) return *gateway_;
+    Progress progress(errorStyle());
+    progress.say("starting the board " + options.board + " ...");
+    gateway_ = Gateway::open(options);
+    progress.clear();
+    if (gateway_->inBackground()) warnOfIdleOptions(options);
+    if (!gateway_->bootTrouble().empty()) std::cerr << "quorvel-wifi: warning: " << gateway_->bootTrouble() << '\n';
+    return *gateway_;
+}
+
+std::vector<Json> Session::ask(const Json& request, const Client::OnPart& onPart) {
+    Client& client = gateway().client();
+    Progress progress(errorStyle());
+    std::vector<Json> faults;
+    progress.await("waiting for the board ...");
+    const Interrupt interrupt;
+    const struct Idle {
+        Client& client;
+        ~Idle() {
+            client.idle = nullptr;
+        }
+    } idle{client};
+    client.idle = [&] {
+        interrupt.giveUpIfMine();
+        progress.tick();
+    };
+    client.ask(request, [&](const Json& part) {
+        if (part.contains("wait")) progress.expect(part.at("wait").get<unsigned>());
+        if (part.contains("faults")) {
+            for (const Json& fault : part.at("faults"))
+                faults.push_back(fault);
+        }
+        // Whatever is printed begins on a clean line.
+        if (!part.contains("wait")) progress.clear();
+        onPart(part);
+    });
+    return faults;
+}
+
+void Session::letTimePass(unsigned seconds, bool quiet) {
+    // Who watches (--real-time) does not want to see it race.
+    if (gateway().runsAhead() && !options.realTime) {
+        (void)ask({{"do", "control"}, {"command", {{"op", "time"}, {"advance", seconds}}}}, [](const Json&) {});
+        return;
+    }
+    Progress progress(errorStyle());
+    const Interrupt interrupt;
+    if (!quiet) progress.expect(seconds);
+    for (unsigned waited = 0; waited < seconds * 10 && !Interrupt::happened(); ++waited) {
+        (void)poll(nullptr, 0, 100);
+        progress.tick();
+    }
+    interrupt.giveUpIfMine();
+}
+
+void Readings::add(const Json& values) {
+    for (const Json& item : values)
+        values_.emplace_back(item.at("path").get<std::string>(), item.at("value"));
+}
+
+Json Readings::at(const std::string& path) const {
+    const auto found =
+        std::find_if(values_.begin(), values_.end(), [&path](const auto& value) { return value.first == path; });
+    return found == values_.end() ? Json(nullptr) : found->second;
+}
+
+std::string Readings::text(const std::string& path) const {
+    const Json value = at(path);
+    return value.is_null() ? "-" : textOf(value);
+}
+
+Readings readPaths(Session& session, const std::vector<std::string>& paths, std::vector<Json>* faults) {
+    Readings readings;
+    bool managerLost = false;
+    const std::vector<Json> failed = session.ask({{"do", "get"}, {"paths", paths}}, [&](const Json& part) {
+        if (part.contains("values")) readings.add(part.at("values"));
+        if (part.contains("managerLost")) managerLost = true;
+    });
+    if (faults == nullptr) return readings;
+    for (const Json& fault : failed) {
+        const std::string path = fault.value("path", "");
+        if (path.empty() || std::find(paths.begin(), paths.end(), path) != paths.end()) faults->push_back(fault);
+    }
+    // What is missing then is missing for a reason.
+    if (managerLost && faults->empty() && !failed.empty()) faults->push_back(failed.front());
+    return readings;
+}
+
+void endInterruptedLine(const Session& session) {
+    if (Interrupt::happened() && session.errorStyle().onTerminal()) std::cerr << '\n';
+}
+
+std::string textOf(const Json& value) {
+    if (value.is_string()) return value.get<std::string>();
+    return value.dump();
+}
+
+}  // namespace quorvel::console

@@ -1,0 +1,121 @@
+// up, down, status, version: the board itself.
+#include <filesystem>
+#include <iostream>
+
+#include "console/Version.h"
+#include "console/commandline/Help.h"
+#include "console/commandline/NearestWord.h"
+#include "console/session/Faults.h"
+#include "console/terminal/Progress.h"
+#include "console/verbs/Verbs.h"
+
+namespace quorvel::console {
+namespace {
+
+void tell(const Session& session, const Json& result, const std::string& text) {
+    if (session.options.json) {
+        printJson(result, {});
+    } else if (session.options.plain) {
+        for (const auto& [name, value] : result.items()) {
+            if (!value.is_structured()) std::cout << name << '\t' << textOf(value) << '\n';
+        }
+    } else {
+        std::cout << text << '\n';
+    }
+}
+
+std::string nameOf(const Session& session) {
+    return std::filesystem::path(session.options.board).stem();
+}
+
+int up(const Session& session) {
+    const std::string state = stateFolder(session.options);
+    const std::string where = " (state in " + state + ")";
+    if (Gateway::findRunning(session.options) != nullptr) {
+        tell(
+            session, {{"up", true}, {"state", state}},
+            "the board " + nameOf(session) + " is up already" + where + "; " + session.commandFor("down") + " ends it");
+        return kDone;
+    }
+    {
+        Progress progress(session.errorStyle());
+        progress.say("starting the board " + session.options.board + " ...");
+        // People live in real time.
+        Options options = session.options;
+        options.realTime = true;
+        Gateway::startInBackground(options);
+    }
+    tell(session, {{"up", true}, {"state", state}},
+         "the board " + nameOf(session) + " is up" + where + "; " + session.commandFor("down") + " ends it");
+    return kDone;
+}
+
+int down(const Session& session) {
+    auto running = Gateway::findRunning(session.options);
+    const std::string state = stateFolder(session.options);
+    if (running == nullptr) {
+        tell(session, {{"up", false}, {"state", state}}, "no board is up (state in " + state + ")");
+        return kDone;
+    }
+    Progress progress(session.errorStyle());
+    progress.say("switching the board off ...");
+    Gateway::stop(std::move(running), session.options);
+    progress.clear();
+    tell(session, {{"up", false}, {"state", state}}, "the board " + nameOf(session) + " is down");
+    return kDone;
+}
+
+// What else is up: somebody who has named another board before may wonder.
+std::string othersText(const Session& session, const std::vector<std::string>& others) {
+    if (others.empty()) return "";
+    return "\nalso up: " + listed(others) + " (" + programName(session.nested) + (session.nested ? "" : " ") +
+           "status --board NAME)";
+}
+
+int status(Session& session) {
+    const std::string state = stateFolder(session.options);
+    std::unique_ptr<Gateway> found;
+    // A shell's or a batch's own board is not for others.
+    const bool own = session.hasGateway() && !session.gateway().inBackground();
+    if (!own) found = Gateway::findRunning(session.options);
+    const std::vector<std::string> others =
+        session.options.state.empty() ? Gateway::othersRunning(session.options) : std::vector<std::string>{};
+    if (!own && found == nullptr) {
+        tell(session, {{"up", false}, {"state", state}, {"others", others}},
+             "no board " + nameOf(session) + " is up (state in " + state + "); " + session.commandFor("up") +
+                 " starts one" + othersText(session, others));
+        return kDone;
+    }
+    Json board;
+    std::vector<Json> faults;
+    Gateway& gateway = own ? session.gateway() : *found;
+    gateway.client().ask({{"do", "board"}}, [&](const Json& part) {
+        if (part.contains("board")) board = part.at("board");
+        if (part.contains("faults")) faults = part.at("faults").get<std::vector<Json>>();
+    });
+    if (!faults.empty()) return reportFaults(session, faults);
+    const Json manager = board.value("manager", Json::object());
+    tell(session, {{"up", true}, {"state", state}, {"board", board}, {"others", others}},
+         "the board " + textOf(board.value("name", Json(nameOf(session)))) + " is up" +
+             (own ? " as long as this session lasts" : "") + " (state in " + state + "); the WLAN manager is " +
+             manager.value("state", "unknown") + othersText(session, others));
+    return kDone;
+}
+
+}  // namespace
+
+void addBoardVerbs(VerbContext& context) {
+    Session& session = context.session;
+    (void)context.add(kBoardVerbs, "up", "Start a board that stays up; later commands talk to it",
+                      "up\nup --board dual-band", [&session] { return up(session); });
+    (void)context.add(kBoardVerbs, "down", "Switch it off; what is not saved is lost", "down\ndown --board dual-band",
+                      [&session] { return down(session); });
+    (void)context.add(kBoardVerbs, "status", "Tell whether a board is up, and which", "status",
+                      [&session] { return status(session); });
+    (void)context.add(kManyVerbs, "version", "Tell the version", "version", [&session] {
+        tell(session, {{"version", kVersion}}, std::string("quorvel-wifi ") + kVersion);
+        return kDone;
+    });
+}
+
+}  // namespace quorvel::console

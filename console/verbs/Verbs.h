@@ -1,0 +1,75 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+#include "console/commandline/CommandShape.h"
+#include "console/commandline/NearestWord.h"
+#include "console/session/Session.h"
+
+namespace quorvel::console {
+
+/// A verb under construction: its command-line interface, and where its exit status goes.
+struct VerbContext {
+    CLI::App& app;
+    Session& session;
+    int& status;
+
+    /// Adds a verb under a heading of the help; its work is `run`. The examples are what stands behind the program's
+    /// name, one per line.
+    CLI::App* add(const char* heading, const char* name, const char* description, const char* examples,
+                  const std::function<int()>& run) {
+        CLI::App* const verb = app.add_subcommand(name, description);
+        verb->group(heading);
+        verb->footer(examples);
+        verb->fallthrough();
+        int* const to = &status;
+        verb->callback([run, to] { *to = run(); });
+        return verb;
+    }
+};
+
+/// Checks that a value is one of a few words.
+inline CLI::Validator oneOf(std::vector<std::string> words) {
+    return CLI::Validator(
+        [words = std::move(words)](std::string& given) {
+            if (std::find(words.begin(), words.end(), given) != words.end()) return std::string();
+            return "\"" + given + "\" is none of " + listed(words) + didYouMean(given, words);
+        },
+        "");
+}
+
+/// Checks that a value is a whole number from 1.
+inline CLI::Validator positive() {
+    return CLI::Validator(
+        [](std::string& given) {
+            const bool number = !given.empty() && given.find_first_not_of("0123456789") == std::string::npos;
+            return number && given.find_first_not_of('0') != std::string::npos
+                       ? std::string()
+                       : "\"" + given + "\" is no number from 1";
+        },
+        "");
+}
+
+// Each adds the verbs of its subject.
+void addValueVerbs(VerbContext& context);       // get, set, instances, dump
+void addObjectVerbs(VerbContext& context);      // snapshot, security
+void addExplainVerbs(VerbContext& context);     // explain
+void addChangeVerbs(VerbContext& context);      // diff, watch
+void addLogVerb(VerbContext& context);          // log
+void addRadioVerbs(VerbContext& context);       // scan, channel
+void addStatisticsVerbs(VerbContext& context);  // stats
+void addStationVerbs(VerbContext& context);     // stations, station, events, wps, simulate
+void addOverviewVerbs(VerbContext& context);    // overview, demo
+void addBoardVerbs(VerbContext& context);       // up, down, status, version
+void addPlayVerbs(VerbContext& context);        // play
+void addSelftestVerb(VerbContext& context);     // selftest
+void addShellVerbs(VerbContext& context);       // shell, batch
+void addHelpVerb(VerbContext& context);         // help
+
+/// Prints the overview; the demonstration begins with it. `result` is given the JSON instead of standard output.
+int showOverview(Session& session, Json* result = nullptr);
+
+}  // namespace quorvel::console

@@ -1,0 +1,173 @@
+// The requests that work on whole objects through their extra exported functions: snapshot and operate.
+#include <cstddef>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "gateway/hostd/Accessors.h"
+#include "gateway/hostd/ContextLayout.h"
+#include "gateway/hostd/LogTap.h"
+#include "gateway/hostd/Service.h"
+
+namespace quorvel::hostd {
+
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+// More than any context has; contexts that are only read state no size in the table.
+constexpr std::size_t kSnapshotBytes = 16384;
+// A radio's snapshot holds the two measurements.
+constexpr std::chrono::milliseconds kSnapshotTime{5000};
+
+Value valueIn(const Field& field, const char* bytes) {
+    Value value;
+    value.type = field.parameter->type;
+    const char* const at = bytes + field.offset;
+    if (value.type == Type::kText) {
+        value.text.assign(at, strnlen(at, field.size));
+    } else if (value.type == Type::kBoolean) {
+        value.number = static_cast<std::uint8_t>(*at);
+    } else {
+        std::memcpy(&value.number, at, sizeof value.number);
+    }
+    return value;
+}
+
+std::string hexOf(const char* bytes, std::size_t size) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(2 * size);
+    for (std::size_t i = 0; i < size; ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        text += kDigits[byte >> 4U];
+        text += kDigits[byte & 15U];
+    }
+    return text;
+}
+
+Fault missing(const std::string& path, const std::string& reason) {
+    return {FaultCode::kInternal, path, reason, "", 0, ""};
+}
+
+std::uint32_t callInstanceGet(Word function, unsigned depth, void* context, const Instances& at) {
+    switch (depth) {
+        case 0:
+            return reinterpret_cast<std::uint32_t (*)(void*)>(function)(context);
+        case 1:
+            return reinterpret_cast<std::uint32_t (*)(void*, std::uint32_t)>(function)(context, at[0]);
+        default:
+            return reinterpret_cast<std::uint32_t (*)(void*, std::uint32_t, std::uint32_t)>(function)(context, at[0],
+                                                                                                      at[1]);
+    }
+}
+
+}  // namespace
+
+void Service::snapshot(const Json& request, Reply& reply) {
+    const std::string path = request.at("path").get<std::string>();
+    PathWalk walk(model_);
+    std::vector<ObjectMatch> matches;
+    const Fault fault = walk.objects(path, matches);
+    if (fault.code != FaultCode::kNone) return reply.fault(fault);
+    const bool passedOver = faultPassedOver(walk, path, reply);
+    if (matches.empty() && passedOver) return;
+    if (matches.empty()) return reply.fault(missing(path, "the object has no instances now"));
+    const ObjectMatch& match = matches.front();
+    const Node& node = model_.nodes()[static_cast<std::size_t>(match.node)];
+    const std::string object = DataModel::concrete(node.path, match.instances);
+    if (object != path && object != path + ".") {
+        return reply.fault(missing(path, "a snapshot shows one object instance, such as " + object));
+    }
+
+    if (const std::string why = trouble(); !why.empty()) {
+        return reply.fault(missing(object, "the plug-in could not take the snapshot; " + why));
+    }
+    const std::string name = Plugin::prefixOf(model_, match.node) + "InstanceGet";
+    auto* const instanceGet = plugin_.find<void()>(name);
+    if (instanceGet == nullptr) return reply.fault(missing(path, "the plug-in exports no " + name));
+    std::vector<Field> layout;
+    {
+        // Finding out a layout provokes refusals that are nobody's business.
+        const LogTap::Silence quiet;
+        heartbeat_.expect(kSnapshotTime);
+        layout = layoutOf(model_, match.node, match.instances);
+    }
+    heartbeat_.expect(kSnapshotTime);
+    LogTap::forgetErrors();
+    std::vector<std::max_align_t> block(kSnapshotBytes / sizeof(std::max_align_t));
+    const std::uint32_t result =
+        callInstanceGet(reinterpret_cast<Word>(instanceGet), node.depth, block.data(), match.instances);
+    heartbeat_.beat();
+    if (result != 0) {
+        return reply.fault(
+            pluginFault(FaultCode::kInternal, object, "the plug-in could not take the snapshot", result));
+    }
+
+    const auto* const bytes = reinterpret_cast<const char*>(block.data());
+    const std::uint32_t size = node.contextSize != 0 ? node.contextSize : sizeOf(layout);
+    Json fields = Json::array();
+    if (sizeOf(layout) <= size) {
+        for (const Field& field : layout) {
+            // A measurement's record is no text.
+            const bool binary =
+                field.parameter->call == Call::kChannelMetrics || field.parameter->call == Call::kChannelStats;
+            fields.push_back({{"path", object + std::string(field.parameter->name)},
+                              {"offset", field.offset},
+                              {"size", field.size},
+                              {"value", binary ? Json(nullptr) : toJson(valueIn(field, bytes))}});
+        }
+    }
+    reply.part(
+        {{"snapshot", {{"path", object}, {"size", size}, {"fields", std::move(fields)}, {"hex", hexOf(bytes, size)}}}});
+}
+
+void Service::operate(const Json& request, Reply& reply) {
+    const std::string path = request.at("path").get<std::string>();
+    PathWalk walk(model_);
+    std::vector<ObjectMatch> objects;
+    Fault fault = walk.objects(path, objects);
+    if (fault.code != FaultCode::kNone) return reply.fault(fault);
+    if (objects.empty()) return reply.fault(missing(path, "the object has no instances now"));
+    const ObjectMatch& object = objects.front();
+    const Node& node = model_.nodes()[static_cast<std::size_t>(object.node)];
+
+    Transaction transaction(model_);
+    void* const context = node.contextSize == 0 ? nullptr : transaction.context(object.node, object.instances, 0);
+    const std::string name = Plugin::prefixOf(model_, object.node) + request.value("function", "");
+    auto* const function = plugin_.find<void()>(name);
+    if (context == nullptr || function == nullptr) {
+        return reply.fault(missing(path, "the plug-in exports no " + name + " for this object"));
+    }
+    std::uint32_t result = 0;
+    if (request.contains("text")) {
+        const std::string text = request.at("text").get<std::string>();
+        result = reinterpret_cast<std::uint32_t (*)(void*, std::uint32_t, const char*, std::uint32_t)>(function)(
+            context, 0, text.c_str(), static_cast<std::uint32_t>(text.size()));
+    } else {
+        result = reinterpret_cast<std::uint32_t (*)(void*)>(function)(context);
+    }
+    if (result != 0) return reply.fault(pluginFault(FaultCode::kValueRefused, path, name + " refuses it", result));
+
+    std::vector<Transaction::Setting> settings;
+    for (const Json& item : request.value("settings", Json::array())) {
+        std::vector<Match> matches;
+        const std::string parameter = item.at("path").get<std::string>();
+        fault = walk.parameters(parameter, matches);
+        if (fault.code != FaultCode::kNone) return reply.fault(fault);
+        for (const Match& match : matches) {
+            Value value;
+            const FaultCode code = match.parameter->setter == 0
+                                       ? FaultCode::kReadOnly
+                                       : parse(*match.parameter, item.at("value").get<std::string>(), value);
+            if (code != FaultCode::kNone) return reply.fault({code, parameter, "the value is refused", "", 0, ""});
+            settings.push_back({match.parameter, match.instances, std::move(value)});
+        }
+    }
+    Transaction::Outcome outcome = transaction.stageAll(settings);
+    if (outcome.result == 0) outcome = transaction.apply();
+    if (outcome.result != 0) {
+        reply.fault(pluginFault(FaultCode::kValueRefused, path, "the plug-in could not apply it", outcome.result));
+    }
+}
+
+}  // namespace quorvel::hostd

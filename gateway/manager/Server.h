@@ -1,0 +1,58 @@
+#pragma once
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "gateway/manager/EventSocket.h"
+#include "gateway/manager/PacketPump.h"
+#include "gateway/manager/Service.h"
+
+namespace quorvel::manager {
+
+// The daemon's event loop: clients on the manager's socket, listeners on the event socket, board time.
+class Server {
+  public:
+    Server(Service& service, std::string socketPath, std::string notifyPath);
+    ~Server();
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+
+    // Opens both sockets. Gives what failed, or an empty text.
+    [[nodiscard]] std::string open();
+
+    // Serves until `stop` (a descriptor) becomes readable.
+    void run(int stop);
+
+  private:
+    struct Client {
+        Session session;
+        std::vector<std::uint8_t> in;
+        std::vector<std::uint8_t> out;
+        std::size_t sent = 0;
+        bool closing = false;  // once everything is sent
+        bool dead = false;
+    };
+
+    void accept();
+    void receive(int descriptor, Client& client);
+    void serve(Client& client);
+    void send(int descriptor, Client& client);
+    [[nodiscard]] int timeout() const;
+
+    Service& service_;
+    std::string socketPath_;
+    int listener_ = -1;
+    std::map<int, Client> clients_;
+    EventSocket events_;
+    PacketPump pump_;
+    Milliseconds hangUntil_ = 0;
+};
+
+// Binds a UNIX stream socket that only this user can reach, in place of one that nobody serves any more. Returns its
+// descriptor, or -1 with `problem` set.
+[[nodiscard]] int listenOn(const std::string& path, std::string& problem);
+
+}  // namespace quorvel::manager

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "scenario/Stage.h"
+
+namespace quorvel::scenario {
+
+/// Does what the step says. Returns the faults that it gave.
+[[nodiscard]] std::vector<Json> perform(const Step& step, Stage& stage);
+
+}  // namespace quorvel::scenario

@@ -1,0 +1,135 @@
+#include "scenario/Judge.h"
+
+#include <algorithm>
+#include <regex>
+
+namespace quorvel::scenario {
+namespace {
+
+constexpr std::size_t kShownValues = 4;
+
+bool same(const Json& a, const Json& b) {
+    if (a.is_number() && b.is_number()) return a.get<double>() == b.get<double>();
+    return textOf(a) == textOf(b);
+}
+
+std::string faultText(const Json& fault) {
+    const std::string reason = fault.value("reason", "");
+    return "fault " + std::to_string(fault.value("code", 0U)) + (reason.empty() ? "" : ": " + reason);
+}
+
+Verdict lookAtParameter(const Expectation& expectation, Stage& stage) {
+    std::vector<Json> values;
+    const std::vector<Json> faults =
+        stage.ask({{"do", "get"}, {"paths", Json::array({expectation.subject})}}, [&values](const Json& part) {
+            if (!part.contains("values")) return;
+            for (const Json& item : part.at("values"))
+                values.push_back(item.at("value"));
+        });
+    if (expectation.kind == Expectation::Kind::kUnreadable) {
+        const bool found = std::any_of(faults.begin(), faults.end(),
+                                       [&](const Json& fault) { return fault.value("code", 0U) == expectation.fault; });
+        return {found, false,
+                faults.empty() ? (values.empty() ? "no value" : textOf(values.front())) : faultText(faults.front())};
+    }
+    Verdict verdict;
+    for (const Json& value : values) {
+        if (!holds(expectation.condition, value)) continue;
+        verdict.holds = true;
+        verdict.seen = textOf(value);
+        return verdict;
+    }
+    if (values.empty()) verdict.seen = faults.empty() ? "no value" : faultText(faults.front());
+    for (std::size_t i = 0; i < values.size() && i <= kShownValues; ++i)
+        verdict.seen += (i == 0 ? "" : ", ") + (i < kShownValues ? textOf(values[i]) : "...");
+    return verdict;
+}
+
+// Too many are too many for ever; too few may become enough; never too many is certain at the end only.
+Verdict judgeCount(const Expectation& expectation, std::size_t count, const std::string& last) {
+    Verdict verdict;
+    verdict.seen = count == 0 ? "none" : std::to_string(count) + (last.empty() ? "" : ", the last: " + last);
+    verdict.holds = count >= expectation.atLeast && (!expectation.atMost || count <= *expectation.atMost);
+    verdict.final = expectation.atMost && count > *expectation.atMost;
+    return verdict;
+}
+
+bool inTime(Time time, const Expectation& expectation) {
+    return time >= expectation.after && time <= expectation.by;
+}
+
+Verdict lookAtEvents(const Expectation& expectation, const Stage& stage) {
+    std::size_t count = 0;
+    std::string last;
+    for (const StationEvent& event : stage.events()) {
+        const bool meant = inTime(event.time, expectation) && event.kind == expectation.subject &&
+                           (expectation.station.empty() || event.station == expectation.station) &&
+                           (expectation.accessPoint == 0 || event.accessPoint == expectation.accessPoint);
+        if (!meant) continue;
+        ++count;
+        last = event.station + " on access point " + std::to_string(event.accessPoint);
+    }
+    return judgeCount(expectation, count, last);
+}
+
+Verdict lookAtLog(const Expectation& expectation, const Stage& stage) {
+    const std::regex pattern(expectation.pattern);
+    std::size_t count = 0;
+    std::string last;
+    for (const LogLine& entry : stage.log()) {
+        const bool meant = inTime(entry.time, expectation) && entry.kind == expectation.subject &&
+                           (expectation.pattern.empty() || std::regex_search(entry.text, pattern));
+        if (!meant) continue;
+        ++count;
+        last = entry.text;
+    }
+    return judgeCount(expectation, count, last);
+}
+
+Verdict lookAtFaults(const Expectation& expectation, const StepFaults& done) {
+    const auto step = done.find(expectation.subject);
+    if (step == done.end()) return {};
+    const std::vector<Json>& faults = step->second;
+    const bool found = std::any_of(faults.begin(), faults.end(),
+                                   [&](const Json& fault) { return fault.value("code", 0U) == expectation.fault; });
+    return {expectation.fault == 0 ? faults.empty() : found, true,
+            faults.empty() ? "no fault" : faultText(faults.front())};
+}
+
+}  // namespace
+
+bool holds(const Condition& condition, const Json& value) {
+    switch (condition.kind) {
+        case Condition::Kind::kEquals:
+            return same(value, condition.value);
+        case Condition::Kind::kDiffers:
+            return !same(value, condition.value);
+        case Condition::Kind::kOneOf:
+            return std::any_of(condition.value.begin(), condition.value.end(),
+                               [&value](const Json& one) { return same(value, one); });
+        case Condition::Kind::kMatches:
+            return std::regex_search(textOf(value), std::regex(condition.value.get<std::string>()));
+        case Condition::Kind::kAtLeast:
+            return value.is_number() && value.get<double>() >= condition.value.get<double>();
+        case Condition::Kind::kAtMost:
+            return value.is_number() && value.get<double>() <= condition.value.get<double>();
+    }
+    return false;
+}
+
+Verdict look(const Expectation& expectation, Stage& stage, const StepFaults& faults) {
+    switch (expectation.kind) {
+        case Expectation::Kind::kParameter:
+        case Expectation::Kind::kUnreadable:
+            return lookAtParameter(expectation, stage);
+        case Expectation::Kind::kEvent:
+            return lookAtEvents(expectation, stage);
+        case Expectation::Kind::kLog:
+            return lookAtLog(expectation, stage);
+        case Expectation::Kind::kFault:
+            return lookAtFaults(expectation, faults);
+    }
+    return {};
+}
+
+}  // namespace quorvel::scenario

@@ -1,0 +1,128 @@
+#include "scenario/Player.h"
+
+#include <algorithm>
+
+#include "scenario/Actions.h"
+#include "scenario/Judge.h"
+
+namespace quorvel::scenario {
+namespace {
+
+constexpr Time kLook = 1000;     // how often an expectation is looked at
+constexpr Time kStride = 10000;  // how far time goes at once; station events wait in a queue of limited length
+
+class Play {
+  public:
+    Play(const Scenario& scenario, Stage& stage, const std::function<void(const Entry&)>& onEntry)
+        : scenario_(scenario), stage_(stage), onEntry_(onEntry), open_(scenario.expectations.size(), true) {}
+
+    Result run(const std::function<bool(Time)>& stop) {
+        stage_.note("play", "power.on");
+        stage_.powerOn();
+        add({0, Entry::Kind::kStep, "power.on", ""});
+        for (;;) {
+            doSteps();
+            lookAround();
+            const Time now = stage_.now();
+            if (now >= scenario_.end && next_ == scenario_.timeline.size()) break;
+            if (stop(now)) throw console::GatewayError("the scenario was interrupted at " + seconds(now) + " s");
+            stage_.advanceTo(nextPlace(now));
+        }
+        result_.end = stage_.now();
+        result_.log = stage_.log();
+        return std::move(result_);
+    }
+
+  private:
+    void doSteps() {
+        while (next_ < scenario_.timeline.size() && scenario_.timeline[next_].at <= stage_.now()) {
+            const Step& step = scenario_.timeline[next_++];
+            stage_.note("play", describe(step));
+            Entry entry{stage_.now(), Entry::Kind::kStep, describe(step), ""};
+            const std::vector<Json> faults = perform(step, stage_);
+            stage_.catchUp();
+            for (const Json& fault : faults) {
+                const std::string path = fault.value("path", "");
+                entry.seen += (entry.seen.empty() ? "fault " : "; fault ") + std::to_string(fault.value("code", 0U)) +
+                              " " + (path.empty() ? "" : path + ": ") + fault.value("reason", "");
+            }
+            if (!faults.empty() && !faultsAreExpected(step)) entry.kind = Entry::Kind::kStepFailed;
+            if (!step.id.empty()) faults_[step.id] = faults;
+            add(entry);
+        }
+    }
+
+    [[nodiscard]] bool faultsAreExpected(const Step& step) const {
+        return !step.id.empty() && std::any_of(scenario_.expectations.begin(), scenario_.expectations.end(),
+                                               [&step](const Expectation& one) {
+                                                   return one.kind == Expectation::Kind::kFault &&
+                                                          one.subject == step.id;
+                                               });
+    }
+
+    void lookAround() {
+        for (std::size_t i = 0; i < open_.size(); ++i) {
+            if (open_[i]) decide(i);
+        }
+    }
+
+    void decide(std::size_t index) {
+        const Expectation& expectation = scenario_.expectations[index];
+        const Time now = stage_.now();
+        if (now < expectation.after) return;
+        const bool counted =
+            expectation.kind == Expectation::Kind::kEvent || expectation.kind == Expectation::Kind::kLog;
+        const bool fault = expectation.kind == Expectation::Kind::kFault;
+        if (now > expectation.by && !counted && !fault)
+            return close(index, {false, true, "nobody could look in time: the step before took until now"});
+        const Verdict verdict = look(expectation, stage_, faults_);
+        // Whatever must not happen too often has to be watched to the end.
+        const bool early = verdict.holds && !expectation.atMost;
+        if (early || verdict.final || (now >= expectation.by && !fault)) close(index, verdict);
+    }
+
+    void close(std::size_t index, const Verdict& verdict) {
+        open_[index] = false;
+        add({stage_.now(), verdict.holds ? Entry::Kind::kHeld : Entry::Kind::kFailed,
+             describe(scenario_.expectations[index]), verdict.seen});
+    }
+
+    void add(const Entry& entry) {
+        result_.entries.push_back(entry);
+        onEntry_(entry);
+    }
+
+    // Where something is to be done or looked at next.
+    [[nodiscard]] Time nextPlace(Time now) const {
+        Time next = std::min(now + kStride, std::max(scenario_.end, now));
+        if (next_ < scenario_.timeline.size()) next = std::min(next, scenario_.timeline[next_].at);
+        for (std::size_t i = 0; i < open_.size(); ++i) {
+            const Expectation& expectation = scenario_.expectations[i];
+            if (!open_[i]) continue;
+            if (now < expectation.after) {
+                next = std::min(next, expectation.after);
+                continue;
+            }
+            next = std::min({next, expectation.by, (now / kLook + 1) * kLook});
+        }
+        return std::max(next, now);
+    }
+
+    const Scenario& scenario_;
+    Stage& stage_;
+    const std::function<void(const Entry&)>& onEntry_;
+    std::vector<bool> open_;
+    std::size_t next_ = 0;
+    StepFaults faults_;
+    Result result_;
+};
+
+}  // namespace
+
+Result play(const Scenario& scenario, const console::Options& options, std::uint64_t seed,
+            const std::function<void(const Entry&)>& onEntry, const std::function<bool(Time now)>& stop) {
+    Stage stage(options, scenario, seed);
+    return Play(scenario, stage, onEntry).run(stop);
+}
+
+}  // namespace quorvel::scenario

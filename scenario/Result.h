@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "scenario/Scenario.h"
+
+namespace quorvel::scenario {
+
+/// A line of the report: a step that was done, or an expectation that was decided.
+struct Entry {
+    enum class Kind {
+        kStep,
+        kStepFailed,  ///< a step gave a fault that nothing expects
+        kHeld,
+        kFailed,
+    };
+    Time time = 0;
+    Kind kind = Kind::kStep;
+    std::string text;
+    std::string seen;  ///< what was seen; a step's faults
+};
+
+/// An entry of the event log, as the report has it.
+struct LogLine {
+    Time time = 0;
+    std::string kind;
+    std::string text;
+};
+
+struct Result {
+    std::vector<Entry> entries;  ///< in the order in which they were decided
+    std::vector<LogLine> log;
+    Time end = 0;
+
+    [[nodiscard]] std::size_t count(Entry::Kind kind) const;
+    /// Tells whether every expectation held and no step failed.
+    [[nodiscard]] bool passed() const;
+};
+
+}  // namespace quorvel::scenario

@@ -1,0 +1,150 @@
+#include "gateway/manager/BoardFile.h"
+
+#include <gtest/gtest.h>
+
+#include <variant>
+
+#include "common/JsonPosition.h"
+#include "tests/gateway/manager/TestBoard.h"
+
+namespace quorvel::manager::test {
+namespace {
+
+std::string problem(const std::string& text) {
+    const auto result = parseBoard(text, "board.json");
+    const auto* error = std::get_if<BoardError>(&result);
+    return error == nullptr ? "" : error->message;
+}
+
+std::string withRadio(const std::string& keys) {
+    return R"({"name":"b","identifier":"0x0030","chips":["43c5"],"radios":[{"index":0,)" + keys + "}]}";
+}
+
+TEST(ShippedBoards, TriBandHasThreeRadiosWithEightAccessPointsEach) {
+    const Board board = shippedBoard("tri-band");
+    ASSERT_EQ(board.radios.size(), 3U);
+    EXPECT_EQ(board.radios[1].band, Band::k5GHz);
+    for (const BoardRadio& radio : board.radios)
+        EXPECT_EQ(radio.bss.size(), kBssPerRadio);
+    EXPECT_EQ(board.chips.size(), 3U);
+    EXPECT_GE(board.stations.size(), 8U);
+    EXPECT_GE(board.neighbours.size(), 12U);
+}
+
+TEST(ShippedBoards, DualBandHasTwoRadiosAndUnsupportedHasNoChips) {
+    EXPECT_EQ(shippedBoard("dual-band").radios.size(), 2U);
+    const Board unsupported = shippedBoard("unsupported");
+    EXPECT_EQ(unsupported.identifier, "0x0031");
+    EXPECT_TRUE(unsupported.chips.empty());
+}
+
+TEST(ShippedBoards, UseLocallyAdministeredAddressesOnly) {
+    for (const char* name : {"tri-band", "dual-band"}) {
+        const Board board = shippedBoard(name);
+        for (const BoardStation& entry : board.stations)
+            EXPECT_EQ(entry.mac.bytes[0] & 3U, 2U);
+        for (const BoardNeighbour& entry : board.neighbours)
+            EXPECT_EQ(entry.bssid.bytes[0] & 3U, 2U);
+        for (const BoardRadio& radio : board.radios) {
+            for (const BoardBss& bss : radio.bss)
+                EXPECT_EQ(bss.bssid.bytes[0] & 3U, 2U);
+        }
+    }
+}
+
+TEST(BoardFile, FillsInTheBssThatADescriptionLeavesOut) {
+    const auto result = parseBoard(
+        withRadio(R"("band":"5GHz","channel":36,"bss":[{"index":1,"ssid":"a","bssid":"02:00:00:00:00:11"}])"), "b");
+    ASSERT_TRUE(std::holds_alternative<Board>(result));
+    const auto& bss = std::get<Board>(result).radios[0].bss;
+    ASSERT_EQ(bss.size(), 8U);
+    EXPECT_FALSE(bss[0].enabled);
+    EXPECT_EQ(formatMac(bss[0].bssid), "02:00:00:00:00:10");
+    EXPECT_TRUE(bss[1].enabled);
+    EXPECT_EQ(formatMac(bss[7].bssid), "02:00:00:00:00:17");
+}
+
+TEST(BoardFile, NamesLineAndColumnOfASyntaxError) {
+    EXPECT_EQ(problem("{\n  \"name\": }").rfind("board.json:2:11: ", 0), 0U) << problem("{\n  \"name\": }");
+}
+
+TEST(BoardFile, NamesLineAndPointerOfAWrongValue) {
+    const std::string text = "{\"name\":\"b\",\n\"identifier\":\"0x30\",\"chips\":[],\"radios\":[]}";
+    EXPECT_EQ(problem(text).rfind("board.json:2:14: /identifier: expected ", 0), 0U) << problem(text);
+}
+
+struct WrongRadio {
+    const char* keys;
+    const char* pointer;
+};
+
+class WrongRadios : public testing::TestWithParam<WrongRadio> {};
+
+TEST_P(WrongRadios, AreNamedByPointer) {
+    const std::string message = problem(withRadio(GetParam().keys));
+    EXPECT_NE(message.find(std::string(": ") + GetParam().pointer + ": "), std::string::npos) << message;
+    EXPECT_NE(message.find("expected"), std::string::npos) << message;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, WrongRadios,
+    testing::Values(
+        WrongRadio{R"("band":"6GHz","channel":36)", "/radios/0/band"}, WrongRadio{R"("band":"5GHz")", "/radios/0"},
+        WrongRadio{R"("band":"5GHz","channel":6)", "/radios/0/channel"},
+        WrongRadio{R"("band":"5GHz","channel":36.5)", "/radios/0/channel"},
+        WrongRadio{R"("band":"5GHz","channel":99999999999999999999)", "/radios/0/channel"},
+        WrongRadio{R"("band":"2.4GHz","channel":6,"bandwidth":80)", "/radios/0/bandwidth"},
+        WrongRadio{R"("band":"5GHz","channel":36,"chanel":1)", "/radios/0/chanel"},
+        WrongRadio{R"("band":"5GHz","channel":36,"enabled":1)", "/radios/0/enabled"},
+        WrongRadio{R"("band":"5GHz","channel":36,"bss":{})", "/radios/0/bss"},
+        WrongRadio{R"("band":"5GHz","channel":36,"bss":[{"index":8,"ssid":"a","bssid":"02:00:00:00:00:01"}])",
+                   "/radios/0/bss/0/index"},
+        WrongRadio{R"("band":"5GHz","channel":36,"bss":[{"index":0,"ssid":"a","bssid":"02:00:00:00:00"}])",
+                   "/radios/0/bss/0/bssid"},
+        WrongRadio{R"("band":"5GHz","channel":36,"bss":[{"index":0,"ssid":"a","bssid":"03:00:00:00:00:01"}])",
+                   "/radios/0/bss/0/bssid"}));
+
+TEST(BoardFile, RefusesRadiosOutOfOrderAndStationsTwice) {
+    const std::string radios =
+        R"({"name":"b","identifier":"0x0030","chips":[],"radios":[{"index":1,"band":"5GHz","channel":36}]})";
+    EXPECT_NE(problem(radios).find("/radios/0/index"), std::string::npos);
+    const std::string stations =
+        R"({"name":"b","identifier":"0x0030","chips":[],"radios":[],"stations":[{"mac":"02:00:00:00:00:01","bss":1},{"mac":"02:00:00:00:00:01","bss":2}]})";
+    EXPECT_NE(problem(stations).find("/stations/1/mac"), std::string::npos);
+}
+
+TEST(BoardFile, SaysWhyAFileCannotBeRead) {
+    const auto result = readBoardFile("/nonexistent/board.json");
+    ASSERT_TRUE(std::holds_alternative<BoardError>(result));
+    EXPECT_NE(std::get<BoardError>(result).message.find("/nonexistent/board.json"), std::string::npos);
+}
+
+TEST(BoardFile, ReadsJoinAndLeaveTimesAsAPlan) {
+    const auto result = parseStation(R"({"mac":"02:00:00:00:00:01","bss":"wl1.2","joinAt":5,"leaveAt":2})", "s");
+    ASSERT_TRUE(std::holds_alternative<BoardStation>(result));
+    const auto& parsed = std::get<BoardStation>(result);
+    EXPECT_EQ(parsed.accessPoint, 11U);
+    ASSERT_EQ(parsed.plan.size(), 2U);
+    EXPECT_EQ(parsed.plan[0].kind, StationStep::Kind::Leave);
+    EXPECT_EQ(parsed.plan[1].kind, StationStep::Kind::Join);
+}
+
+TEST(MacAddresses, AreReadInEitherCaseAndWrittenInLowerCase) {
+    const auto mac = parseMac("02:Ab:cD:00:11:fF");
+    ASSERT_TRUE(mac);
+    EXPECT_EQ(formatMac(*mac), "02:ab:cd:00:11:ff");
+    for (const char* wrong : {"", "02:ab:cd:00:11", "02-ab-cd-00-11-ff", "02:ab:cd:00:11:fg", "02:ab:cd:00:11:ff:"}) {
+        EXPECT_FALSE(parseMac(wrong)) << wrong;
+    }
+}
+
+TEST(JsonPlaces, FollowAPointerPastNestedValues) {
+    const std::string document = "{\"a\":[{\"x\":\"}]\\\"\"},\n  {\"y\": 5}], \"b\":true}";
+    EXPECT_EQ(placeOfPointer(document, "/a/1/y"), "2:9");
+    EXPECT_EQ(placeOfPointer(document, "/b"), "2:18");
+    EXPECT_EQ(placeOfPointer(document, "/a/7"), "1:6");
+    EXPECT_EQ(placeOfPointer(document, ""), "1:1");
+}
+
+}  // namespace
+}  // namespace quorvel::manager::test
