@@ -26,6 +26,10 @@ class Descriptor {
     [[nodiscard]] explicit operator bool() const {
         return number_ >= 0;
     }
+    // Gives the descriptor up without closing it.
+    [[nodiscard]] int release() {
+        return std::exchange(number_, -1);
+    }
     void reset() {
         if (number_ >= 0) close(number_);
         number_ = -1;
