@@ -9,8 +9,11 @@ namespace quorvel::bench {
 struct Operation {
     const char* name;
     std::uint32_t repetitions;
+    void (*prepare)();  ///< once, before both sides
     void (*run)();
-    void (*floor)();  ///< null for an operation whose whole cost is told
+    void (*floor)();  ///< null for an operation whose whole cost counts
+    /// The floor repeats the calls that the platform counted in the last run.
+    bool needsCountingPlatform = false;
 };
 
 /// The operations on the do-nothing platform.

@@ -31,6 +31,7 @@ void measure(const char* name, const char* side, void (*run)(), std::uint32_t re
 
 void measureAll() {
     for (const quorvel::bench::Operation& operation : quorvel::bench::operations()) {
+        operation.prepare();
         measure(operation.name, "whole", operation.run, operation.repetitions);
         if (operation.floor != nullptr) measure(operation.name, "floor", operation.floor, operation.repetitions);
     }
