@@ -120,6 +120,8 @@ int WebSocketCallback::usp(lws* wire, lws_callback_reasons reason, void* /*user*
         case LWS_CALLBACK_SERVER_WRITEABLE:
         case LWS_CALLBACK_CLIENT_WRITEABLE:
             return session != nullptr && service.write(*session) ? 0 : -1;
+        case LWS_CALLBACK_WS_PEER_INITIATED_CLOSE:  // nonzero: no Close frame in return
+            return session != nullptr && session->closeSent ? -1 : 0;
         case LWS_CALLBACK_CLOSED:
         case LWS_CALLBACK_CLIENT_CLOSED:
         case LWS_CALLBACK_WSI_DESTROY:  // a handshake that never ended

@@ -41,9 +41,8 @@ std::string headerOf(lws* wire, lws_token_indexes token) {
 
 std::string endpointIn(lws* wire) {
     std::array<char, 256> value{};
-    if (lws_get_urlarg_by_name(wire, "eid=", value.data(), static_cast<int>(value.size())) != nullptr) {
-        return value.data();
-    }
+    const char* inAddress = lws_get_urlarg_by_name(wire, "eid=", value.data(), static_cast<int>(value.size()));
+    if (inAddress != nullptr) return inAddress;
     return endpointInExtension(headerOf(wire, WSI_TOKEN_EXTENSIONS));
 }
 

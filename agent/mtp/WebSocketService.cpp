@@ -18,6 +18,11 @@ namespace {
 
 constexpr std::size_t kMostOutgoingBytes = 16U << 20U;
 constexpr std::chrono::milliseconds kGoodbye(300);
+constexpr unsigned kMostDescriptors = 512;
+constexpr std::size_t kMostCloseText = 123;  // a control frame holds 125 bytes
+constexpr int kSecondsForCloseAnswer = 2;
+constexpr unsigned kFinalClose = 0x88;
+constexpr unsigned kMasked = 0x80;
 
 const char* orNull(const std::string& text) {
     return text.empty() ? nullptr : text.c_str();
@@ -45,26 +50,38 @@ void WebSocketService::makeContext() {
     bridge_ = std::make_unique<UvBridge>(loop_);
     void* inner = bridge_->uv();
     lws_context_creation_info info{};
-    info.options = LWS_SERVER_OPTION_LIBUV | LWS_SERVER_OPTION_EXPLICIT_VHOSTS | LWS_SERVER_OPTION_DO_SSL_GLOBAL_INIT |
-                   LWS_SERVER_OPTION_DISABLE_OS_CA_CERTS;
+    info.options = LWS_SERVER_OPTION_LIBUV | LWS_SERVER_OPTION_EXPLICIT_VHOSTS | LWS_SERVER_OPTION_DO_SSL_GLOBAL_INIT;
     info.foreign_loops = &inner;
     info.user = this;
+    info.fd_limit_per_thread = kMostDescriptors;
     info.gid = static_cast<gid_t>(-1);
     info.uid = static_cast<uid_t>(-1);
     context_ = lws_create_context(&info);
     if (context_ == nullptr) throw std::runtime_error("cannot start the WebSocket library");
+}
 
-    lws_context_creation_info client{};
-    client.port = CONTEXT_PORT_NO_LISTEN;
-    client.vhost_name = "clients";
-    client.protocols = WebSocketCallback::protocols();
-    client.client_ssl_ca_filepath = orNull(tls_.authorities);
-    client.client_ssl_cert_filepath = orNull(tls_.certificate);
-    client.client_ssl_private_key_filepath = orNull(tls_.key);
-    client.options = LWS_SERVER_OPTION_DO_SSL_GLOBAL_INIT;
-    if (!tls_.authorities.empty()) client.options |= LWS_SERVER_OPTION_DISABLE_OS_CA_CERTS;
-    clientHost_ = lws_create_vhost(context_, &client);
-    if (clientHost_ == nullptr) throw std::runtime_error("cannot read the certificates for WebSocket");
+lws_vhost* WebSocketService::clientHost(bool tls) {
+    lws_vhost*& host = tls ? tlsClients_ : plainClients_;
+    if (host != nullptr) return host;
+    lws_context_creation_info info{};
+    info.port = CONTEXT_PORT_NO_LISTEN;
+    info.vhost_name = tls ? "tls-clients" : "clients";
+    info.protocols = WebSocketCallback::protocols();
+    if (tls) {
+        info.options = LWS_SERVER_OPTION_DO_SSL_GLOBAL_INIT;
+        info.client_ssl_ca_filepath = orNull(tls_.authorities);
+        info.client_ssl_cert_filepath = orNull(tls_.certificate);
+        info.client_ssl_private_key_filepath = orNull(tls_.key);
+        if (!tls_.authorities.empty()) info.options |= LWS_SERVER_OPTION_DISABLE_OS_CA_CERTS;
+    }
+    host = lws_create_vhost(context_, &info);
+    return host;
+}
+
+// The library keeps pointers to some texts as long as it lives.
+const char* WebSocketService::keep(const std::string& text) {
+    kept_.push_back(text);
+    return kept_.back().c_str();
 }
 
 void WebSocketService::configure(const MtpSettings& settings) {
@@ -97,18 +114,29 @@ void WebSocketService::configure(const MtpSettings& settings) {
             Client{client, BackOff(client.retryMinimumWait, client.retryMultiplier, 0, std::random_device{}()), 0, 0});
         connect(client.row);
     }
+    closeThose(
+        [this](const WebSocketSession& session) {
+            return !session.endpointId.empty() &&
+                   std::find(controllers_.begin(), controllers_.end(), session.endpointId) == controllers_.end();
+        },
+        CloseCode::kNormal, "this controller is not enabled any more");
+}
+
+void WebSocketService::closeThose(const std::function<bool(const WebSocketSession&)>& chosen, CloseCode code,
+                                  const std::string& reason) {
+    std::vector<std::uint64_t> ids;
     for (const auto& [id, session] : sessions_) {
-        const bool known = session->endpointId.empty() || std::find(controllers_.begin(), controllers_.end(),
-                                                                    session->endpointId) != controllers_.end();
-        if (!known) close(id, CloseCode::kNormal, "this controller is not enabled any more");
+        if (chosen(*session)) ids.push_back(id);
     }
+    for (const std::uint64_t id : ids)
+        close(id, code, reason);
 }
 
 void WebSocketService::openPlace(const WebSocketServerSettings& settings) {
     lws_context_creation_info info{};
     info.port = settings.port;
-    info.iface = orNull(settings.address);
-    info.vhost_name = settings.mtpRow.c_str();
+    info.iface = keep(settings.address);
+    info.vhost_name = keep(settings.mtpRow);
     info.protocols = WebSocketCallback::protocols();
     info.options = LWS_SERVER_OPTION_FAIL_UPON_UNABLE_TO_BIND;
     if (settings.tls) {
@@ -136,9 +164,8 @@ void WebSocketService::closePlace(const std::string& row) {
     const Place place = places_.at(row);
     places_.erase(row);
     if (place.vhost == nullptr) return;
-    for (const auto& [id, session] : sessions_) {
-        if (session->row == row) close(id, CloseCode::kGoingAway, "the agent does not listen here any more");
-    }
+    closeThose([&row](const WebSocketSession& session) { return session.row == row; }, CloseCode::kGoingAway,
+               "the agent does not listen here any more");
     bridge_->serve();  // the sessions' goodbye goes before the place
     lws_vhost_destroy(place.vhost);
     bridge_->wake();
@@ -156,10 +183,11 @@ void WebSocketService::connect(const std::string& row) {
     session->peer = client.settings.host + ":" + std::to_string(client.settings.port);
     client.session = session->id;
 
+    lws_vhost* host = clientHost(client.settings.tls);
     const std::string path = pathWithEndpoint(client.settings.path, endpointId_);
     lws_client_connect_info info{};
     info.context = context_;
-    info.vhost = clientHost_;
+    info.vhost = host;
     info.address = client.settings.host.c_str();
     info.host = client.settings.host.c_str();
     info.port = client.settings.port;
@@ -171,8 +199,9 @@ void WebSocketService::connect(const std::string& row) {
     info.pwsi = &session->wire;
     const std::uint64_t id = session->id;
     sessions_.emplace(id, std::move(session));
-    if (lws_client_connect_via_info(&info) == nullptr && sessions_.contains(id)) {
-        closed(*sessions_.at(id), "cannot connect");
+    const bool begun = host != nullptr && lws_client_connect_via_info(&info) != nullptr;
+    if (!begun && sessions_.contains(id)) {
+        closed(*sessions_.at(id), host == nullptr ? "the certificates cannot be read" : "cannot connect");
     }
     bridge_->wake();
 }
@@ -234,7 +263,7 @@ void WebSocketService::close(std::uint64_t session, CloseCode code, const std::s
     found->closeCode = code;
     found->closeReason = reason;
     if (!found->open && found->wire != nullptr) {
-        lws_set_timeout(found->wire, PENDING_TIMEOUT_KILLED_BY_PARENT, LWS_TO_KILL_ASYNC);
+        lws_set_timeout(found->wire, PENDING_TIMEOUT_KILLED_BY_PARENT, LWS_TO_KILL_SYNC);
         bridge_->wake();
         return;
     }
@@ -245,8 +274,7 @@ void WebSocketService::stop(const std::string& reason) {
     stopped_ = true;
     for (auto& [row, client] : clients_)
         loop_.cancel(client.timer);
-    for (const auto& [id, session] : sessions_)
-        close(id, CloseCode::kGoingAway, reason);
+    closeThose([](const WebSocketSession&) { return true; }, CloseCode::kGoingAway, reason);
     if (bridge_ == nullptr) return;
     const auto end = std::chrono::steady_clock::now() + kGoodbye;
     while (!sessions_.empty() && std::chrono::steady_clock::now() < end) {
@@ -279,12 +307,25 @@ bool WebSocketService::write(WebSocketSession& session) {
         if (!session.outgoing.empty() || session.closing) (void)lws_callback_on_writable(session.wire);
         return true;
     }
-    if (!session.closing) return true;
-    // A close frame holds 123 bytes of text at most.
-    session.closeReason.resize(std::min<std::size_t>(session.closeReason.size(), 123));
-    lws_close_reason(session.wire, static_cast<lws_close_status>(session.closeCode),
-                     reinterpret_cast<unsigned char*>(session.closeReason.data()), session.closeReason.size());
-    return false;
+    return !session.closing || session.closeSent || writeClose(session);
+}
+
+// The library has a call for this, but builds with its debugging checks end the connection before that frame leaves.
+bool WebSocketService::writeClose(WebSocketSession& session) {
+    const std::string reason = session.closeReason.substr(0, kMostCloseText);
+    const auto code = static_cast<unsigned>(session.closeCode);
+    std::string frame(LWS_PRE, '\0');
+    const auto add = [&frame](std::size_t byte) { frame += static_cast<char>(byte & 0xFFU); };
+    add(kFinalClose);
+    add((session.isClient ? kMasked : 0U) | (reason.size() + 2));
+    if (session.isClient) frame.append(4, '\0');  // a mask of zeros leaves the bytes as they are
+    add(code >> 8U);
+    add(code);
+    frame += reason;
+    auto* bytes = reinterpret_cast<unsigned char*>(frame.data()) + LWS_PRE;
+    session.closeSent = true;
+    lws_set_timeout(session.wire, PENDING_TIMEOUT_CLOSE_ACK, kSecondsForCloseAnswer);
+    return lws_write(session.wire, bytes, frame.size() - LWS_PRE, LWS_WRITE_RAW) >= 0;
 }
 
 void WebSocketService::opened(WebSocketSession& session) {
@@ -305,10 +346,11 @@ void WebSocketService::opened(WebSocketSession& session) {
 // A controller whose earlier connection broke unnoticed comes back on a new one.
 void WebSocketService::replaceOlder(const WebSocketSession& session) {
     if (session.endpointId.empty()) return;
-    for (const auto& [id, other] : sessions_) {
-        if (id == session.id || other->endpointId != session.endpointId || !other->open) continue;
-        close(id, CloseCode::kNormal, "another connection of this endpoint replaces this one");
-    }
+    closeThose(
+        [&session](const WebSocketSession& other) {
+            return other.id != session.id && other.open && other.endpointId == session.endpointId;
+        },
+        CloseCode::kNormal, "another connection of this endpoint replaces this one");
 }
 
 void WebSocketService::closed(WebSocketSession& session, const std::string& reason) {
@@ -332,7 +374,7 @@ void WebSocketService::schedulePing(std::uint64_t session) {
         if (at == nullptr) return;
         if (!at->heardSincePing) {
             at->closeReason = "the peer did not answer a Ping";
-            lws_set_timeout(at->wire, PENDING_TIMEOUT_KILLED_BY_PARENT, LWS_TO_KILL_ASYNC);
+            lws_set_timeout(at->wire, PENDING_TIMEOUT_KILLED_BY_PARENT, LWS_TO_KILL_SYNC);
             bridge_->wake();
             return;
         }

@@ -3,6 +3,7 @@
 // The agent's WebSocket connections, both those it opens and those it accepts.
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -79,6 +80,8 @@ class WebSocketService {
     };
 
     void makeContext();
+    [[nodiscard]] lws_vhost* clientHost(bool tls);
+    [[nodiscard]] const char* keep(const std::string& text);
     void openPlace(const WebSocketServerSettings& settings);
     void closePlace(const std::string& row);
     void connect(const std::string& row);
@@ -88,11 +91,14 @@ class WebSocketService {
     void closed(WebSocketSession& session, const std::string& reason);
     void received(WebSocketSession& session, std::string_view part, bool isFirst, bool isFinal, bool isBinary);
     [[nodiscard]] bool write(WebSocketSession& session);
+    [[nodiscard]] static bool writeClose(WebSocketSession& session);
     void schedulePing(std::uint64_t session);
     [[nodiscard]] std::string refusal(lws* wire, WebSocketSession& session) const;
     [[nodiscard]] bool hasProvenItself(lws* wire) const;
     [[nodiscard]] WebSocketSession* find(std::uint64_t session);
     void wantWrite(WebSocketSession& session);
+    void closeThose(const std::function<bool(const WebSocketSession&)>& chosen, CloseCode code,
+                    const std::string& reason);
     void replaceOlder(const WebSocketSession& session);
     [[nodiscard]] const Place* placeOf(const lws_vhost* vhost) const;
 
@@ -103,7 +109,9 @@ class WebSocketService {
     std::vector<std::string> controllers_;
     std::unique_ptr<UvBridge> bridge_;
     lws_context* context_ = nullptr;
-    lws_vhost* clientHost_ = nullptr;
+    lws_vhost* plainClients_ = nullptr;
+    lws_vhost* tlsClients_ = nullptr;
+    std::deque<std::string> kept_;
     std::map<std::string, Place> places_;
     std::map<std::string, Client> clients_;
     std::map<std::uint64_t, std::unique_ptr<WebSocketSession>> sessions_;

@@ -35,6 +35,7 @@ struct WebSocketSession {
     std::size_t skipped = 0;
 
     bool closing = false;
+    bool closeSent = false;
     CloseCode closeCode = CloseCode::kNormal;
     std::string closeReason;
 
