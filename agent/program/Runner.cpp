@@ -1,0 +1,67 @@
+#include "agent/program/Runner.h"
+
+#include <chrono>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+namespace quorvel::agent {
+namespace {
+
+constexpr std::chrono::milliseconds kStatusInterval(1000);
+
+}  // namespace
+
+Runner::Runner(const Config& config)
+    : gateway_(loop_, config.stateFolder),
+      transports_(loop_, config.tls),
+      trace_(loop_, [this](auto entries) { gateway_.reportTrace(std::move(entries)); }),
+      agent_(config, gateway_, transports_,
+             {.random = {},
+              .trace = [this](const TraceEntry& entry) { trace_.add(entry); },
+              .log = [](const std::string& line) { std::cerr << line << '\n'; }}) {
+    transports_.listen(agent_);
+    gateway_.onEnd = [this] {
+        ended_ = "the board is down";
+        stopped_ = true;
+    };
+}
+
+void Runner::start() {
+    agent_.start();
+    reportStatus();
+}
+
+void Runner::stop() {
+    stopped_ = true;
+    loop_.stop();
+}
+
+std::string Runner::run() {
+    while (!stopped_) {
+        (void)loop_.once(kStatusInterval);
+        lookAfterwards();
+    }
+    if (ended_.empty()) ended_ = "the agent was ended";
+    agent_.stop(ended_);
+    trace_.flush();
+    return ended_;
+}
+
+void Runner::lookAfterwards() {
+    gateway_.wakeAt(agent_.nextDue());
+    const auto now = EventLoop::Clock::now();
+    if (now < nextStatus_) return;
+    nextStatus_ = now + kStatusInterval;
+    reportStatus();
+}
+
+void Runner::reportStatus() {
+    const nlohmann::ordered_json status = agent_.status();
+    std::string text = status.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    if (text == lastStatus_) return;
+    lastStatus_ = std::move(text);
+    gateway_.reportStatus(status);
+}
+
+}  // namespace quorvel::agent
