@@ -11,21 +11,13 @@
 #include <string>
 
 #include "bench/counts/NullPlatform.h"
+#include "host/stationevents.h"
 #include "wifi/QuorvelWiFiExports.h"
 
 namespace {
 
 constexpr std::uint32_t kEvents = 16384;
 constexpr std::size_t kReadSize = 4096;
-
-struct Message {
-    std::uint32_t radio;
-    std::uint32_t bss;
-    std::uint32_t event;
-    std::uint8_t mac[6];
-    std::uint8_t rest[238];
-};
-static_assert(sizeof(Message) == 256);
 
 // What is printed goes nowhere for the life of the object.
 class SilentOutput {
@@ -51,12 +43,12 @@ class SilentOutput {
 std::string writeEvents() {
     std::string path = "/tmp/quorvel-bench-XXXXXX";
     const int descriptor = mkstemp(path.data());
-    Message message{};
-    message.radio = 1;
-    message.bss = 2;
-    message.event = 8;
+    StationDetailsEvent message{};
+    message.header.radio = 1;
+    message.header.bss = 2;
+    message.header.event = QUORVEL_EVENT_DETAILS;
     for (std::uint32_t n = 0; n < kEvents; ++n) {
-        message.mac[5] = static_cast<std::uint8_t>(n);
+        message.header.mac[5] = static_cast<std::uint8_t>(n);
         if (write(descriptor, &message, sizeof message) != sizeof message) std::abort();
     }
     close(descriptor);
@@ -110,15 +102,16 @@ void* bareLoop(void*) {
         if (length <= 0) break;
         std::printf("%s: receive total_len=%d\n", "bareLoop", static_cast<int>(length));
         std::fflush(stdout);
-        for (ssize_t at = 0; at < length; at += static_cast<ssize_t>(sizeof(Message))) {
-            Message message;
+        for (ssize_t at = 0; at < length; at += static_cast<ssize_t>(sizeof(StationDetailsEvent))) {
+            StationDetailsEvent message;
             std::memcpy(&message, buffer + at, sizeof message);
+            const StationEventHeader& header = message.header;
             char mac[32];
-            std::snprintf(mac, sizeof mac, "%02X:%02X:%02X:%02X:%02X:%02X", message.mac[0], message.mac[1],
-                          message.mac[2], message.mac[3], message.mac[4], message.mac[5]);
-            Quorvel_LogPrint(2, "bench", "bareLoop", 1, "%d %d %d %s", message.radio, message.bss, message.event, mac);
+            std::snprintf(mac, sizeof mac, "%02X:%02X:%02X:%02X:%02X:%02X", header.mac[0], header.mac[1], header.mac[2],
+                          header.mac[3], header.mac[4], header.mac[5]);
+            Quorvel_LogPrint(2, "bench", "bareLoop", 1, "%d %d %d %s", header.radio, header.bss, header.event, mac);
             std::printf("%s: recev event on wl%d.%d Event=%d STA MAC=[%s] len=%d\n", "bareLoop",
-                        static_cast<int>(message.radio), static_cast<int>(message.bss), static_cast<int>(message.event),
+                        static_cast<int>(header.radio), static_cast<int>(header.bss), static_cast<int>(header.event),
                         mac, static_cast<int>(length - at));
             std::fflush(stdout);
             std::memcpy(record, mac, sizeof mac);

@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -133,6 +134,28 @@ class EventSource {
         return ::accept(listener_, nullptr, nullptr);
     }
 
+    // Accepts one connection after the other, in a thread of its own, and closes each once its peer has, until `stop`.
+    void acceptAll() {
+        acceptor_ = std::thread([this] {
+            for (int connection = accept(); connection >= 0; connection = accept()) {
+                accepted_ = connection;
+                char byte = 0;
+                while (!stopped_ && read(connection, &byte, 1) > 0) {
+                }
+                accepted_ = -1;
+                (void)close(connection);
+            }
+        });
+    }
+    void stop() {
+        stopped_ = true;
+        (void)shutdown(listener_, SHUT_RDWR);
+        // A peer that was left open must not keep the test waiting.
+        const int accepted = accepted_;
+        if (accepted >= 0) (void)shutdown(accepted, SHUT_RDWR);
+        acceptor_.join();
+    }
+
     static void send(int connection) {
         const std::uint32_t message[5] = {0, 1, 12, 0, 0};
         EXPECT_EQ(::send(connection, message, sizeof message, MSG_NOSIGNAL), static_cast<ssize_t>(sizeof message));
@@ -142,6 +165,9 @@ class EventSource {
     std::string folder_;
     std::string path_;
     int listener_ = -1;
+    std::thread acceptor_;
+    std::atomic<bool> stopped_ = false;
+    std::atomic<int> accepted_ = -1;
 };
 
 // The library's host need not join the listener; the test does, so that its end is ordered before the next step.
@@ -221,6 +247,91 @@ TEST(Threads, RegisterAndDeregisterRepeatedlyWhileOthersRead) {
     silence.reset();
     EXPECT_EQ(wrong, 0U);
     EXPECT_EQ(events, kRegistrations);
+}
+
+namespace {
+
+constexpr unsigned kPairs = 1000;
+
+std::size_t openDescriptors() {
+    std::size_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        count += entry.is_symlink() ? 1 : 0;
+    }
+    return count;
+}
+
+// Registers and deregisters, each time a little later, and lets several listeners end beside the next ones; returns
+// when all of them have ended.
+void registerAndDeregister() {
+    constexpr unsigned kEndingAtOnce = 16;
+    constexpr unsigned kLatest = 40;
+    unsigned failures = 0;
+    const scripted::Silence silence;
+    std::vector<pthread_t> ending;
+    const auto joinAll = [&ending, &failures] {
+        for (const pthread_t thread : ending) {
+            failures += pthread_join(thread, nullptr) != 0 ? 1 : 0;
+        }
+        ending.clear();
+    };
+    for (unsigned pair = 0; pair < kPairs; ++pair) {
+        failures += WiFiNewAPAssociatedDeviceCallbackRegister(takeStation) != 0 ? 1 : 0;
+        ending.push_back(qvlThreadId);
+        for (unsigned later = 0; later < pair % kLatest; ++later) {
+            std::this_thread::yield();
+        }
+        failures += WiFiNewAPAssociatedDeviceCallbackDeRegister() != 0 ? 1 : 0;
+        if (ending.size() == kEndingAtOnce) joinAll();
+    }
+    joinAll();
+    EXPECT_EQ(failures, 0U);
+}
+
+}  // namespace
+
+TEST(Registrations, LeaveNoDescriptorWhereAServerListens) {
+    EventSource source;
+    const std::size_t before = openDescriptors();
+    source.acceptAll();
+    registerAndDeregister();
+    source.stop();
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+// The server's queue is full before long: listeners are cancelled while they wait for their turn to connect.
+TEST(Registrations, LeaveNoDescriptorWhereAServerAcceptsNothing) {
+    const EventSource source;
+    const std::size_t before = openDescriptors();
+    registerAndDeregister();
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(Registrations, LeaveNoDescriptorWhereNobodyListens) {
+    { const EventSource gone; }
+    const std::size_t before = openDescriptors();
+    registerAndDeregister();
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+// A descriptor that is closed twice may be another thread's by then.
+TEST(Registrations, CloseNoDescriptorOfAnotherThread) {
+    EventSource source;
+    source.acceptAll();
+    std::atomic<bool> done = false;
+    std::atomic<unsigned> lost = 0;
+    std::thread other([&done, &lost] {
+        while (!done) {
+            const int descriptor = dup(STDOUT_FILENO);
+            std::this_thread::yield();
+            lost += close(descriptor) != 0 ? 1 : 0;
+        }
+    });
+    registerAndDeregister();
+    done = true;
+    other.join();
+    source.stop();
+    EXPECT_EQ(lost, 0U);
 }
 
 TEST(Threads, MakeTheLockTogether) {
