@@ -4,9 +4,9 @@
 
 #include <utility>
 
-namespace quorvel::board {
+namespace quorvel::common {
 
-// Owns a file descriptor.
+/// Owns a file descriptor and closes it at the end.
 class Descriptor {
   public:
     Descriptor() = default;
@@ -20,23 +20,25 @@ class Descriptor {
         reset();
     }
 
+    /// Returns the descriptor's number, or a negative one when there is none.
     [[nodiscard]] int get() const {
         return number_;
     }
     [[nodiscard]] explicit operator bool() const {
         return number_ >= 0;
     }
-    // Gives the descriptor up without closing it.
-    [[nodiscard]] int release() {
-        return std::exchange(number_, -1);
-    }
+    /// Closes the descriptor.
     void reset() {
         if (number_ >= 0) close(number_);
         number_ = -1;
+    }
+    /// Returns the descriptor's number and leaves it to the caller to close.
+    [[nodiscard]] int release() {
+        return std::exchange(number_, -1);
     }
 
   private:
     int number_ = -1;
 };
 
-}  // namespace quorvel::board
+}  // namespace quorvel::common

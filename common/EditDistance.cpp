@@ -4,7 +4,7 @@
 #include <cctype>
 #include <vector>
 
-namespace quorvel::hostd {
+namespace quorvel::common {
 namespace {
 
 // Costs in half letters.
@@ -37,4 +37,4 @@ unsigned editDistance(std::string_view left, std::string_view right) {
     return cost[left.size()][right.size()];
 }
 
-}  // namespace quorvel::hostd
+}  // namespace quorvel::common

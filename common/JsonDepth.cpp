@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace quorvel::manager {
+namespace quorvel::common {
 
 std::optional<std::size_t> findTooDeep(std::string_view text) {
     std::size_t levels = 0;
@@ -31,4 +31,4 @@ nlohmann::ordered_json parseShallow(std::string_view text) {
     return nlohmann::ordered_json::parse(text, nullptr, false);
 }
 
-}  // namespace quorvel::manager
+}  // namespace quorvel::common

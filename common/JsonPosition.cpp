@@ -1,6 +1,6 @@
 #include "common/JsonPosition.h"
 
-namespace quorvel::manager {
+namespace quorvel::common {
 namespace {
 
 class Walker {
@@ -113,4 +113,4 @@ std::string placeOfPointer(std::string_view text, std::string_view pointer) {
     return placeOfByte(text, walker.position());
 }
 
-}  // namespace quorvel::manager
+}  // namespace quorvel::common

@@ -3,20 +3,20 @@
 #include <algorithm>
 #include <cmath>
 
-#include "gateway/manager/BoardFile.h"
+#include "gateway/description/Reader.h"
 
 namespace quorvel::scenario {
 namespace {
 
 // The address that comes `by` after `mac`.
 std::string following(const std::string& mac, std::size_t by) {
-    manager::MacAddress address = manager::parseMac(mac).value_or(manager::MacAddress{});
+    common::MacAddress address = common::parseMac(mac).value_or(common::MacAddress{});
     for (std::size_t i = sizeof address.bytes; i-- > 1 && by != 0;) {
         by += address.bytes[i];
         address.bytes[i] = static_cast<std::uint8_t>(by & 0xffU);
         by >>= 8U;
     }
-    return manager::formatMac(address);
+    return common::formatMac(address);
 }
 
 // A number that only the seed and the position decide.

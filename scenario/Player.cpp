@@ -25,7 +25,7 @@ class Play {
             lookAround();
             const Time now = stage_.now();
             if (now >= scenario_.end && next_ == scenario_.timeline.size()) break;
-            if (stop(now)) throw console::GatewayError("the scenario was interrupted at " + seconds(now) + " s");
+            if (stop(now)) throw launch::GatewayError("the scenario was interrupted at " + seconds(now) + " s");
             stage_.advanceTo(nextPlace(now));
         }
         result_.end = stage_.now();
@@ -119,7 +119,7 @@ class Play {
 
 }  // namespace
 
-Result play(const Scenario& scenario, const console::Options& options, std::uint64_t seed,
+Result play(const Scenario& scenario, const launch::Options& options, std::uint64_t seed,
             const std::function<void(const Entry&)>& onEntry, const std::function<bool(Time now)>& stop) {
     Stage stage(options, scenario, seed);
     return Play(scenario, stage, onEntry).run(stop);

@@ -10,7 +10,7 @@ namespace quorvel::scenario {
 /// Plays the scenario on a board of its own. Each step and each expectation goes to `onEntry` once it is decided.
 /// Throws GatewayError when the board cannot be powered up or is lost, or when `stop`, which is
 /// asked as time goes on, says so.
-[[nodiscard]] Result play(const Scenario& scenario, const console::Options& options, std::uint64_t seed,
+[[nodiscard]] Result play(const Scenario& scenario, const launch::Options& options, std::uint64_t seed,
                           const std::function<void(const Entry&)>& onEntry, const std::function<bool(Time now)>& stop);
 
 }  // namespace quorvel::scenario

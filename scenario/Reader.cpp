@@ -7,26 +7,42 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 #include <set>
 #include <variant>
 
-#include "common/JsonDepth.h"
-#include "common/JsonPosition.h"
-#include "gateway/manager/BoardFile.h"
-#include "scenario/Member.h"
+#include "common/JsonCursor.h"
+#include "gateway/description/Reader.h"
 
 namespace quorvel::scenario {
 namespace {
 
-constexpr std::uint64_t kMaxAccessPoints = manager::kMaxAccessPoints;
-constexpr std::uint64_t kMostAtOnce = 16384;
+using common::JsonCursor;
+using description::kMaxAccessPoints;
+
+constexpr unsigned kMostAtOnce = 16384;
 constexpr unsigned kHighestTraffic = 20'000'000;
 
 // Members that every step may have.
 constexpr std::array<const char*, 3> kCommon{"at", "id", "do"};
 
-void checkValues(const Member& values) {
-    values.eachKey([](const std::string&, const Member& value) {
+// The library reads and matches patterns with a call for every bracket.
+constexpr std::size_t kMaxPattern = 500;
+
+std::string readExpression(const JsonCursor& cursor) {
+    std::string pattern = cursor.text();
+    if (pattern.size() > kMaxPattern)
+        cursor.fail("a regular expression of at most " + std::to_string(kMaxPattern) + " characters");
+    try {
+        const std::regex compiled(pattern);
+        return pattern;
+    } catch (const std::regex_error&) {
+        cursor.fail("a regular expression");
+    }
+}
+
+void checkValues(const JsonCursor& values) {
+    values.eachKey([](const std::string&, const JsonCursor& value) {
         const Json& json = value.value();
         if (!json.is_boolean() && !json.is_number_integer() && !json.is_string())
             value.fail("true, false, a whole number or a text");
@@ -44,54 +60,47 @@ Json ownMembers(const Json& step, std::initializer_list<std::string_view> withou
     return own;
 }
 
-// Passes on what the board's own reader finds wrong: "NAME:LINE:COLUMN: POINTER: TEXT".
+// Passes on the first thing that the description's own reader finds wrong.
 template <typename Result>
-void checkWith(const std::variant<Result, manager::BoardError>& parsed, const Member& at) {
-    const auto* const error = std::get_if<manager::BoardError>(&parsed);
-    if (error == nullptr) return;
-    const std::string& message = error->message;
-    const std::size_t place = message.find(": /");
-    const std::size_t text = place == std::string::npos ? place : message.find(": ", place + 2);
-    if (text == std::string::npos) throw Mistake(at.pointer(), message);
-    std::string pointer = message.substr(place + 2, text - place - 2);
-    if (pointer == "/") pointer.clear();
-    throw Mistake(at.pointer() + pointer, message.substr(text + 2));
+void checkWith(const std::variant<Result, description::Error>& parsed, const JsonCursor& at) {
+    const auto* const error = std::get_if<description::Error>(&parsed);
+    if (error != nullptr) throw common::SchemaError(at.pointer() + error->pointer, error->text);
 }
 
-void checkCount(const Member& step) {
+void checkCount(const JsonCursor& step) {
     if (step.has("count")) (void)step.at("count").number(1, kMostAtOnce);
 }
 
-void checkJoin(const Member& step) {
+void checkJoin(const JsonCursor& step) {
     (void)step.at("mac").mac();
     checkCount(step);
     Json own = ownMembers(step.value(), {"count"});
     // One that is known comes back with no more than its address.
     if (!own.contains("bss")) own["bss"] = 1;
-    checkWith(manager::parseStation(own.dump(), "station"), step);
+    checkWith(description::parseStation(own.dump(), "station"), step);
 }
 
-void checkNeighbour(const Member& step) {
+void checkNeighbour(const JsonCursor& step) {
     checkCount(step);
     Json own = ownMembers(step.value(), {"count", "channels"});
     if (step.has("channels")) {
         if (step.has("channel")) step.at("channel").fail("either \"channel\" or \"channels\"");
-        step.at("channels").each([&](const Member& channel) {
+        step.at("channels").each([&](const JsonCursor& channel) {
             Json one = own;
             one["channel"] = channel.text();
-            checkWith(manager::parseNeighbour(one.dump(), "neighbour"), step);
+            checkWith(description::parseNeighbour(one.dump(), "neighbour"), step);
         });
         if (step.at("channels").value().empty()) step.at("channels").fail("at least one channel");
         return;
     }
-    checkWith(manager::parseNeighbour(own.dump(), "neighbour"), step);
+    checkWith(description::parseNeighbour(own.dump(), "neighbour"), step);
 }
 
-void checkAccessPoint(const Member& step) {
+void checkAccessPoint(const JsonCursor& step) {
     (void)step.at("accessPoint").number(1, kMaxAccessPoints);
 }
 
-void checkFault(const Member& step) {
+void checkFault(const JsonCursor& step) {
     if (step.has("tool")) {
         step.allow({"at", "id", "do", "tool", "how"});
         (void)step.at("tool").oneOf({"wl", "lspci", "i2cget", "insmod"});
@@ -106,52 +115,52 @@ void checkFault(const Member& step) {
 
 struct Action {
     const char* name;
-    void (*check)(const Member& step);
+    void (*check)(const JsonCursor& step);
 };
 
 // Every action, and how its members are checked.
 constexpr Action kActions[] = {
     {"set",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do", "values", "save"});
          checkValues(step.at("values"));
          if (step.has("save")) (void)step.at("save").boolean();
      }},
     {"scan",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do", "radio"});
-         (void)step.at("radio").number(1, manager::kMaxRadios);
+         (void)step.at("radio").number(1, description::kMaxRadios);
      }},
     {"wps.push",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do", "accessPoint"});
          checkAccessPoint(step);
      }},
     {"wps.pin",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do", "accessPoint", "pin"});
          checkAccessPoint(step);
          (void)step.at("pin").text();
      }},
     {"wps.cancel",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do", "accessPoint"});
          checkAccessPoint(step);
      }},
     {"station.join", checkJoin},
     {"station.leave",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do", "mac"});
          (void)step.at("mac").mac();
      }},
     {"station.move",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do", "mac", "rssi"});
          (void)step.at("mac").mac();
-         (void)step.at("rssi").signedNumber(-120, 0);
+         (void)step.at("rssi").integer(-120, 0);
      }},
     {"station.traffic",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do", "mac", "downlink", "uplink"});
          (void)step.at("mac").mac();
          (void)step.at("downlink").number(0, kHighestTraffic);
@@ -159,47 +168,47 @@ constexpr Action kActions[] = {
      }},
     {"neighbour.add", checkNeighbour},
     {"neighbour.remove",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do", "bssid"});
          (void)step.at("bssid").mac();
      }},
     {"daemon.kill",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do"});
      }},
     {"daemon.stop",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do"});
      }},
     {"daemon.continue",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do"});
      }},
     {"daemon.restart",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do"});
      }},
     {"fault", checkFault},
     {"power.cut",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do"});
      }},
     {"power.on",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do"});
      }},
     {"power.cycle",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do"});
      }},
     {"time",
-     [](const Member& step) {
+     [](const JsonCursor& step) {
          step.allow({"at", "id", "do", "advance"});
          (void)step.at("advance").milliseconds();
      }},
 };
 
-Step readStep(const Member& member) {
+Step readStep(const JsonCursor& member) {
     Step step;
     step.at = member.at("at").milliseconds();
     if (member.has("id")) step.id = member.at("id").text();
@@ -217,7 +226,7 @@ Step readStep(const Member& member) {
     return step;
 }
 
-Condition readCondition(const Member& member) {
+Condition readCondition(const JsonCursor& member) {
     static constexpr std::pair<const char*, Condition::Kind> kKinds[] = {
         {"equals", Condition::Kind::kEquals},   {"differs", Condition::Kind::kDiffers},
         {"oneOf", Condition::Kind::kOneOf},     {"matches", Condition::Kind::kMatches},
@@ -228,8 +237,8 @@ Condition readCondition(const Member& member) {
     for (const auto& [key, kind] : kKinds) {
         if (!member.has(key)) continue;
         ++found;
-        const Member value = member.at(key);
-        if (kind == Condition::Kind::kMatches) (void)value.expression();
+        const JsonCursor value = member.at(key);
+        if (kind == Condition::Kind::kMatches) (void)readExpression(value);
         if (kind == Condition::Kind::kOneOf && (!value.value().is_array() || value.value().empty()))
             value.fail("an array of values");
         const bool bound = kind == Condition::Kind::kAtLeast || kind == Condition::Kind::kAtMost;
@@ -243,7 +252,7 @@ Condition readCondition(const Member& member) {
     return condition;
 }
 
-void readSpan(const Member& member, Expectation& expectation) {
+void readSpan(const JsonCursor& member, Expectation& expectation) {
     if (member.has("at")) {
         if (member.has("by") || member.has("after")) member.at("at").fail("either \"at\" or \"by\" and \"after\"");
         expectation.after = expectation.by = member.at("at").milliseconds();
@@ -255,16 +264,16 @@ void readSpan(const Member& member, Expectation& expectation) {
     if (expectation.after > expectation.by) member.at("after").fail("no later time than \"by\"");
 }
 
-void readCounts(const Member& member, Expectation& expectation) {
-    constexpr std::uint64_t kMost = 1'000'000;
+void readCounts(const JsonCursor& member, Expectation& expectation) {
+    constexpr unsigned kMost = 1'000'000;
     if (member.has("atMost")) {
-        expectation.atMost = static_cast<unsigned>(member.at("atMost").number(0, kMost));
+        expectation.atMost = member.at("atMost").count(0, kMost);
         expectation.atLeast = 0;
     }
-    if (member.has("atLeast")) expectation.atLeast = static_cast<unsigned>(member.at("atLeast").number(0, kMost));
+    if (member.has("atLeast")) expectation.atLeast = member.at("atLeast").count(0, kMost);
 }
 
-Expectation readExpectation(const Member& member, const std::vector<Step>& timeline) {
+Expectation readExpectation(const JsonCursor& member, const std::vector<Step>& timeline) {
     using Kind = Expectation::Kind;
     Expectation expectation;
     if (member.has("parameter")) {
@@ -273,7 +282,7 @@ Expectation readExpectation(const Member& member, const std::vector<Step>& timel
         expectation.subject = member.at("parameter").text();
         if (member.has("fault")) {
             expectation.kind = Kind::kUnreadable;
-            expectation.fault = static_cast<unsigned>(member.at("fault").number(7000, 7999));
+            expectation.fault = member.at("fault").count(7000, 7999);
         } else {
             expectation.condition = readCondition(member);
         }
@@ -281,21 +290,20 @@ Expectation readExpectation(const Member& member, const std::vector<Step>& timel
         member.allow({"at", "by", "after", "event", "accessPoint", "station", "atLeast", "atMost"});
         expectation.kind = Kind::kEvent;
         expectation.subject = member.at("event").oneOf({"associated", "left"});
-        if (member.has("accessPoint"))
-            expectation.accessPoint = static_cast<unsigned>(member.at("accessPoint").number(1, kMaxAccessPoints));
-        if (member.has("station")) expectation.station = member.at("station").mac();
+        if (member.has("accessPoint")) expectation.accessPoint = member.at("accessPoint").count(1, kMaxAccessPoints);
+        if (member.has("station")) expectation.station = common::formatMac(member.at("station").mac());
         readCounts(member, expectation);
     } else if (member.has("log")) {
         member.allow({"at", "by", "after", "log", "matches", "atLeast", "atMost"});
         expectation.kind = Kind::kLog;
         expectation.subject = member.at("log").text();
-        if (member.has("matches")) expectation.pattern = member.at("matches").expression();
+        if (member.has("matches")) expectation.pattern = readExpression(member.at("matches"));
         readCounts(member, expectation);
     } else if (member.has("step")) {
         member.allow({"step", "fault"});
         expectation.kind = Kind::kFault;
         expectation.subject = member.at("step").text();
-        expectation.fault = static_cast<unsigned>(member.at("fault").number(0, 7999));
+        expectation.fault = member.at("fault").count(0, 7999);
         const auto step = std::find_if(timeline.begin(), timeline.end(),
                                        [&](const Step& one) { return one.id == expectation.subject; });
         if (step == timeline.end()) member.at("step").fail("the \"id\" of a step of the timeline");
@@ -308,9 +316,9 @@ Expectation readExpectation(const Member& member, const std::vector<Step>& timel
     return expectation;
 }
 
-void readBoard(const Member& member, const std::filesystem::path& folder, Scenario& scenario) {
+void readBoard(const JsonCursor& member, const std::filesystem::path& folder, Scenario& scenario) {
     if (member.value().is_object()) {
-        checkWith(manager::parseBoard(member.value().dump(), "board"), member);
+        checkWith(description::parseBoard(member.value().dump(), "board"), member);
         scenario.description = member.value();
         return;
     }
@@ -321,26 +329,26 @@ void readBoard(const Member& member, const std::filesystem::path& folder, Scenar
     if (file) scenario.board = (folder / scenario.board).string();
 }
 
-Scenario read(const Member& root, const std::filesystem::path& folder) {
+Scenario read(const JsonCursor& root, const std::filesystem::path& folder) {
     root.allow({"name", "description", "board", "seed", "state", "timeline", "expectations", "duration"});
     Scenario scenario;
     scenario.name = root.at("name").text();
     if (root.has("description")) (void)root.at("description").text();
     if (root.has("board")) readBoard(root.at("board"), folder, scenario);
-    if (root.has("seed")) scenario.seed = root.at("seed").number(0, 4294967295);
+    if (root.has("seed")) scenario.seed = static_cast<std::uint64_t>(root.at("seed").number(0, 4294967295));
     if (root.has("state")) {
         checkValues(root.at("state"));
         scenario.state = root.at("state").value();
     }
     std::set<std::string> ids;
     if (root.has("timeline")) {
-        root.at("timeline").each([&](const Member& member) {
+        root.at("timeline").each([&](const JsonCursor& member) {
             scenario.timeline.push_back(readStep(member));
             const std::string& id = scenario.timeline.back().id;
             if (!id.empty() && !ids.insert(id).second) member.at("id").fail("an id of its own");
         });
     }
-    root.at("expectations").each([&](const Member& member) {
+    root.at("expectations").each([&](const JsonCursor& member) {
         scenario.expectations.push_back(readExpectation(member, scenario.timeline));
     });
     if (scenario.expectations.empty()) root.at("expectations").fail("at least one expectation");
@@ -357,23 +365,12 @@ Scenario read(const Member& root, const std::filesystem::path& folder) {
 }  // namespace
 
 Scenario parseScenario(const std::string& text, const std::string& name) {
-    if (const auto deep = manager::findTooDeep(text)) {
-        throw ScenarioError(name + ":" + manager::placeOfByte(text, *deep) + ": /: " + manager::tooDeepText());
-    }
-    try {
-        const Json document = Json::parse(text);
-        Scenario scenario = read({document, ""}, std::filesystem::path(name).parent_path());
-        scenario.file = name;
-        return scenario;
-    } catch (const Mistake& mistake) {
-        throw ScenarioError(name + ":" + manager::placeOfPointer(text, mistake.pointer) + ": " +
-                            (mistake.pointer.empty() ? "/" : mistake.pointer) + ": " + mistake.what());
-    } catch (const Json::parse_error& error) {
-        std::string what = error.what();
-        if (const std::size_t start = what.find(" - "); start != std::string::npos) what = what.substr(start + 3);
-        throw ScenarioError(name + ":" + manager::placeOfByte(text, error.byte == 0 ? 0 : error.byte - 1) +
-                            ": /: expected JSON: " + what);
-    }
+    Scenario scenario;
+    const auto problem = common::readDocument(
+        text, [&](const JsonCursor& root) { scenario = read(root, std::filesystem::path(name).parent_path()); });
+    if (problem) throw ScenarioError(problem->message(name));
+    scenario.file = name;
+    return scenario;
 }
 
 Scenario readScenario(const std::string& path) {

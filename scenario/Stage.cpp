@@ -55,7 +55,7 @@ std::string contents(const std::string& path) {
 fs::path makeFolder() {
     std::string name = (fs::temp_directory_path() / "quorvel-play-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr)
-        throw console::GatewayError("cannot create a folder for the scenario in " + fs::temp_directory_path().string());
+        throw launch::GatewayError("cannot create a folder for the scenario in " + fs::temp_directory_path().string());
     return name;
 }
 
@@ -67,7 +67,7 @@ std::string lower(std::string text) {
 
 }  // namespace
 
-Stage::Stage(const console::Options& options, const Scenario& scenario, std::uint64_t seed)
+Stage::Stage(const launch::Options& options, const Scenario& scenario, std::uint64_t seed)
     : folder_(makeFolder()),
       options_(options),
       board_(scenario.description),
@@ -77,11 +77,11 @@ Stage::Stage(const console::Options& options, const Scenario& scenario, std::uin
         if (!scenario.board.empty()) options_.board = scenario.board;
         board::Options asked;
         asked.board = options_.board;
-        asked.programFolder = console::programFolder(options_);
+        asked.programFolder = launch::programFolder(options_);
         const std::string file = board::findBoard(asked);
-        board_ = manager::parseShallow(contents(file));
+        board_ = common::parseShallow(contents(file));
         if (board_.is_discarded())
-            throw console::GatewayError("the board description " + file + " is no JSON, or nests too deeply");
+            throw launch::GatewayError("the board description " + file + " is no JSON, or nests too deeply");
     }
     options_.board = folder_ / "board.json";
     options_.state = folder_ / "state";
@@ -99,7 +99,7 @@ void Stage::open() {
     std::ofstream(options_.board) << board_.dump(2);
     const Variable clock("QUORVEL_CLOCK", "virtual");
     const Variable seed("QUORVEL_SEED", std::to_string(seed_));
-    gateway_ = console::Gateway::open(options_);
+    gateway_ = launch::Gateway::open(options_);
     manager_ = Manager::kRunning;
     lastEntry_ = 0;
     owedEvents_ = seenEvents_ = 0;
@@ -116,8 +116,8 @@ void Stage::prepareState(const Json& values) {
     }
     const std::vector<Json> faults = ask({{"do", "set"}, {"settings", settings}, {"save", true}});
     if (!faults.empty()) {
-        throw console::GatewayError("the state that the scenario begins with is refused: " +
-                                    faults.front().value("path", "") + ": " + faults.front().value("reason", ""));
+        throw launch::GatewayError("the state that the scenario begins with is refused: " +
+                                   faults.front().value("path", "") + ": " + faults.front().value("reason", ""));
     }
     gateway_->cutPower();
     gateway_.reset();
@@ -139,7 +139,7 @@ void Stage::cutPower() {
 }
 
 void Stage::listen() {
-    console::Client& client = gateway_->client();
+    launch::Client& client = gateway_->client();
     client.other = [this](const Json& part) { takeEvent(part); };
     client.send({{"id", kListening}, {"do", "events"}});
     // The plug-in connects in a thread of its own; whatever happens before it has is not told.
@@ -160,7 +160,7 @@ void Stage::takeEvent(const Json& part) {
         {now_, event.value("kind", ""), lower(event.value("station", "")), event.value("accessPoint", 0U)});
 }
 
-std::vector<Json> Stage::ask(const Json& request, const console::Client::OnPart& onPart) {
+std::vector<Json> Stage::ask(const Json& request, const launch::Client::OnPart& onPart) {
     if (gateway_ == nullptr) return oneFault("the board is off");
     std::vector<Json> faults;
     gateway_->client().ask(request, [&](const Json& part) {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "console/session/Gateway.h"
+#include "gateway/launch/Gateway.h"
 #include "scenario/Result.h"
 #include "scenario/Scenario.h"
 
@@ -23,7 +23,7 @@ struct StationEvent {
 /// this object. What cannot be asked of it comes back as faults; GatewayError is thrown when the board itself is lost.
 class Stage {
   public:
-    Stage(const console::Options& options, const Scenario& scenario, std::uint64_t seed);
+    Stage(const launch::Options& options, const Scenario& scenario, std::uint64_t seed);
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;
     ~Stage();
@@ -37,7 +37,7 @@ class Stage {
 
     /// Asks the host process. Values and the like go to `onPart`; returns the faults.
     std::vector<Json> ask(
-        const Json& request, const console::Client::OnPart& onPart = [](const Json&) {});
+        const Json& request, const launch::Client::OnPart& onPart = [](const Json&) {});
     /// Asks the simulation. Returns the faults: its refusal, or that it does not answer.
     std::vector<Json> control(const Json& command, Json* answer = nullptr);
     /// Kills, stops, continues or restarts the WLAN manager. Returns the faults.
@@ -76,12 +76,12 @@ class Stage {
     void takeEvent(const Json& part);
 
     std::filesystem::path folder_;
-    console::Options options_;
+    launch::Options options_;
     Json board_;
     std::uint64_t seed_;
     bool listens_;
     bool listening_ = false;
-    std::unique_ptr<console::Gateway> gateway_;
+    std::unique_ptr<launch::Gateway> gateway_;
     Manager manager_ = Manager::kGone;
     Time now_ = 0;
     Time started_ = 0;  // when the WLAN manager's clock was 0

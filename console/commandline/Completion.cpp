@@ -7,7 +7,7 @@
 #include "console/commandline/Assignment.h"
 #include "console/commandline/Dispatcher.h"
 #include "console/commandline/Documentation.h"
-#include "console/session/Shipped.h"
+#include "gateway/launch/Shipped.h"
 
 namespace quorvel::console {
 namespace {

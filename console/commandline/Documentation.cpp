@@ -6,9 +6,9 @@
 #include <nlohmann/json.hpp>
 
 #include "common/EditDistance.h"
-#include "console/session/Client.h"
-#include "console/session/Gateway.h"
 #include "gateway/hostd/OutsideBrackets.h"
+#include "gateway/launch/Client.h"
+#include "gateway/launch/Gateway.h"
 
 namespace quorvel::console {
 
@@ -87,7 +87,7 @@ std::string Documentation::nearest(std::string_view path) const {
     unsigned least = static_cast<unsigned>(wanted.size());
     for (const Json& item : document_->at(object ? "objects" : "parameters")) {
         const std::string known = item.value("path", "");
-        const unsigned cost = hostd::editDistance(wanted, known);
+        const unsigned cost = common::editDistance(wanted, known);
         if (cost >= least) continue;
         least = cost;
         best = known;

@@ -16,7 +16,7 @@ std::string nearestWord(std::string_view word, const std::vector<std::string>& k
     std::string nearest;
     std::size_t best = std::min(kNear, word.size()) + 1;
     for (const std::string& each : known) {
-        const std::size_t cost = hostd::editDistance(word, each);
+        const std::size_t cost = common::editDistance(word, each);
         if (cost >= best) continue;
         best = cost;
         nearest = each;

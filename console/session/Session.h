@@ -6,12 +6,15 @@
 #include <vector>
 
 #include "console/commandline/Options.h"
-#include "console/session/Gateway.h"
 #include "console/terminal/Style.h"
+#include "gateway/launch/Gateway.h"
 
 namespace quorvel::console {
 
 using Json = nlohmann::ordered_json;
+using launch::Client;
+using launch::Gateway;
+using launch::GatewayError;
 
 /// What commands share: the options, the board (booted when the first command needs it) and the two outputs. A shell
 /// and a batch run many commands in one session.

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "gateway/manager/Channels.h"
+#include "common/RadioChannels.h"
 
 namespace quorvel::console {
 namespace {
@@ -31,7 +31,7 @@ std::vector<Occupancy> occupancyOf(const std::vector<OnAir>& networks, std::vect
         for (const OnAir& network : networks) {
             if (network.channel == channel) {
                 ++counted.networks;
-            } else if (manager::channelsOverlap({network.channel, network.width}, {channel, 20})) {
+            } else if (common::channelsOverlap({network.channel, network.width}, {channel, 20})) {
                 ++counted.overlapping;
             }
         }

@@ -37,7 +37,7 @@ std::string shown(const Json& value) {
 Json valuesOf(const std::string& file) {
     std::ifstream in(file);
     if (!in) throw CLI::ValidationError("cannot read the file " + file);
-    const Json document = manager::parseShallow(std::string(std::istreambuf_iterator<char>(in), {}));
+    const Json document = common::parseShallow(std::string(std::istreambuf_iterator<char>(in), {}));
     if (document.is_object() && document.contains("values") && document.at("values").is_object()) {
         return document.at("values");
     }

@@ -5,11 +5,11 @@
 
 #include "console/commandline/NearestWord.h"
 #include "console/session/Faults.h"
-#include "console/session/Shipped.h"
 #include "console/terminal/Interrupt.h"
 #include "console/terminal/Progress.h"
 #include "console/terminal/Table.h"
 #include "console/verbs/Verbs.h"
+#include "gateway/launch/Shipped.h"
 #include "scenario/Player.h"
 #include "scenario/Reader.h"
 #include "scenario/Report.h"

@@ -370,10 +370,10 @@ void addSimulateVerb(VerbContext& context) {
     CLI::App* const verb =
         context.add(kAirVerbs, "simulate", "Hand the simulation a request of its own",
                     R"(simulate '{"op":"neighbour.list"}')", [&session, request] {
-                        const Json command = manager::parseShallow(*request);
+                        const Json command = common::parseShallow(*request);
                         if (!command.is_object())
                             throw CLI::ValidationError("the request must be a JSON object of at most " +
-                                                       std::to_string(manager::kMaxJsonLevels) + " levels");
+                                                       std::to_string(common::kMaxJsonLevels) + " levels");
                         printJson(control(session, command), {});
                         return kDone;
                     });

@@ -107,19 +107,19 @@ void readRecord(Fill fill) {
 }
 
 constexpr Call kCalls[] = {
-    {Operation::Get, readVariable},
-    {Operation::NvramGet, readNvram},
-    {Operation::Set, [] { (void)wlcsm_mngr_set(0, 0, "wlSsid", "text"); }},
-    {Operation::StaInfo,
+    {Operation::kGet, readVariable},
+    {Operation::kNvramGet, readNvram},
+    {Operation::kSet, [] { (void)wlcsm_mngr_set(0, 0, "wlSsid", "text"); }},
+    {Operation::kStaInfo,
      [] { readRecord<236>([](void* record) { return wlcsm_mngr_sta_info(0, 0, "00:11:22:33:44:55", record); }); }},
-    {Operation::SsidInfo, [] { readRecord<40>([](void* record) { return wlcsm_mngr_ssid_info(0, 0, record); }); }},
-    {Operation::CiScanResults,
+    {Operation::kSsidInfo, [] { readRecord<40>([](void* record) { return wlcsm_mngr_ssid_info(0, 0, record); }); }},
+    {Operation::kCiScanResults,
      [] { readRecord<1056>([](void* record) { return wlcsm_mngr_ci_scanresults(0, record); }); }},
-    {Operation::ChannelStats, [] { readRecord<80>([](void* record) { return wlcsm_mngr_channelstats(0, record); }); }},
-    {Operation::RadioChannelStats2,
+    {Operation::kChannelStats, [] { readRecord<80>([](void* record) { return wlcsm_mngr_channelstats(0, record); }); }},
+    {Operation::kRadioChannelStats2,
      [] { readRecord<24>([](void* record) { return wlcsm_mngr_getRadioChannelStats2(0, record, 24); }); }},
-    {Operation::SystemUpSecs, [] { (void)wlcsm_get_systemUpSecs(); }},
-    {Operation::Control,
+    {Operation::kSystemUpSecs, [] { (void)wlcsm_get_systemUpSecs(); }},
+    {Operation::kControl,
      [] {
          char* answer = wlcsm_control("{}");
          if (answer != nullptr) {

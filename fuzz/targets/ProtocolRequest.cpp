@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "fuzz/Input.h"
-#include "gateway/manager/BoardFile.h"
+#include "gateway/description/Reader.h"
 #include "gateway/manager/Clock.h"
 #include "gateway/manager/Protocol.h"
 #include "gateway/manager/Service.h"
@@ -52,12 +52,12 @@ constexpr char kBoard[] =
     "neighbours": [{"ssid": "Blue Kitchen", "bssid": "02:6e:62:00:00:01", "channel": "1", "rssi": -58,
     "noise": -91, "security": "WPA2-Personal", "qbss": 53, "vht": false}], "faults": {}})";
 
-Board board() {
-    auto parsed = parseBoard(kBoard, "fuzz");
-    if (const auto* error = std::get_if<BoardError>(&parsed)) {
+quorvel::description::Board board() {
+    auto parsed = quorvel::description::parseBoard(kBoard, "fuzz");
+    if (const auto* error = std::get_if<quorvel::description::Error>(&parsed)) {
         require(false, error->message.c_str());
     }
-    return std::get<Board>(std::move(parsed));
+    return std::get<quorvel::description::Board>(std::move(parsed));
 }
 
 // A manager whose store cannot be written: saving fails and leaves nothing behind.

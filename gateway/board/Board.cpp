@@ -39,19 +39,19 @@ struct Power {
     Plan plan;
     pid_t caller = 0;
     std::vector<int> inherited;  // descriptors of the caller's, for the host alone
-    Descriptor lock;             // the state folder's, held by all
-    Descriptor report;           // where the caller reads whether the board has come up
+    common::Descriptor lock;     // the state folder's, held by all
+    common::Descriptor report;   // where the caller reads whether the board has come up
 };
 
 struct Pipe {
-    Descriptor reader;
-    Descriptor writer;
+    common::Descriptor reader;
+    common::Descriptor writer;
 };
 
 Pipe makePipe() {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) throw failure("Cannot create a pipe");
-    return {Descriptor(ends[0]), Descriptor(ends[1])};
+    return {common::Descriptor(ends[0]), common::Descriptor(ends[1])};
 }
 
 pid_t forkOrThrow() {
@@ -70,13 +70,13 @@ std::string readAll(int descriptor) {
     return text;
 }
 
-void answer(Descriptor& report, const std::string& text) {
+void answer(common::Descriptor& report, const std::string& text) {
     (void)!write(report.get(), text.data(), text.size());  // a caller that is gone takes this process with it
     report.reset();
 }
 
 // A parent outside the process namespace has no id inside: whether it lives shows in a pipe that it alone holds open.
-bool hasEnded(const Descriptor& parentsPipe) {
+bool hasEnded(const common::Descriptor& parentsPipe) {
     pollfd entry{parentsPipe.get(), POLLIN, 0};
     return poll(&entry, 1, 0) != 0;
 }
@@ -144,7 +144,7 @@ Places forkHost(const Places& places, Power& power) {
     _exit(status);
 }
 
-Places beFirstInSandbox(Power& power, const Descriptor& guardiansPipe) {
+Places beFirstInSandbox(Power& power, const common::Descriptor& guardiansPipe) {
     if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || hasEnded(guardiansPipe)) _exit(1);
     buildRoot(power.plan);
     return forkHost(sandboxPlaces(power.plan), power);
@@ -174,7 +174,7 @@ Places beFirstInTheOpen(Power& power) {
 }
 
 // Stays outside. Throws when the board did not come up, otherwise ends with the board.
-[[noreturn]] void waitOutside(pid_t child, const Descriptor& answers, const Power& power) {
+[[noreturn]] void waitOutside(pid_t child, const common::Descriptor& answers, const Power& power) {
     const std::string text = readAll(answers.get());
     if (text == kPoweredUp) {
         letGoOf(power.inherited);
@@ -206,7 +206,7 @@ Places enterBoard(const Options& options) {
     power.report = std::move(report.writer);
     Places places = runOrReport(power, [&] { return options.sandbox ? beGuardian(power) : beFirstInTheOpen(power); });
     // The host keeps the state folder taken as well.
-    static Descriptor held;
+    static common::Descriptor held;
     held = std::move(power.lock);
     return places;
 }

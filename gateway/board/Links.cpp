@@ -65,7 +65,7 @@ class Message {
 };
 
 int sendAndWait(const std::vector<std::byte>& message) {
-    const Descriptor route(socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE));
+    const common::Descriptor route(socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE));
     if (!route) return errno;
     sockaddr_nl kernel{};
     kernel.nl_family = AF_NETLINK;
@@ -92,12 +92,7 @@ ifinfomsg raised() {
 
 }  // namespace
 
-std::string interfaceName(const std::string& prefix, unsigned radio, unsigned bss) {
-    const std::string name = prefix + std::to_string(radio);
-    return bss == 0 ? name : name + "." + std::to_string(bss);
-}
-
-int createLink(const std::string& name, const manager::MacAddress& mac, const std::string& otherEnd) {
+int createLink(const std::string& name, const common::MacAddress& mac, const std::string& otherEnd) {
     Message message;
     message.append(raised());
     message.attribute(IFLA_IFNAME, name);

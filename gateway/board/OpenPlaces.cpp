@@ -1,10 +1,9 @@
 #include "gateway/board/OpenPlaces.h"
 
-#include <sys/un.h>
-
 #include <filesystem>
 #include <system_error>
 
+#include "common/UnixAddress.h"
 #include "gateway/board/Failure.h"
 
 namespace quorvel::board {
@@ -49,7 +48,7 @@ Places makeOpenPlaces(const Plan& plan) {
     places.state = plan.state;
     places.hostState = plan.state;
     places.socket = board / "run/wlmngr2.socket";
-    if (places.socket.size() >= sizeof sockaddr_un::sun_path)
+    if (places.socket.size() > common::kMaxSocketPath)
         throw BoardError("The path of the state folder " + plan.state.string() +
                          " is too long for a socket in it; name a shorter one.");
     writeFile(places.boardFile, plan.boardText, 0644);

@@ -15,7 +15,7 @@
 
 #include "common/Descriptor.h"
 #include "gateway/board/Failure.h"
-#include "gateway/manager/BoardFile.h"
+#include "gateway/description/Reader.h"
 
 namespace quorvel::board {
 namespace {
@@ -126,8 +126,8 @@ Plan makePlan(const Options& options) {
 
     const std::string board = findBoard(options);
     plan.boardText = readText(board, "board description");
-    const auto read = manager::parseBoard(plan.boardText, board);
-    if (const auto* wrong = std::get_if<manager::BoardError>(&read)) throw BoardError(wrong->message);
+    const auto read = description::parseBoard(plan.boardText, board);
+    if (const auto* wrong = std::get_if<description::Error>(&read)) throw BoardError(wrong->message);
     if (!options.configuration.empty()) plan.configurationText = readText(options.configuration, "host configuration");
     plan.state = findStateFolder(options);
     for (const std::string& writable : options.writableFolders)
@@ -158,7 +158,7 @@ std::string emulatorScript(const std::vector<std::string>& emulator, const std::
 }
 
 void writeFile(const std::string& path, const std::string& text, unsigned mode) {
-    const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode));
+    const common::Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode));
     if (!file) throw failure("Cannot create " + path);
     std::size_t done = 0;
     while (done < text.size()) {

@@ -76,7 +76,7 @@ class Source {
 
   private:
     fs::path path_;
-    Descriptor held_;
+    common::Descriptor held_;
 };
 
 struct Sources {
@@ -97,7 +97,7 @@ struct Sources {
 };
 
 void writeSetting(const std::string& path, const std::string& text) {
-    const Descriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    const common::Descriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC));
     if (!file || write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()))
         throw failure("Cannot write " + path);
 }
@@ -301,7 +301,7 @@ void quietenNetwork() {
 }
 
 void raiseLoopback() {
-    const Descriptor control(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const common::Descriptor control(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     ifreq request{};
     std::strcpy(request.ifr_name, "lo");
     request.ifr_flags = IFF_UP | IFF_RUNNING;

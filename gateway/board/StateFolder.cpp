@@ -47,10 +47,10 @@ void refuseForeignFolder(const std::string& folder) {
         throw BoardError("The board's state folder " + folder + " belongs to another user; name one of your own.");
 }
 
-Descriptor takeStateFolder(const std::string& folder) {
+common::Descriptor takeStateFolder(const std::string& folder) {
     createPrivate(folder);
     const std::string name = folder + "/.lock";
-    Descriptor lock(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    common::Descriptor lock(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!lock) throw failure("Cannot open the lock " + name);
     // A board that is just being powered off lets go of its folder within moments.
     int tries = 0;

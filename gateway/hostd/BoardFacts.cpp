@@ -73,7 +73,7 @@ Json interfaces() {
 }  // namespace
 
 Json boardFacts(const std::string& boardFile) {
-    const Json board = manager::parseShallow(contents(boardFile));
+    const Json board = common::parseShallow(contents(boardFile));
     const auto member = [&board](const char* name) {
         return board.is_object() && board.contains(name) ? board.at(name) : Json(nullptr);
     };

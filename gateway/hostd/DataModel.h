@@ -18,7 +18,7 @@ using Instances = std::array<std::uint32_t, 2>;
 enum class Call : std::uint8_t {
     kOrdinary,
     kPerStation,      ///< takes a station's MAC text
-    kChannelMetrics,  ///< fills a binary record, see ChannelRecords.h
+    kChannelMetrics,  ///< fills a binary record, see host/ChannelRecords.h
     kChannelStats,    ///< likewise
 };
 

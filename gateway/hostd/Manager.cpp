@@ -67,7 +67,7 @@ std::string Manager::restart() {
 }
 
 std::string Manager::control(const std::string& command) {
-    const Json request = manager::parseShallow(command);
+    const Json request = common::parseShallow(command);
     const std::string op = request.is_object() && request.contains("op") && request.at("op").is_string()
                                ? request.at("op").get<std::string>()
                                : "";

@@ -30,7 +30,7 @@ constexpr std::chrono::milliseconds kBetweenLooks{500};
 Fault noRequest() {
     return {FaultCode::kInternal,
             "",
-            "no JSON object of at most " + std::to_string(manager::kMaxJsonLevels) + " levels",
+            "no JSON object of at most " + std::to_string(common::kMaxJsonLevels) + " levels",
             "",
             0,
             ""};
@@ -182,7 +182,7 @@ void Server::accept() {
 }
 
 void Server::take(const std::shared_ptr<Connection>& connection, const std::string& line) {
-    const Json request = manager::parseShallow(line);
+    const Json request = common::parseShallow(line);
     if (!request.is_object()) {
         connection->send({{"id", nullptr}, {"faults", Json::array({toJson(noRequest())})}, {"done", true}});
         return;

@@ -4,9 +4,9 @@
 #include <nlohmann/json.hpp>
 
 #include "gateway/hostd/Accessors.h"
-#include "gateway/hostd/ChannelRecords.h"
 #include "gateway/hostd/LogTap.h"
 #include "gateway/hostd/Service.h"
+#include "host/ChannelRecords.h"
 
 namespace quorvel::hostd {
 
@@ -16,6 +16,9 @@ namespace {
 
 constexpr std::size_t kValuesPerPart = 64;
 constexpr std::uint32_t kInvalidInstance = 6;
+
+// The least text length that the plug-in takes for a measurement.
+constexpr std::uint32_t kMeasurementLength = 2048;
 
 // A measurement waits for a second of board time.
 constexpr std::chrono::milliseconds kMeasurementTime{1500};
@@ -29,28 +32,22 @@ std::string macText(const std::uint8_t* bytes) {
 
 Json decode(const ChannelMetricsRecord& record) {
     Json heard = Json::array();
-    for (std::uint32_t i = 0; i < std::min(record.count, kMaxHeard); ++i) {
-        heard.push_back({{"bssid", macText(record.heard[i].bssid)},
-                         {"width", record.heard[i].width},
-                         {"rssi", record.heard[i].rssi}});
+    for (std::uint32_t i = 0; i < std::min<std::uint32_t>(record.count, QUORVEL_MAX_CHANNEL_NEIGHBOURS); ++i) {
+        heard.push_back({{"bssid", macText(record.neighbours[i].bssid)},
+                         {"width", record.neighbours[i].width},
+                         {"rssi", record.neighbours[i].rssi}});
     }
     return {{"channel", record.channel},
             {"noise", record.noise},
             {"utilization", record.utilization},
-            {"transmitPower", record.transmitPower},
+            {"transmitPower", record.txPower},
             {"accessPoints", heard}};
 }
 
 Json decode(const ChannelStatsRecord& record) {
-    return {{"channel", record.channel},
-            {"noise", record.noise},
-            {"utilization", record.utilization},
-            {"total", record.total},
-            {"busy", record.busy},
-            {"busyTransmitting", record.busyTransmitting},
-            {"busyReceiving", record.busyReceiving},
-            {"busySelf", record.busySelf},
-            {"busyOther", record.busyOther}};
+    return {{"channel", record.channel},      {"noise", record.noise},       {"utilization", record.utilization},
+            {"total", record.total},          {"busy", record.busy},         {"busyTransmitting", record.busyTx},
+            {"busyReceiving", record.busyRx}, {"busySelf", record.busySelf}, {"busyOther", record.busyExt}};
 }
 
 template <typename Record>

@@ -51,14 +51,14 @@ void walk(const DataModel& model, int index, const std::vector<std::string_view>
             walk(model, child, segments, depth + (given ? 1 : 0), next, best);
             continue;
         }
-        const unsigned cost = editDistance(segment, below.name);
+        const unsigned cost = common::editDistance(segment, below.name);
         if (cost > below.name.size()) continue;
         walk(model, child, segments, depth + 1, {far.path + below.name + ".", far.cost + cost}, best);
     }
     if (depth + 1 != segments.size()) return;
     for (const int parameter : node.parameters) {
         const std::string_view name = model.parameters()[static_cast<std::size_t>(parameter)].name;
-        const unsigned cost = far.cost + editDistance(segment, name);
+        const unsigned cost = far.cost + common::editDistance(segment, name);
         if (cost - far.cost <= name.size() && cost < best.cost) best = {far.path + std::string(name), cost};
     }
 }
@@ -68,7 +68,8 @@ void walk(const DataModel& model, int index, const std::vector<std::string_view>
 std::string suggestPath(const DataModel& model, std::string_view path) {
     std::vector<std::string_view> segments = split(path);
     // The root may have been forgotten, or be misspelt like anything else.
-    if (!segments.empty() && editDistance(segments.front(), "Device") <= 2 * kLetter) segments.erase(segments.begin());
+    if (!segments.empty() && common::editDistance(segments.front(), "Device") <= 2 * kLetter)
+        segments.erase(segments.begin());
     Nearest best;
     walk(model, 0, segments, 0, {"Device.", 0}, best);
     return best.cost == std::numeric_limits<unsigned>::max() ? "" : best.path;

@@ -1,7 +1,6 @@
 // quorvel-wifi-host: the host process on the board.
 #include <fcntl.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -12,6 +11,7 @@
 #include <mutex>
 #include <nlohmann/json.hpp>
 
+#include "common/UnixListener.h"
 #include "gateway/board/Board.h"
 #include "gateway/hostd/BoardFacts.h"
 #include "gateway/hostd/BoardTime.h"
@@ -21,6 +21,7 @@
 #include "gateway/hostd/Server.h"
 #include "gateway/hostd/Service.h"
 #include "gateway/hostd/Simulation.h"
+#include "host/StationRecords.h"
 
 // Takes the place of the C library's, for the plug-in too.
 extern "C" __attribute__((visibility("default"))) unsigned sleep(unsigned seconds) {
@@ -37,9 +38,6 @@ constexpr unsigned kUnInitSeconds = 10;
 
 // A WLAN manager that is launched anew may take its time.
 constexpr std::chrono::seconds kLongestControl{15};
-
-// The event code of an association; the other one tells of its end.
-constexpr std::uint32_t kAssociated = 8;
 
 constexpr const char* kNotifySocket = "/tmp/notify-socket";
 
@@ -63,24 +61,21 @@ void report(int descriptor, const Json& line) {
 
 // The callback of station events. The plug-in's listener thread calls it.
 std::uint32_t stationEvent(std::uint32_t accessPoint, std::uint32_t event, void* station) {
-    const auto* const bytes = static_cast<const char*>(station);
+    StationEventRecord record{};
+    // Only an association has the whole record.
+    std::memcpy(&record, station, event == QUORVEL_EVENT_ASSOCIATED ? sizeof record : sizeof record.mac);
     Json line{{"accessPoint", accessPoint},
               {"event", event},
-              {"kind", event == kAssociated ? "associated" : "left"},
-              {"station", presentable(std::string_view(bytes, strnlen(bytes, 32)))}};
-    if (event == kAssociated) {
-        const auto word = [bytes](std::size_t offset) {
-            std::int32_t value = 0;
-            std::memcpy(&value, bytes + offset, sizeof value);
-            return value;
-        };
-        // The record of an association carries the station's details at these offsets.
-        line["signalStrength"] = word(36);
-        line["downlinkRate"] = word(40);
-        line["uplinkRate"] = word(44);
-        line["snr"] = word(52);
-        line["standard"] = presentable(std::string_view(bytes + 56, strnlen(bytes + 56, 64)));
-        line["bandwidth"] = word(120);
+              {"kind", event == QUORVEL_EVENT_ASSOCIATED ? "associated" : "left"},
+              {"station", presentable(std::string_view(record.mac, strnlen(record.mac, sizeof record.mac)))}};
+    if (event == QUORVEL_EVENT_ASSOCIATED) {
+        line["signalStrength"] = record.rssi;
+        line["downlinkRate"] = record.downlinkRate;
+        line["uplinkRate"] = record.uplinkRate;
+        line["snr"] = record.snr;
+        line["standard"] =
+            presentable(std::string_view(record.standard, strnlen(record.standard, sizeof record.standard)));
+        line["bandwidth"] = record.bandwidth;
     }
     theServer->publish(line);
     return 0;
@@ -108,14 +103,7 @@ void onSignal(int) {
 
 // The plug-in's places in /tmp are fixed: without a sandbox a second board would take the first one's.
 void refuseASecondBoard() {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    (void)std::snprintf(address.sun_path, sizeof address.sun_path, "%s", kNotifySocket);
-    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const bool served =
-        descriptor >= 0 && connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    if (descriptor >= 0) (void)close(descriptor);  // nothing was sent
-    if (!served) return;
+    if (!quorvel::common::isServed(kNotifySocket)) return;
     throw quorvel::board::BoardError(
         std::string("Without a sandbox the machine has room for one board, and one is up: ") + kNotifySocket +
         " is served already. Switch that one off, or leave --no-sandbox out.");

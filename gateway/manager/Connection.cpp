@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -11,6 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+#include "common/UnixAddress.h"
 
 namespace quorvel::manager {
 namespace {
@@ -71,16 +72,13 @@ void Connection::expectManager(bool expected) {
 bool Connection::connectOnce() {
     const char* path = std::getenv("QUORVEL_WLAN_SOCKET");
     if (path == nullptr || *path == '\0') path = kDefaultSocket;
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    const std::size_t length = std::strlen(path);
-    if (length >= sizeof address.sun_path) return false;
-    std::memcpy(address.sun_path, path, length);
+    const common::UnixAddress address(path);
+    if (!address.valid()) return false;
     socket_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (socket_ < 0) return false;
     owner_ = getpid();
     // A UNIX connect either succeeds or fails at once; with a full queue it says "try again", which is a failure here.
-    if (connect(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) return true;
+    if (connect(socket_, address.get(), common::UnixAddress::size()) == 0) return true;
     close();
     return false;
 }
@@ -188,7 +186,7 @@ char* Connection::callLong(const Request& request, std::int32_t& result) {
             return text;
         }
         Request more;
-        more.operation = Operation::More;
+        more.operation = Operation::kMore;
         more.words[0] = static_cast<std::uint32_t>(at);
         if (!call(more, answer) || answer.value != total) break;
     }

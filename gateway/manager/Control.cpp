@@ -2,7 +2,9 @@
 #include <csignal>
 #include <nlohmann/json.hpp>
 
+#include "common/InterfaceName.h"
 #include "common/JsonDepth.h"
+#include "gateway/description/Reader.h"
 #include "gateway/manager/Service.h"
 
 namespace quorvel::manager {
@@ -36,8 +38,8 @@ double numberOf(const Json& request, const char* key, double low, double high) {
     return value;
 }
 
-MacAddress macOf(const Json& request, const char* key) {
-    const auto mac = parseMac(textOf(request, key));
+common::MacAddress macOf(const Json& request, const char* key) {
+    const auto mac = common::parseMac(textOf(request, key));
     if (!mac) throw Refusal{std::string("\"") + key + "\" must be a MAC address such as \"02:00:00:12:34:56\""};
     return *mac;
 }
@@ -46,13 +48,10 @@ void check(const std::optional<std::string>& error) {
     if (error) throw Refusal{*error};
 }
 
-// Where in the request's text a mistake is says less than which key it is in.
-Refusal refusalOf(const BoardError& error) {
-    const std::size_t pointer = error.message.find(": /");
-    const std::size_t end = pointer == std::string::npos ? pointer : error.message.find(": ", pointer + 2);
-    if (end == std::string::npos) return {error.message};
-    const std::string key = error.message.substr(pointer + 3, end - pointer - 3);
-    return {(key.empty() ? "" : "\"" + key + "\": ") + error.message.substr(end + 2)};
+// Names the key of the request that is at fault.
+Refusal refusalOf(const description::Error& error) {
+    if (error.pointer.empty()) return {error.text};
+    return {"\"" + error.pointer.substr(1) + "\": " + error.text};
 }
 
 double seconds(Milliseconds time) {
@@ -60,10 +59,10 @@ double seconds(Milliseconds time) {
 }
 
 Json stationJson(const Model& model, const Station& station) {
-    Json result = {{"mac", formatMac(station.setup.mac)},
+    Json result = {{"mac", common::formatMac(station.setup.mac)},
                    {"accessPoint", station.setup.accessPoint},
-                   {"interface", interfaceName((station.setup.accessPoint - 1) / kBssPerRadio,
-                                               (station.setup.accessPoint - 1) % kBssPerRadio)},
+                   {"interface", common::interfaceName((station.setup.accessPoint - 1) / description::kBssPerRadio,
+                                                       (station.setup.accessPoint - 1) % description::kBssPerRadio)},
                    {"associated", station.associated},
                    {"wanted", station.wanted},
                    {"rssi", station.setup.rssi},
@@ -83,8 +82,8 @@ Json stationJson(const Model& model, const Station& station) {
     return result;
 }
 
-Json neighbourJson(const BoardNeighbour& neighbour) {
-    return {{"ssid", neighbour.ssid},         {"bssid", formatMac(neighbour.bssid)},
+Json neighbourJson(const description::Neighbour& neighbour) {
+    return {{"ssid", neighbour.ssid},         {"bssid", common::formatMac(neighbour.bssid)},
             {"channel", neighbour.channel},   {"width", neighbour.width},
             {"rssi", neighbour.rssi},         {"noise", neighbour.noise},
             {"security", neighbour.security}, {"ht", neighbour.ht},
@@ -98,20 +97,20 @@ Json stateJson(Service& service) {
         const Radio& radio = model.radios()[r];
         Json bss = Json::array();
         std::size_t stations = 0;
-        for (unsigned s = 0; s < kBssPerRadio; ++s) {
+        for (unsigned s = 0; s < description::kBssPerRadio; ++s) {
             const Bss& entry = radio.bss[s];
             stations += entry.stations.size();
-            bss.push_back({{"accessPoint", r * kBssPerRadio + s + 1},
-                           {"interface", interfaceName(r, s)},
+            bss.push_back({{"accessPoint", r * description::kBssPerRadio + s + 1},
+                           {"interface", common::interfaceName(r, s)},
                            {"ssid", entry.values.at("wlSsid")},
-                           {"bssid", formatMac(entry.factory.bssid)},
+                           {"bssid", common::formatMac(entry.factory.bssid)},
                            {"status", model.isUp(r, s) ? "Up" : "Down"},
                            {"security", entry.values.at("wlAuthMode")},
                            {"stations", entry.stations.size()}});
         }
         radios.push_back({{"radio", r + 1},
-                          {"interface", interfaceName(r, 0)},
-                          {"band", radio.factory.band == Band::k5GHz ? "5GHz" : "2.4GHz"},
+                          {"interface", common::interfaceName(r, 0)},
+                          {"band", radio.factory.band == common::Band::k5GHz ? "5GHz" : "2.4GHz"},
                           {"status", model.isUp(r) ? "Up" : "Down"},
                           {"channel", radio.currentChannel},
                           {"bandwidth", model.bandwidth(r)},
@@ -168,15 +167,16 @@ Json eventsRequest(const Model& model, const Json& request) {
 Json stationRequest(Model& model, const std::string& op, const Json& request) {
     if (op == "station.list") {
         Json stations = Json::array();
-        const auto only = request.contains("accessPoint")
-                              ? static_cast<unsigned>(numberOf(request, "accessPoint", 1, kMaxAccessPoints))
-                              : 0U;
+        const auto only =
+            request.contains("accessPoint")
+                ? static_cast<unsigned>(numberOf(request, "accessPoint", 1, description::kMaxAccessPoints))
+                : 0U;
         for (const Station& station : model.stations()) {
             if (only == 0 || station.setup.accessPoint == only) stations.push_back(stationJson(model, station));
         }
         return {{"stations", stations}};
     }
-    const MacAddress mac = macOf(request, "mac");
+    const common::MacAddress mac = macOf(request, "mac");
     if (op == "station.leave") {
         check(model.leaveStation(mac));
     } else if (op == "station.move") {
@@ -194,21 +194,21 @@ Json stationRequest(Model& model, const std::string& op, const Json& request) {
             // A station that is there already comes back as it was, perhaps elsewhere.
             if (!setup.contains("bss")) setup["bss"] = 1;
             const bool elsewhere = request.contains("bss");
-            const auto parsed = parseStation(setup.dump(), "request");
-            if (const auto* error = std::get_if<BoardError>(&parsed)) throw refusalOf(*error);
-            const auto& station = std::get<BoardStation>(parsed);
+            const auto parsed = description::parseStation(setup.dump(), "request");
+            if (const auto* error = std::get_if<description::Error>(&parsed)) throw refusalOf(*error);
+            const auto& station = std::get<description::Station>(parsed);
             if (request.contains("rssi")) check(model.moveStation(mac, station.rssi));
             check(model.rejoinStation(mac, elsewhere ? std::optional(station.accessPoint) : std::nullopt));
         } else {
             if (!setup.contains("bss")) {
-                throw Refusal{"the station " + formatMac(mac) +
+                throw Refusal{"the station " + common::formatMac(mac) +
                               " is new: name the access point that it joins (\"bss\")"};
             }
-            const auto parsed = parseStation(setup.dump(), "request");
-            if (const auto* error = std::get_if<BoardError>(&parsed)) throw refusalOf(*error);
-            auto station = std::get<BoardStation>(parsed);
+            const auto parsed = description::parseStation(setup.dump(), "request");
+            if (const auto* error = std::get_if<description::Error>(&parsed)) throw refusalOf(*error);
+            auto station = std::get<description::Station>(parsed);
             // Times in a request count from now.
-            for (StationStep& step : station.plan)
+            for (description::StationStep& step : station.plan)
                 step.at += seconds(model.now());
             check(model.joinStation(station));
         }
@@ -226,9 +226,9 @@ Json neighbourRequest(Model& model, const std::string& op, const Json& request) 
     if (op == "neighbour.add") {
         Json setup = request;
         setup.erase("op");
-        const auto parsed = parseNeighbour(setup.dump(), "request");
-        if (const auto* error = std::get_if<BoardError>(&parsed)) throw refusalOf(*error);
-        check(model.addNeighbour(std::get<BoardNeighbour>(parsed)));
+        const auto parsed = description::parseNeighbour(setup.dump(), "request");
+        if (const auto* error = std::get_if<description::Error>(&parsed)) throw refusalOf(*error);
+        check(model.addNeighbour(std::get<description::Neighbour>(parsed)));
         return Json::object();
     }
     if (op == "neighbour.remove") {
@@ -238,16 +238,16 @@ Json neighbourRequest(Model& model, const std::string& op, const Json& request) 
     if (op != "neighbour.list")
         throw Refusal{"unknown op \"" + op + "\"; known: neighbour.list, neighbour.add, neighbour.remove"};
     Json neighbours = Json::array();
-    for (const BoardNeighbour& neighbour : model.neighbours())
+    for (const description::Neighbour& neighbour : model.neighbours())
         neighbours.push_back(neighbourJson(neighbour));
     return {{"neighbours", neighbours}};
 }
 
-Amidst amidstOf(const std::string& moment) {
-    if (moment == "read") return Amidst::Read;
-    if (moment == "write") return Amidst::Write;
-    if (moment == "scan") return Amidst::Scan;
-    if (moment == "save") return Amidst::Save;
+FaultPoint amidstOf(const std::string& moment) {
+    if (moment == "read") return FaultPoint::kRead;
+    if (moment == "write") return FaultPoint::kWrite;
+    if (moment == "scan") return FaultPoint::kScan;
+    if (moment == "save") return FaultPoint::kSave;
     throw Refusal{"\"at\" must be one of read, write, scan, save"};
 }
 
@@ -268,20 +268,20 @@ Json faultRequest(Service& service, const Json& request) {
     else if (kind == "save")
         faults.save = request.value("on", true);
     else if (kind == "die" || kind == "stop") {
-        faults.amidst = amidstOf(textOf(request, "at"));
+        faults.point = amidstOf(textOf(request, "at"));
         faults.signal = kind == "die" ? SIGKILL : SIGSTOP;
     } else if (kind == "wl") {
         const std::string how = textOf(request, "how");
         if (how == "none")
-            faults.wl = ToolFault::None;
+            faults.wl = description::ToolFault::kNone;
         else if (how == "fails")
-            faults.wl = ToolFault::Fails;
+            faults.wl = description::ToolFault::kFails;
         else if (how == "empty")
-            faults.wl = ToolFault::Empty;
+            faults.wl = description::ToolFault::kEmpty;
         else if (how == "garbage")
-            faults.wl = ToolFault::Garbage;
+            faults.wl = description::ToolFault::kGarbage;
         else if (how == "hangs")
-            faults.wl = ToolFault::Hangs;
+            faults.wl = description::ToolFault::kHangs;
         else
             throw Refusal{"\"how\" must be one of none, fails, empty, garbage, hangs"};
     } else if (kind == "none") {
@@ -300,7 +300,7 @@ std::string Service::control(std::string_view json) {
     const auto refused = [](const std::string& text) {
         return Json{{"ok", false}, {"error", text}}.dump(-1, ' ', false, kReplace);
     };
-    const Json request = parseShallow(json);
+    const Json request = common::parseShallow(json);
     if (!request.is_object()) return refused("a control request is a JSON object such as {\"op\":\"state\"}");
     try {
         const std::string op = textOf(request, "op");

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <utility>
 
-#include "gateway/manager/Server.h"
+#include "common/UnixListener.h"
 
 namespace quorvel::manager {
 namespace {
@@ -21,19 +21,18 @@ EventSocket::EventSocket(std::string path) : path_(std::move(path)) {}
 EventSocket::~EventSocket() {
     for (const auto& entry : listeners_)
         (void)close(entry.first);
-    if (listener_ < 0) return;
-    (void)close(listener_);
+    if (!listener_) return;
     (void)unlink(path_.c_str());  // gone is as good
 }
 
 std::string EventSocket::open() {
     std::string problem;
-    listener_ = listenOn(path_, problem);
+    listener_ = common::listenOn(path_, problem);
     return problem;
 }
 
 void EventSocket::watch(std::vector<pollfd>& watched) const {
-    watched.push_back({listener_, POLLIN, 0});
+    watched.push_back({listener_.get(), POLLIN, 0});
     for (const auto& [descriptor, listener] : listeners_) {
         watched.push_back({descriptor, static_cast<short>(POLLIN | (listener.backlog.empty() ? 0 : POLLOUT)), 0});
     }
@@ -42,9 +41,9 @@ void EventSocket::watch(std::vector<pollfd>& watched) const {
 void EventSocket::serve(const std::vector<pollfd>& watched) {
     for (const pollfd& entry : watched) {
         if (entry.revents == 0) continue;
-        if (entry.fd == listener_) {
+        if (entry.fd == listener_.get()) {
             for (;;) {
-                const int descriptor = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+                const int descriptor = accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
                 if (descriptor < 0) break;
                 if (listeners_.size() < kMostListeners)
                     listeners_[descriptor];

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "common/Descriptor.h"
 #include "gateway/manager/Model.h"
 
 namespace quorvel::manager {
@@ -40,7 +41,7 @@ class EventSocket {
     void forget();
 
     std::string path_;
-    int listener_ = -1;
+    common::Descriptor listener_;
     std::map<int, Listener> listeners_;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "common/InterfaceName.h"
 #include "gateway/manager/Numbers.h"
 #include "gateway/manager/VariableTable.h"
 
@@ -17,18 +18,18 @@ constexpr Milliseconds kRestartTime = 3000;
 
 }  // namespace
 
-Model::Model(Board board, const Saved& saved, std::uint64_t seed)
+Model::Model(description::Board board, const Saved& saved, std::uint64_t seed)
     : board_(std::move(board)),
       neighbours_(board_.neighbours),
       system_(factorySystem()),
       nvram_(factoryNvram(board_)),
       random_(seed) {
-    for (const BoardRadio& factory : board_.radios) {
+    for (const description::Radio& factory : board_.radios) {
         Radio radio;
         radio.factory = factory;
         radio.values = factoryRadio(factory);
         radio.noise = factory.noise;
-        for (const BoardBss& factoryBssEntry : factory.bss) {
+        for (const description::Bss& factoryBssEntry : factory.bss) {
             Bss bss;
             bss.factory = factoryBssEntry;
             bss.values = factoryBss(factory, factoryBssEntry);
@@ -45,9 +46,9 @@ Model::Model(Board board, const Saved& saved, std::uint64_t seed)
         radios_[r].currentChannel = fixed ? leadingNumber(channel) : radios_[r].factory.channel;
         if (radios_[r].values.at("AutoChannelEnable") == "1") chooseChannel(r);
     }
-    for (const BoardStation& station : board_.stations) {
+    for (const description::Station& station : board_.stations) {
         // A description may name an access point of a radio that the board lacks; such a station is not there.
-        if (const auto error = joinStation(station)) log("refused", formatMac(station.mac) + ": " + *error);
+        if (const auto error = joinStation(station)) log("refused", common::formatMac(station.mac) + ": " + *error);
     }
 }
 
@@ -77,7 +78,7 @@ void Model::tick() {
         if (stations_[i].wanted && !stations_[i].associated && stations_[i].retryAt <= now_) tryJoin(i);
     }
     for (unsigned r = 0; r < radios_.size(); ++r) {
-        for (unsigned s = 0; s < kBssPerRadio; ++s)
+        for (unsigned s = 0; s < description::kBssPerRadio; ++s)
             runWps(r, s);
         const bool automatic = radios_[r].values.at("AutoChannelEnable") == "1";
         if (automatic && radios_[r].nextAutoChannel != 0 && radios_[r].nextAutoChannel <= now_) chooseChannel(r);
@@ -91,7 +92,7 @@ bool Model::isUp(unsigned radio) const {
 }
 
 bool Model::isUp(unsigned radio, unsigned sub) const {
-    return isUp(radio) && sub < kBssPerRadio && radios_[radio].bss[sub].values.at("wlEnblSsid") == "1";
+    return isUp(radio) && sub < description::kBssPerRadio && radios_[radio].bss[sub].values.at("wlEnblSsid") == "1";
 }
 
 std::uint32_t Model::upSeconds() const {
@@ -118,7 +119,7 @@ bool Model::startStopServices(unsigned index, unsigned command) {
 
 bool Model::restart(unsigned radio) {
     if (radio >= radios_.size()) return false;
-    log("restart", interfaceName(radio, 0));
+    log("restart", common::interfaceName(radio, 0));
     dropAll(radio, "the radio restarts");
     Radio& state = radios_[radio];
     const std::string& channel = state.values.at("wlChannel");
@@ -127,7 +128,7 @@ bool Model::restart(unsigned radio) {
     else if (!channel.empty() && channel != "0")
         useChannel(radio, leadingNumber(channel), "restart");
     for (Station& station : stations_) {
-        if ((station.setup.accessPoint - 1) / kBssPerRadio == radio) station.retryAt = now_ + kRestartTime;
+        if ((station.setup.accessPoint - 1) / description::kBssPerRadio == radio) station.retryAt = now_ + kRestartTime;
     }
     state.lastChange = now_;
     return true;

@@ -9,17 +9,17 @@
 #include <string_view>
 #include <vector>
 
-#include "gateway/manager/BoardFile.h"
+#include "gateway/description/Description.h"
 #include "gateway/manager/Clock.h"
 #include "gateway/manager/Random.h"
-#include "gateway/manager/Records.h"
+#include "gateway/manager/Values.h"
+#include "host/ChannelRecords.h"
+#include "host/StationRecords.h"
 
 // The simulated WLAN: radios, BSSs, stations, neighbours and the manager's variables. It knows neither sockets nor
 // files nor real time: it is moved through board time by advanceTo, and the same board, seed and requests at the same
 // times give the same state and the same log.
 namespace quorvel::manager {
-
-using Values = std::map<std::string, std::string, std::less<>>;
 
 // What survives a power cycle once it has been saved: variables that differ from the factory's, by "RADIO.SUB.NAME"
 // (SUB is
@@ -43,9 +43,9 @@ struct Counters {
 };
 
 struct Station {
-    BoardStation setup;      // as it is at present: moves change it
-    std::size_t planAt = 0;  // next step of its plan
-    std::string security;    // what the station is set up for
+    description::Station setup;  // as it is at present: moves change it
+    std::size_t planAt = 0;      // next step of its plan
+    std::string security;        // what the station is set up for
     std::string passphrase;
     bool wanted = false;  // tries to be associated
     bool associated = false;
@@ -63,7 +63,7 @@ struct WpsSession {
 };
 
 struct Bss {
-    BoardBss factory;
+    description::Bss factory;
     Values values;
     bool filterListPresent = false;
     std::vector<std::size_t> stations;  // associated, in order of association
@@ -74,7 +74,7 @@ struct Bss {
 };
 
 struct Radio {
-    BoardRadio factory;
+    description::Radio factory;
     Values values;
     unsigned currentChannel = 0;
     Milliseconds lastChange = 0;
@@ -107,7 +107,7 @@ struct StationMessage {
 class Model {
   public:
     // Puts the board at power-on: factory values, then what was saved.
-    Model(Board board, const Saved& saved, std::uint64_t seed);
+    Model(description::Board board, const Saved& saved, std::uint64_t seed);
 
     // Lets board time go on to `now`, which must not go back.
     void advanceTo(Milliseconds now);
@@ -131,7 +131,8 @@ class Model {
     [[nodiscard]] bool switchChannel(unsigned radio, std::string_view text);  // "44" or "44/80"
 
     // Information. Nothing when there is no such radio, BSS or station.
-    [[nodiscard]] std::optional<StationRecord> stationInfo(unsigned radio, unsigned sub, std::string_view mac) const;
+    [[nodiscard]] std::optional<ManagerStationRecord> stationInfo(unsigned radio, unsigned sub,
+                                                                  std::string_view mac) const;
     [[nodiscard]] std::optional<SsidRecord> ssidInfo(unsigned radio, unsigned sub) const;
     [[nodiscard]] std::uint32_t upSeconds() const;
     [[nodiscard]] std::uint32_t radioUpSeconds(unsigned radio) const;
@@ -144,13 +145,15 @@ class Model {
     [[nodiscard]] unsigned utilization(unsigned radio, unsigned channel) const;  // percent
 
     // Surroundings. Errors are texts that say what to change; nothing is success.
-    [[nodiscard]] std::optional<std::string> joinStation(const BoardStation& setup);
-    [[nodiscard]] std::optional<std::string> rejoinStation(const MacAddress& mac, std::optional<unsigned> accessPoint);
-    [[nodiscard]] std::optional<std::string> leaveStation(const MacAddress& mac);
-    [[nodiscard]] std::optional<std::string> moveStation(const MacAddress& mac, int rssi);
-    [[nodiscard]] std::optional<std::string> setTraffic(const MacAddress& mac, unsigned downlink, unsigned uplink);
-    [[nodiscard]] std::optional<std::string> addNeighbour(const BoardNeighbour& neighbour);
-    [[nodiscard]] std::optional<std::string> removeNeighbour(const MacAddress& bssid);
+    [[nodiscard]] std::optional<std::string> joinStation(const description::Station& setup);
+    [[nodiscard]] std::optional<std::string> rejoinStation(const common::MacAddress& mac,
+                                                           std::optional<unsigned> accessPoint);
+    [[nodiscard]] std::optional<std::string> leaveStation(const common::MacAddress& mac);
+    [[nodiscard]] std::optional<std::string> moveStation(const common::MacAddress& mac, int rssi);
+    [[nodiscard]] std::optional<std::string> setTraffic(const common::MacAddress& mac, unsigned downlink,
+                                                        unsigned uplink);
+    [[nodiscard]] std::optional<std::string> addNeighbour(const description::Neighbour& neighbour);
+    [[nodiscard]] std::optional<std::string> removeNeighbour(const common::MacAddress& bssid);
     // Why the station is not let in, or nothing when it is or would be.
     [[nodiscard]] std::optional<std::string> refusal(const Station& station) const;
 
@@ -158,7 +161,7 @@ class Model {
     void reseed(std::uint64_t seed);
 
     // Whole state, for reading.
-    [[nodiscard]] const Board& board() const {
+    [[nodiscard]] const description::Board& board() const {
         return board_;
     }
     [[nodiscard]] const std::vector<Radio>& radios() const {
@@ -167,7 +170,7 @@ class Model {
     [[nodiscard]] const std::vector<Station>& stations() const {
         return stations_;
     }
-    [[nodiscard]] const std::vector<BoardNeighbour>& neighbours() const {
+    [[nodiscard]] const std::vector<description::Neighbour>& neighbours() const {
         return neighbours_;
     }
     [[nodiscard]] const std::deque<LogEntry>& entries() const {
@@ -179,7 +182,7 @@ class Model {
     [[nodiscard]] int noise(unsigned radio) const {
         return radios_[radio].noise;
     }
-    [[nodiscard]] StationRecord record(const Station& station) const;
+    [[nodiscard]] ManagerStationRecord record(const Station& station) const;
     [[nodiscard]] unsigned downlinkRate(const Station& station) const;  // kbit/s
     [[nodiscard]] unsigned uplinkRate(const Station& station) const;
 
@@ -209,8 +212,8 @@ class Model {
     void useChannel(unsigned radio, unsigned channel, const char* why);
     void chooseChannel(unsigned radio);
 
-    [[nodiscard]] Station* find(const MacAddress& mac);
-    [[nodiscard]] const Station* find(const MacAddress& mac) const;
+    [[nodiscard]] Station* find(const common::MacAddress& mac);
+    [[nodiscard]] const Station* find(const common::MacAddress& mac) const;
     [[nodiscard]] Bss* bssOf(const Station& station);
     [[nodiscard]] const Bss* bssOf(const Station& station) const;
     [[nodiscard]] std::optional<std::string> securityMismatch(const Station& station, const Bss& bss) const;
@@ -227,10 +230,10 @@ class Model {
     void wpsCommand(unsigned radio, unsigned sub);
     void runTraffic();
 
-    Board board_;
+    description::Board board_;
     std::vector<Radio> radios_;
     std::vector<Station> stations_;
-    std::vector<BoardNeighbour> neighbours_;
+    std::vector<description::Neighbour> neighbours_;
     Values system_;
     Values nvram_;
     bool securityDaemons_ = true;
@@ -240,8 +243,5 @@ class Model {
     std::uint64_t lastEntry_ = 0;
     std::vector<StationMessage> messages_;
 };
-
-// Name of the interface that carries a BSS: "wl0", "wl0.1".
-[[nodiscard]] std::string interfaceName(unsigned radio, unsigned sub);
 
 }  // namespace quorvel::manager

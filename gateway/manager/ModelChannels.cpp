@@ -2,7 +2,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "gateway/manager/Channels.h"
+#include "common/InterfaceName.h"
+#include "common/RadioChannels.h"
 #include "gateway/manager/Model.h"
 #include "gateway/manager/Numbers.h"
 #include "gateway/manager/VariableTable.h"
@@ -30,7 +31,7 @@ bool listNames(const std::string& list, unsigned channel) {
 }
 
 // Percent of air time that a neighbour takes where it is heard.
-unsigned activity(const BoardNeighbour& neighbour) {
+unsigned activity(const description::Neighbour& neighbour) {
     const unsigned share = neighbour.qbss >= 0 ? static_cast<unsigned>(neighbour.qbss) * 100 / 255 : 8;
     const auto strength = static_cast<unsigned>(std::clamp(neighbour.rssi + 95, 0, 40));
     return share * strength / 40;
@@ -42,7 +43,8 @@ bool Model::isUsable(unsigned radio, unsigned channel) const {
     const Radio& state = radios_[radio];
     const auto& possible = state.factory.possibleChannels;
     if (std::find(possible.begin(), possible.end(), channel) == possible.end()) return false;
-    return state.factory.band == Band::k2_4GHz || !isRadarChannel(channel) || state.values.at("WlRegMode") == "1";
+    return state.factory.band == common::Band::k2_4GHz || !common::isRadarChannel(channel) ||
+           state.values.at("WlRegMode") == "1";
 }
 
 unsigned Model::bandwidth(unsigned radio) const {
@@ -53,7 +55,7 @@ unsigned Model::bandwidth(unsigned radio) const {
 void Model::useChannel(unsigned radio, unsigned channel, const char* why) {
     Radio& state = radios_[radio];
     if (state.currentChannel == channel) return;
-    log("channel", interfaceName(radio, 0) + " " + std::to_string(state.currentChannel) + " to " +
+    log("channel", common::interfaceName(radio, 0) + " " + std::to_string(state.currentChannel) + " to " +
                        std::to_string(channel) + " (" + why + ")");
     state.currentChannel = channel;
 }
@@ -67,9 +69,9 @@ void Model::chooseChannel(unsigned radio) {
         if (!isUsable(radio, channel) || listNames(state.values.at("wlAcsExclChannels"), channel)) continue;
         const std::string& preferred = state.values.at("wlAcsPrefChannels");
         unsigned score = listNames(preferred, channel) || preferred.empty() ? 0 : 1000;
-        for (const BoardNeighbour& neighbour : neighbours_) {
-            const ChannelText theirs{neighbour.primaryChannel, neighbour.width};
-            if (channelsOverlap({channel, bandwidth(radio)}, theirs)) score += activity(neighbour) + 1;
+        for (const description::Neighbour& neighbour : neighbours_) {
+            const common::ChannelText theirs{neighbour.primaryChannel, neighbour.width};
+            if (common::channelsOverlap({channel, bandwidth(radio)}, theirs)) score += activity(neighbour) + 1;
         }
         if (channel == state.currentChannel && score > 0) --score;  // no change without a gain
         if (best != 0 && score >= bestScore) continue;
@@ -84,8 +86,9 @@ void Model::chooseChannel(unsigned radio) {
 bool Model::switchChannel(unsigned radio, std::string_view text) {
     if (radio >= radios_.size() || !isUp(radio)) return false;
     Radio& state = radios_[radio];
-    const auto wanted = parseChannelText(text);
-    if (!wanted || !isUsable(radio, wanted->primary) || !isBandwidth(state.factory.band, wanted->width)) return false;
+    const auto wanted = common::parseChannelText(text);
+    if (!wanted || !isUsable(radio, wanted->primary) || !common::isBandwidth(state.factory.band, wanted->width))
+        return false;
     state.values["AutoChannelEnable"] = "0";
     state.values["wlChannel"] = std::to_string(wanted->primary);
     const bool widthGiven = text.find_first_not_of("0123456789") != std::string_view::npos;
@@ -102,9 +105,11 @@ bool Model::switchChannel(unsigned radio, std::string_view text) {
 
 unsigned Model::utilization(unsigned radio, unsigned channel) const {
     const Radio& state = radios_[radio];
-    unsigned busy = channelsOverlap({channel, 20}, {state.currentChannel, bandwidth(radio)}) ? state.selfBusy : 0;
-    for (const BoardNeighbour& neighbour : neighbours_) {
-        if (channelsOverlap({channel, 20}, {neighbour.primaryChannel, neighbour.width})) busy += activity(neighbour);
+    unsigned busy =
+        common::channelsOverlap({channel, 20}, {state.currentChannel, bandwidth(radio)}) ? state.selfBusy : 0;
+    for (const description::Neighbour& neighbour : neighbours_) {
+        if (common::channelsOverlap({channel, 20}, {neighbour.primaryChannel, neighbour.width}))
+            busy += activity(neighbour);
     }
     return std::min(busy, kMostBusy);
 }
@@ -117,7 +122,7 @@ bool Model::startMeasurement(unsigned radio, unsigned channel, unsigned dwell) {
     if (std::find(possible.begin(), possible.end(), measured) == possible.end()) return false;
     state.measuredChannel = measured;
     state.measuredDwell = std::clamp(dwell, 1U, 1000U);
-    log("measure", interfaceName(radio, 0) + " channel " + std::to_string(measured) + " for " +
+    log("measure", common::interfaceName(radio, 0) + " channel " + std::to_string(measured) + " for " +
                        std::to_string(state.measuredDwell) + " ms");
     return true;
 }
@@ -131,10 +136,11 @@ std::optional<ChannelMetricsRecord> Model::channelMetrics(unsigned radio) const 
     result.noise = state.noise;
     result.utilization = static_cast<std::int32_t>(utilization(radio, state.measuredChannel));
     const std::string& percent = state.values.at("wlTxPwrPcnt");
-    const int highest = state.factory.band == Band::k5GHz ? 23 : 20;
+    const int highest = state.factory.band == common::Band::k5GHz ? 23 : 20;
     result.txPower = highest - (percent == "75" ? 1 : percent == "50" ? 3 : percent == "25" ? 6 : 0);
-    for (const BoardNeighbour& neighbour : neighbours_) {
-        if (neighbour.primaryChannel != state.measuredChannel || result.count == kMaxChannelNeighbours) continue;
+    for (const description::Neighbour& neighbour : neighbours_) {
+        if (neighbour.primaryChannel != state.measuredChannel || result.count == QUORVEL_MAX_CHANNEL_NEIGHBOURS)
+            continue;
         ChannelNeighbour& entry = result.neighbours[result.count++];
         std::memcpy(entry.bssid, neighbour.bssid.bytes, sizeof entry.bssid);
         entry.width = neighbour.width;
@@ -146,7 +152,7 @@ std::optional<ChannelMetricsRecord> Model::channelMetrics(unsigned radio) const 
 std::optional<ChannelStatsRecord> Model::channelStats(unsigned radio) const {
     if (radio >= radios_.size() || radios_[radio].measuredDwell == 0) return std::nullopt;
     const Radio& state = radios_[radio];
-    const bool own = channelsOverlap({state.measuredChannel, 20}, {state.currentChannel, bandwidth(radio)});
+    const bool own = common::channelsOverlap({state.measuredChannel, 20}, {state.currentChannel, bandwidth(radio)});
     const unsigned busy = utilization(radio, state.measuredChannel);
     const unsigned self = own ? std::min(state.selfBusy, busy) : 0;
     ChannelStatsRecord result = {};
@@ -169,12 +175,13 @@ std::optional<ChannelStats2Record> Model::channelStats2(unsigned radio) const {
     const Radio& state = radios_[radio];
     ChannelStats2Record result = {};
     const unsigned busy = utilization(radio, state.currentChannel);
-    result.frequency = channelFrequency(state.currentChannel);
+    result.frequency = common::channelFrequency(state.currentChannel);
     result.noiseFloor = state.noise;
     result.non80211Noise = state.noise - 3;
     result.max80211Rssi = state.noise;
-    for (const BoardNeighbour& neighbour : neighbours_) {
-        const bool heard = channelsOverlap({state.currentChannel, 20}, {neighbour.primaryChannel, neighbour.width});
+    for (const description::Neighbour& neighbour : neighbours_) {
+        const bool heard =
+            common::channelsOverlap({state.currentChannel, 20}, {neighbour.primaryChannel, neighbour.width});
         if (heard) result.max80211Rssi = std::max(result.max80211Rssi, neighbour.rssi);
     }
     result.selfBssUtil = std::min(state.selfBusy, busy);

@@ -16,10 +16,10 @@ constexpr std::size_t kMostStations = 16384;
 constexpr std::size_t kMostNeighbours = 20000;
 constexpr std::size_t kMostMessages = 4096;
 
-bool listHolds(const std::string& list, const MacAddress& mac) {
+bool listHolds(const std::string& list, const common::MacAddress& mac) {
     constexpr std::size_t kWidth = 17;
     for (std::size_t at = 0; at + kWidth <= list.size();) {
-        const auto entry = parseMac(list.substr(at, kWidth));
+        const auto entry = common::parseMac(list.substr(at, kWidth));
         if (entry == mac) return true;
         at += entry ? kWidth + 1 : 1;
     }
@@ -36,16 +36,16 @@ bool hasWord(std::string_view words, std::string_view word) {
 }
 
 std::string described(const Station& station) {
-    return formatMac(station.setup.mac) + " on access point " + std::to_string(station.setup.accessPoint);
+    return common::formatMac(station.setup.mac) + " on access point " + std::to_string(station.setup.accessPoint);
 }
 
 }  // namespace
 
-Station* Model::find(const MacAddress& mac) {
+Station* Model::find(const common::MacAddress& mac) {
     return const_cast<Station*>(static_cast<const Model*>(this)->find(mac));
 }
 
-const Station* Model::find(const MacAddress& mac) const {
+const Station* Model::find(const common::MacAddress& mac) const {
     const auto found = std::find_if(stations_.begin(), stations_.end(),
                                     [&](const Station& station) { return station.setup.mac == mac; });
     return found == stations_.end() ? nullptr : &*found;
@@ -57,8 +57,8 @@ Bss* Model::bssOf(const Station& station) {
 
 const Bss* Model::bssOf(const Station& station) const {
     const unsigned index = station.setup.accessPoint - 1;
-    const unsigned radio = index / kBssPerRadio;
-    return radio < radios_.size() ? &radios_[radio].bss[index % kBssPerRadio] : nullptr;
+    const unsigned radio = index / description::kBssPerRadio;
+    return radio < radios_.size() ? &radios_[radio].bss[index % description::kBssPerRadio] : nullptr;
 }
 
 std::optional<std::string> Model::securityMismatch(const Station& station, const Bss& bss) const {
@@ -89,7 +89,7 @@ std::optional<std::string> Model::securityMismatch(const Station& station, const
 std::optional<std::string> Model::refusal(const Station& station) const {
     const Bss* bss = bssOf(station);
     if (bss == nullptr) return "there is no such access point";
-    const unsigned radio = (station.setup.accessPoint - 1) / kBssPerRadio;
+    const unsigned radio = (station.setup.accessPoint - 1) / description::kBssPerRadio;
     if (!isUp(radio)) return "the radio is down";
     if (bss->values.at("wlEnblSsid") != "1") return "the access point is off";
     const std::string& filter = bss->values.at("wlFltMacMode");
@@ -109,12 +109,12 @@ void Model::message(const Station& station, std::uint32_t event) {
     if (messages_.size() >= kMostMessages) messages_.erase(messages_.begin());
     StationMessage result;
     const unsigned index = station.setup.accessPoint - 1;
-    result.bytes.header.radio = index / kBssPerRadio;
-    result.bytes.header.bss = index % kBssPerRadio;
+    result.bytes.header.radio = index / description::kBssPerRadio;
+    result.bytes.header.bss = index % description::kBssPerRadio;
     result.bytes.header.event = event;
     std::memcpy(result.bytes.header.mac, station.setup.mac.bytes, sizeof result.bytes.header.mac);
-    result.size = sizeof(EventHeader);
-    if (event == kStationAssociated) {
+    result.size = sizeof(StationEventHeader);
+    if (event == QUORVEL_EVENT_ASSOCIATED) {
         result.bytes.station = record(station);
         result.size = sizeof(AssociationMessage);
     }
@@ -136,7 +136,7 @@ void Model::associate(std::size_t index) {
     ++station.associations;
     bss->stations.push_back(index);
     log("join", described(station));
-    message(station, kStationAssociated);
+    message(station, QUORVEL_EVENT_ASSOCIATED);
 }
 
 void Model::dissociate(std::size_t index, const std::string& why) {
@@ -145,7 +145,7 @@ void Model::dissociate(std::size_t index, const std::string& why) {
     station.associated = false;
     if (Bss* bss = bssOf(station)) std::erase(bss->stations, index);
     log("leave", described(station) + ": " + why);
-    message(station, kStationAuthentication);
+    message(station, QUORVEL_EVENT_AUTHENTICATION);
 }
 
 void Model::tryJoin(std::size_t index) {
@@ -176,23 +176,24 @@ void Model::dropRefused() {
 
 void Model::dropAll(unsigned radio, const std::string& why) {
     for (std::size_t i = 0; i < stations_.size(); ++i) {
-        if ((stations_[i].setup.accessPoint - 1) / kBssPerRadio != radio || !stations_[i].associated) continue;
+        if ((stations_[i].setup.accessPoint - 1) / description::kBssPerRadio != radio || !stations_[i].associated)
+            continue;
         dissociate(i, why);
         stations_[i].retryAt = now_ + kRejoinDelay;
     }
 }
 
-std::optional<std::string> Model::joinStation(const BoardStation& setup) {
-    if (setup.accessPoint > radios_.size() * kBssPerRadio) {
+std::optional<std::string> Model::joinStation(const description::Station& setup) {
+    if (setup.accessPoint > radios_.size() * description::kBssPerRadio) {
         return "access point " + std::to_string(setup.accessPoint) + " is not on this board";
     }
-    if (find(setup.mac) != nullptr) return "station " + formatMac(setup.mac) + " exists already";
+    if (find(setup.mac) != nullptr) return "station " + common::formatMac(setup.mac) + " exists already";
     if (stations_.size() >= kMostStations)
         return "a board carries at most " + std::to_string(kMostStations) + " stations";
     Station station;
     station.setup = setup;
     const Bss* bss = bssOf(station);
-    const BoardBss& factory = bss->factory;
+    const description::Bss& factory = bss->factory;
     station.security = setup.security.value_or(factory.security);
     const bool wep = station.security.starts_with("WEP");
     const bool wps = setup.wpsPushButton || !setup.wpsPin.empty();
@@ -202,11 +203,11 @@ std::optional<std::string> Model::joinStation(const BoardStation& setup) {
     return std::nullopt;
 }
 
-std::optional<std::string> Model::rejoinStation(const MacAddress& mac, std::optional<unsigned> accessPoint) {
+std::optional<std::string> Model::rejoinStation(const common::MacAddress& mac, std::optional<unsigned> accessPoint) {
     Station* station = find(mac);
-    if (station == nullptr) return "there is no station " + formatMac(mac);
+    if (station == nullptr) return "there is no station " + common::formatMac(mac);
     const auto index = static_cast<std::size_t>(station - stations_.data());
-    if (accessPoint && *accessPoint > radios_.size() * kBssPerRadio) {
+    if (accessPoint && *accessPoint > radios_.size() * description::kBssPerRadio) {
         return "access point " + std::to_string(*accessPoint) + " is not on this board";
     }
     if (accessPoint && *accessPoint != station->setup.accessPoint) {
@@ -223,45 +224,46 @@ std::optional<std::string> Model::rejoinStation(const MacAddress& mac, std::opti
     return std::nullopt;
 }
 
-std::optional<std::string> Model::leaveStation(const MacAddress& mac) {
+std::optional<std::string> Model::leaveStation(const common::MacAddress& mac) {
     Station* station = find(mac);
-    if (station == nullptr) return "there is no station " + formatMac(mac);
+    if (station == nullptr) return "there is no station " + common::formatMac(mac);
     station->wanted = false;
     dissociate(static_cast<std::size_t>(station - stations_.data()), "it left");
     return std::nullopt;
 }
 
-std::optional<std::string> Model::moveStation(const MacAddress& mac, int rssi) {
+std::optional<std::string> Model::moveStation(const common::MacAddress& mac, int rssi) {
     Station* station = find(mac);
-    if (station == nullptr) return "there is no station " + formatMac(mac);
+    if (station == nullptr) return "there is no station " + common::formatMac(mac);
     station->setup.rssi = rssi;
-    log("move", formatMac(mac) + " rssi " + std::to_string(rssi));
+    log("move", common::formatMac(mac) + " rssi " + std::to_string(rssi));
     return std::nullopt;
 }
 
-std::optional<std::string> Model::setTraffic(const MacAddress& mac, unsigned downlink, unsigned uplink) {
+std::optional<std::string> Model::setTraffic(const common::MacAddress& mac, unsigned downlink, unsigned uplink) {
     Station* station = find(mac);
-    if (station == nullptr) return "there is no station " + formatMac(mac);
+    if (station == nullptr) return "there is no station " + common::formatMac(mac);
     station->setup.downlinkTraffic = downlink;
     station->setup.uplinkTraffic = uplink;
-    log("traffic", formatMac(mac) + " downlink " + std::to_string(downlink) + " uplink " + std::to_string(uplink));
+    log("traffic",
+        common::formatMac(mac) + " downlink " + std::to_string(downlink) + " uplink " + std::to_string(uplink));
     return std::nullopt;
 }
 
-std::optional<std::string> Model::addNeighbour(const BoardNeighbour& neighbour) {
+std::optional<std::string> Model::addNeighbour(const description::Neighbour& neighbour) {
     if (neighbours_.size() >= kMostNeighbours)
         return "a board hears at most " + std::to_string(kMostNeighbours) + " neighbours";
-    std::erase_if(neighbours_, [&](const BoardNeighbour& other) { return other.bssid == neighbour.bssid; });
+    std::erase_if(neighbours_, [&](const description::Neighbour& other) { return other.bssid == neighbour.bssid; });
     neighbours_.push_back(neighbour);
-    log("neighbour", "added " + formatMac(neighbour.bssid) + " on channel " + neighbour.channel);
+    log("neighbour", "added " + common::formatMac(neighbour.bssid) + " on channel " + neighbour.channel);
     return std::nullopt;
 }
 
-std::optional<std::string> Model::removeNeighbour(const MacAddress& bssid) {
-    if (std::erase_if(neighbours_, [&](const BoardNeighbour& other) { return other.bssid == bssid; }) == 0) {
-        return "there is no neighbour " + formatMac(bssid);
+std::optional<std::string> Model::removeNeighbour(const common::MacAddress& bssid) {
+    if (std::erase_if(neighbours_, [&](const description::Neighbour& other) { return other.bssid == bssid; }) == 0) {
+        return "there is no neighbour " + common::formatMac(bssid);
     }
-    log("neighbour", "removed " + formatMac(bssid));
+    log("neighbour", "removed " + common::formatMac(bssid));
     return std::nullopt;
 }
 
@@ -269,18 +271,18 @@ void Model::followPlan(std::size_t index) {
     Station& station = stations_[index];
     while (station.planAt < station.setup.plan.size() &&
            station.setup.plan[station.planAt].at * 1000 <= static_cast<double>(now_)) {
-        const StationStep step = station.setup.plan[station.planAt++];
+        const description::StationStep step = station.setup.plan[station.planAt++];
         if (step.rssi) station.setup.rssi = *step.rssi;
         // Its own plan names access points that the board has not been checked for: such a step is left out.
-        if (step.kind == StationStep::Kind::Leave) (void)leaveStation(station.setup.mac);
-        if (step.kind == StationStep::Kind::Join || step.accessPoint)
+        if (step.kind == description::StationStep::Kind::kLeave) (void)leaveStation(station.setup.mac);
+        if (step.kind == description::StationStep::Kind::kJoin || step.accessPoint)
             (void)rejoinStation(station.setup.mac, step.accessPoint);
     }
 }
 
 unsigned Model::downlinkRate(const Station& station) const {
     if (station.setup.downlinkRate != 0) return station.setup.downlinkRate;
-    const unsigned radio = (station.setup.accessPoint - 1) / kBssPerRadio;
+    const unsigned radio = (station.setup.accessPoint - 1) / description::kBssPerRadio;
     const unsigned width = std::min(station.setup.bandwidth, radio < radios_.size() ? bandwidth(radio) : 20U);
     // Two streams at best; what remains of it shrinks with the signal.
     const bool fast = station.setup.standard.find("ac") != std::string::npos ||
@@ -297,11 +299,11 @@ unsigned Model::uplinkRate(const Station& station) const {
     return station.setup.uplinkRate != 0 ? station.setup.uplinkRate : downlinkRate(station) / 10 * 9;
 }
 
-StationRecord Model::record(const Station& station) const {
-    StationRecord result = {};
-    const unsigned radio = (station.setup.accessPoint - 1) / kBssPerRadio;
+ManagerStationRecord Model::record(const Station& station) const {
+    ManagerStationRecord result = {};
+    const unsigned radio = (station.setup.accessPoint - 1) / description::kBssPerRadio;
     const int floor = radio < radios_.size() ? radios_[radio].noise : -91;
-    const std::string mac = formatMac(station.setup.mac);
+    const std::string mac = common::formatMac(station.setup.mac);
     const auto low = [](std::uint64_t counter) { return static_cast<std::uint32_t>(counter); };
     std::memcpy(result.mac, mac.data(), mac.size());
     result.authenticated = station.associated ? 1 : 0;
@@ -327,9 +329,9 @@ StationRecord Model::record(const Station& station) const {
     return result;
 }
 
-std::optional<StationRecord> Model::stationInfo(unsigned radio, unsigned sub, std::string_view mac) const {
-    if (radio >= radios_.size() || sub >= kBssPerRadio) return std::nullopt;
-    const auto address = parseMac(std::string(mac));
+std::optional<ManagerStationRecord> Model::stationInfo(unsigned radio, unsigned sub, std::string_view mac) const {
+    if (radio >= radios_.size() || sub >= description::kBssPerRadio) return std::nullopt;
+    const auto address = common::parseMac(std::string(mac));
     if (!address) return std::nullopt;
     for (const std::size_t index : radios_[radio].bss[sub].stations) {
         if (stations_[index].setup.mac == *address) return record(stations_[index]);
@@ -338,7 +340,7 @@ std::optional<StationRecord> Model::stationInfo(unsigned radio, unsigned sub, st
 }
 
 std::optional<SsidRecord> Model::ssidInfo(unsigned radio, unsigned sub) const {
-    if (radio >= radios_.size() || sub >= kBssPerRadio) return std::nullopt;
+    if (radio >= radios_.size() || sub >= description::kBssPerRadio) return std::nullopt;
     SsidRecord result = {};
     const std::string& ssid = radios_[radio].bss[sub].values.at("wlSsid");
     std::memcpy(result.ssid, ssid.data(), std::min(ssid.size(), sizeof result.ssid - 1));

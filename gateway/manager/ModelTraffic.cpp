@@ -71,7 +71,7 @@ void Model::runTraffic() {
 std::vector<Model::KernelTraffic> Model::takeKernelTraffic() {
     std::vector<KernelTraffic> result;
     for (unsigned r = 0; r < radios_.size(); ++r) {
-        for (unsigned s = 0; s < kBssPerRadio; ++s) {
+        for (unsigned s = 0; s < description::kBssPerRadio; ++s) {
             Bss& bss = radios_[r].bss[s];
             if (bss.pendingTx == 0 && bss.pendingRx == 0) continue;
             result.push_back({r, s, bss.pendingTx, bss.pendingRx});

@@ -3,7 +3,8 @@
 #include <array>
 #include <charconv>
 
-#include "gateway/manager/Channels.h"
+#include "common/InterfaceName.h"
+#include "common/RadioChannels.h"
 #include "gateway/manager/Model.h"
 #include "gateway/manager/VariableTable.h"
 
@@ -42,26 +43,19 @@ void collect(Saved& saved, const std::string& radio, const std::string& sub, con
              const Values& factory) {
     for (const auto& [name, value] : values) {
         const Variable* variable = findVariable(name);
-        if (variable == nullptr || variable->kind != Kind::Stored || factory.at(name) == value) continue;
+        if (variable == nullptr || variable->kind != Kind::kStored || factory.at(name) == value) continue;
         saved.variables[savedName(radio, sub, name)] = value;
     }
 }
 
 }  // namespace
 
-std::string interfaceName(unsigned radio, unsigned sub) {
-    std::string name = "wl";
-    name += std::to_string(radio);
-    if (sub != 0) name += "." + std::to_string(sub);
-    return name;
-}
-
 const Values* Model::valuesOf(unsigned radio, unsigned sub, std::string_view name) const {
     const Variable* variable = findVariable(name);
     if (variable == nullptr) return nullptr;
-    if (variable->scope == Scope::System) return &system_;
-    if (radio >= radios_.size() || sub >= kBssPerRadio) return nullptr;
-    return variable->scope == Scope::Radio ? &radios_[radio].values : &radios_[radio].bss[sub].values;
+    if (variable->scope == Scope::kSystem) return &system_;
+    if (radio >= radios_.size() || sub >= description::kBssPerRadio) return nullptr;
+    return variable->scope == Scope::kRadio ? &radios_[radio].values : &radios_[radio].bss[sub].values;
 }
 
 Values* Model::valuesOf(unsigned radio, unsigned sub, std::string_view name) {
@@ -70,8 +64,9 @@ Values* Model::valuesOf(unsigned radio, unsigned sub, std::string_view name) {
 
 std::optional<std::string> Model::computed(unsigned radio, unsigned sub, std::string_view name) const {
     if (name == "radio_number") return std::to_string(radios_.size());
-    if (name == "bssid_number" || name == "ssid_number") return std::to_string(radios_.size() * kBssPerRadio);
-    if (radio >= radios_.size() || sub >= kBssPerRadio) return std::nullopt;
+    if (name == "bssid_number" || name == "ssid_number")
+        return std::to_string(radios_.size() * description::kBssPerRadio);
+    if (radio >= radios_.size() || sub >= description::kBssPerRadio) return std::nullopt;
     const Radio& state = radios_[radio];
     if (name == "radio_status") return isUp(radio) ? "Up" : "Down";
     if (name == "status") return isUp(radio, sub) ? "Up" : "Down";
@@ -82,11 +77,11 @@ std::optional<std::string> Model::computed(unsigned radio, unsigned sub, std::st
     if (name == "maxBitRate") {
         // Per spatial stream, in Mbit/s, with the short guard interval.
         const unsigned width = bandwidth(radio);
-        const unsigned stream = state.factory.band == Band::k5GHz ? (width == 160  ? 866
-                                                                     : width == 80 ? 433
-                                                                     : width == 40 ? 200
-                                                                                   : 86)
-                                                                  : (width == 40 ? 150 : 72);
+        const unsigned stream = state.factory.band == common::Band::k5GHz ? (width == 160  ? 866
+                                                                             : width == 80 ? 433
+                                                                             : width == 40 ? 200
+                                                                                           : 86)
+                                                                          : (width == 40 ? 150 : 72);
         return std::to_string(stream * state.factory.chains);
     }
     return std::nullopt;
@@ -97,24 +92,24 @@ std::optional<std::string> Model::get(unsigned radio, unsigned sub, std::string_
     constexpr std::string_view kAssociations = "wlStaAssocCnt_";
     if (name.starts_with(kStation)) {
         const auto index = decimal(name.substr(kStation.size()));
-        if (radio >= radios_.size() || sub >= kBssPerRadio || !index) return std::nullopt;
+        if (radio >= radios_.size() || sub >= description::kBssPerRadio || !index) return std::nullopt;
         const auto& stations = radios_[radio].bss[sub].stations;
         if (*index >= stations.size()) return std::nullopt;
-        const StationRecord bytes = record(stations_[stations[*index]]);
+        const ManagerStationRecord bytes = record(stations_[stations[*index]]);
         return std::string(reinterpret_cast<const char*>(&bytes), sizeof bytes);
     }
     if (name.starts_with(kAssociations)) {
-        const auto mac = parseMac(std::string(name.substr(kAssociations.size())));
+        const auto mac = common::parseMac(std::string(name.substr(kAssociations.size())));
         const Station* station = mac ? find(*mac) : nullptr;
         if (radio >= radios_.size() || station == nullptr) return std::nullopt;
         return std::to_string(station->associations);
     }
     const Variable* variable = findVariable(name);
     if (variable == nullptr) return std::nullopt;
-    if (variable->kind == Kind::Computed) return computed(radio, sub, name);
+    if (variable->kind == Kind::kComputed) return computed(radio, sub, name);
     const Values* values = valuesOf(radio, sub, name);
     if (values == nullptr) return std::nullopt;
-    if (variable->kind == Kind::Action) return "0";
+    if (variable->kind == Kind::kAction) return "0";
     if (name == "wlFltMacList" && !radios_[radio].bss[sub].filterListPresent) return std::nullopt;
     return values->at(std::string(name));
 }
@@ -132,22 +127,22 @@ bool Model::accepts(unsigned radio, std::string_view name, std::string_view valu
     }
     if (name == "wlNBw") {
         const auto code = decimal(value);
-        return code && isBandwidth(radios_[radio].factory.band, bandwidthOfCode(*code));
+        return code && common::isBandwidth(radios_[radio].factory.band, bandwidthOfCode(*code));
     }
     if (name == "wlNBwCap") {
         const auto capability = decimal(value);
-        return capability &&
-               (*capability == 4 || (*capability < 4 && isBandwidth(radios_[radio].factory.band, 20U << *capability)));
+        return capability && (*capability == 4 || (*capability < 4 && common::isBandwidth(radios_[radio].factory.band,
+                                                                                          20U << *capability)));
     }
     return true;
 }
 
 bool Model::set(unsigned radio, unsigned sub, std::string_view name, std::optional<std::string_view> value) {
     const Variable* variable = findVariable(name);
-    if (variable == nullptr || variable->kind == Kind::Fixed || variable->kind == Kind::Computed) return false;
+    if (variable == nullptr || variable->kind == Kind::kFixed || variable->kind == Kind::kComputed) return false;
     Values* values = valuesOf(radio, sub, name);
     if (values == nullptr) return false;
-    if (variable->kind == Kind::Action) {
+    if (variable->kind == Kind::kAction) {
         if (value != "1") return true;
         if (name == "wlResetRadio") resetRadio(radio);
         if (name == "wlResetAP") resetBss(radio, sub);
@@ -175,13 +170,14 @@ bool Model::set(unsigned radio, unsigned sub, std::string_view name, std::option
 
 void Model::react(unsigned radio, unsigned sub, std::string_view name, const std::string& before) {
     const Variable* variable = findVariable(name);
-    if (variable == nullptr || variable->scope == Scope::System) return;
+    if (variable == nullptr || variable->scope == Scope::kSystem) return;
     Radio& state = radios_[radio];
     Bss& bss = state.bss[sub];
-    const std::string where = variable->scope == Scope::Radio ? interfaceName(radio, 0) : interfaceName(radio, sub);
+    const std::string where =
+        variable->scope == Scope::kRadio ? common::interfaceName(radio, 0) : common::interfaceName(radio, sub);
     const bool secret = name == "wlWpaPsk" || name == "preSharedKey" || name.starts_with("wlKey") ||
                         name == "wlRadiusKey" || name == "secondaryRadiusSecret";
-    Values& values = variable->scope == Scope::Radio ? state.values : bss.values;
+    Values& values = variable->scope == Scope::kRadio ? state.values : bss.values;
     std::string& value = values.at(std::string(name));
     log("set", where + " " + std::string(name) + "=" + (secret ? "***" : value));
 
@@ -195,7 +191,7 @@ void Model::react(unsigned radio, unsigned sub, std::string_view name, const std
         const unsigned channel = decimal(value).value_or(0);
         if (channel != 0 && state.values.at("AutoChannelEnable") != "1") useChannel(radio, channel, "set");
     } else if (name == "AutoChannelEnable") {
-        nvram_[interfaceName(radio, 0) + "_auto_cha"] = value;
+        nvram_[common::interfaceName(radio, 0) + "_auto_cha"] = value;
         if (value == "1")
             chooseChannel(radio);
         else
@@ -205,7 +201,7 @@ void Model::react(unsigned radio, unsigned sub, std::string_view name, const std
         state.values["wlNBwCap"] = code == 1 ? "0" : code == 3 ? "1" : code == 7 ? "2" : "3";
     } else if (name == "wlNBwCap") {
         const unsigned capability = decimal(value).value_or(0);
-        const unsigned widest = state.factory.band == Band::k5GHz ? 160 : 40;
+        const unsigned widest = state.factory.band == common::Band::k5GHz ? 160 : 40;
         state.values["wlNBw"] = std::to_string(bandwidthCode(capability == 4 ? widest : 20U << capability));
     } else if (name == "wlNPreambleType") {
         // Written as a word, kept as the flag that it stands for.
@@ -235,11 +231,11 @@ void Model::resetRadio(unsigned radio) {
     state.values["wlBootTime"] = bootTime;
     const Values factory = factoryNvram(board_);
     for (const char* key : {"_bsd_steering_policy", "_auto_cha"}) {
-        const std::string name = interfaceName(radio, 0) + key;
+        const std::string name = common::interfaceName(radio, 0) + key;
         nvram_[name] = factory.at(name);
     }
     state.lastChange = now_;
-    log("reset", interfaceName(radio, 0));
+    log("reset", common::interfaceName(radio, 0));
     useChannel(radio, state.factory.channel, "reset");
     if (state.factory.autoChannel) chooseChannel(radio);
     dropRefused();
@@ -250,7 +246,7 @@ void Model::resetBss(unsigned radio, unsigned sub) {
     bss.values = factoryBss(radios_[radio].factory, bss.factory);
     bss.filterListPresent = !bss.factory.filterList.empty();
     bss.wps.running = false;
-    log("reset", interfaceName(radio, sub));
+    log("reset", common::interfaceName(radio, sub));
     dropRefused();
 }
 
@@ -280,7 +276,7 @@ Saved Model::saved() const {
     for (unsigned r = 0; r < radios_.size(); ++r) {
         const Radio& radio = radios_[r];
         collect(result, std::to_string(r), "-", radio.values, factoryRadio(radio.factory));
-        for (unsigned s = 0; s < kBssPerRadio; ++s) {
+        for (unsigned s = 0; s < description::kBssPerRadio; ++s) {
             const Bss& bss = radio.bss[s];
             collect(result, std::to_string(r), std::to_string(s), bss.values, factoryBss(radio.factory, bss.factory));
             const std::string list = savedName(std::to_string(r), std::to_string(s), "wlFltMacList");
@@ -313,7 +309,7 @@ void Model::restore(const Saved& saved) {
         const unsigned sub = decimal(name.substr(first + 1, second - first - 1)).value_or(0);
         const Variable* variable = findVariable(variableName);
         Values* values = valuesOf(radio, sub, variableName);
-        if (variable == nullptr || variable->kind != Kind::Stored || values == nullptr) continue;
+        if (variable == nullptr || variable->kind != Kind::kStored || values == nullptr) continue;
         if (variableName == "wlFltMacList") {
             radios_[radio].bss[sub].filterListPresent = value.has_value();
         } else if (!value || !accepts(radio, variableName, *value)) {

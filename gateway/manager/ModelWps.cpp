@@ -1,5 +1,6 @@
 // Wi-Fi Protected Setup. The non-volatile key "wps_proc_status" tells how the last exchange went: 0 none or cancelled,
 // 1 in progress, 2 a station was let in, 3 nobody came within the walk time.
+#include "common/InterfaceName.h"
 #include "gateway/manager/Model.h"
 
 namespace quorvel::manager {
@@ -14,7 +15,7 @@ constexpr Milliseconds kExchange = 2000;
 void Model::wpsCommand(unsigned radio, unsigned sub) {
     Bss& bss = radios_[radio].bss[sub];
     const std::string& command = bss.values.at("wlWscConfig");
-    const std::string where = interfaceName(radio, sub);
+    const std::string where = common::interfaceName(radio, sub);
     if (command == "cancel") {
         if (bss.wps.running) log("wps", where + " cancelled");
         bss.wps.running = false;
@@ -34,7 +35,7 @@ void Model::wpsCommand(unsigned radio, unsigned sub) {
 void Model::runWps(unsigned radio, unsigned sub) {
     Bss& bss = radios_[radio].bss[sub];
     if (!bss.wps.running || now_ - bss.wps.startedAt < kExchange) return;
-    const unsigned accessPoint = radio * kBssPerRadio + sub + 1;
+    const unsigned accessPoint = radio * description::kBssPerRadio + sub + 1;
     for (std::size_t i = 0; i < stations_.size(); ++i) {
         Station& station = stations_[i];
         if (!station.wanted || station.associated || station.setup.accessPoint != accessPoint) continue;
@@ -57,14 +58,14 @@ void Model::runWps(unsigned radio, unsigned sub) {
         }
         bss.wps.running = false;
         nvram_["wps_proc_status"] = "2";
-        log("wps", interfaceName(radio, sub) + " let in " + formatMac(station.setup.mac));
+        log("wps", common::interfaceName(radio, sub) + " let in " + common::formatMac(station.setup.mac));
         associate(i);
         return;
     }
     if (now_ - bss.wps.startedAt < kWalkTime) return;
     bss.wps.running = false;
     nvram_["wps_proc_status"] = "3";
-    log("wps", interfaceName(radio, sub) + " timed out");
+    log("wps", common::interfaceName(radio, sub) + " timed out");
 }
 
 }  // namespace quorvel::manager

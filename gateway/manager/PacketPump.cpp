@@ -13,6 +13,8 @@
 #include <cerrno>
 #include <string>
 
+#include "common/InterfaceName.h"
+
 namespace quorvel::manager {
 namespace {
 
@@ -68,7 +70,7 @@ void PacketPump::send(const std::vector<Model::KernelTraffic>& traffic) {
         if (useless_) return;
     }
     for (const Model::KernelTraffic& entry : traffic) {
-        const std::string interface = interfaceName(entry.radio, entry.sub);
+        const std::string interface = common::interfaceName(entry.radio, entry.sub);
         sendOn(interface, entry.tx);
         sendOn(peerOf(interface), entry.rx);
     }

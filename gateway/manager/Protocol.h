@@ -24,32 +24,32 @@ inline constexpr std::size_t kMaxBlocks = 4;
 inline constexpr std::size_t kPiece = std::size_t{60} * 1024;
 
 enum class Operation : std::uint32_t {
-    Get = 1,
-    ExtGet,
-    Set,
-    NvramGet,
-    NvramSet,
-    SaveNvram,
-    HalStarted,
-    StartStopServices,
-    Restart,
-    SendCsa,
-    SendCsa2,
-    StaInfo,
-    SsidInfo,
-    ClientRxTxStatsResult,
-    SystemUpSecs,
-    WlUpSecs,
-    CiScanStart,
-    CiScanResults,
-    ChanimStats,
-    ChannelStats,
-    RadioChannelStats2,
-    Control,  // text: JSON; a long answer
-    Wl,       // texts: interface, command; a long answer, result 0 when the command succeeded
-    More,     // word: offset; the next piece of this connection's last long answer
+    kGet = 1,
+    kExtGet,
+    kSet,
+    kNvramGet,
+    kNvramSet,
+    kSaveNvram,
+    kHalStarted,
+    kStartStopServices,
+    kRestart,
+    kSendCsa,
+    kSendCsa2,
+    kStaInfo,
+    kSsidInfo,
+    kClientRxTxStatsResult,
+    kSystemUpSecs,
+    kWlUpSecs,
+    kCiScanStart,
+    kCiScanResults,
+    kChanimStats,
+    kChannelStats,
+    kRadioChannelStats2,
+    kControl,  // text: JSON; a long answer
+    kWl,       // texts: interface, command; a long answer, result 0 when the command succeeded
+    kMore,     // word: offset; the next piece of this connection's last long answer
 };
-inline constexpr std::uint32_t kLastOperation = static_cast<std::uint32_t>(Operation::More);
+inline constexpr std::uint32_t kLastOperation = static_cast<std::uint32_t>(Operation::kMore);
 
 // How many words and texts an operation's request carries.
 struct Shape {
@@ -59,7 +59,7 @@ struct Shape {
 [[nodiscard]] Shape shapeOf(Operation operation);
 
 struct Request {
-    Operation operation = Operation::Get;
+    Operation operation = Operation::kGet;
     std::uint32_t words[kMaxWords] = {};
     std::string_view texts[kMaxTexts];
     bool isNull[kMaxTexts] = {};  // the text is null rather than empty
@@ -71,7 +71,7 @@ struct Block {
 };
 
 struct Answer {
-    Operation operation = Operation::Get;
+    Operation operation = Operation::kGet;
     std::int32_t result = 0;
     std::uint32_t value = 0;  // seconds of an up-time; the whole length of a long answer
     std::size_t blockCount = 0;

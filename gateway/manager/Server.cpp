@@ -11,43 +11,14 @@
 #include <cerrno>
 #include <cstring>
 
+#include "common/UnixListener.h"
+
 namespace quorvel::manager {
 namespace {
 
 constexpr std::size_t kMostClients = 200;
-constexpr int kBacklog = 64;
 
 }  // namespace
-
-int listenOn(const std::string& path, std::string& problem) {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
-        problem = "the socket path " + path + " is longer than " + std::to_string(sizeof address.sun_path - 1) +
-                  " characters";
-        return -1;
-    }
-    std::memcpy(address.sun_path, path.data(), path.size());
-    const auto* generic = reinterpret_cast<const sockaddr*>(&address);
-    const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const bool served = probe >= 0 && connect(probe, generic, sizeof address) == 0;
-    if (probe >= 0) (void)close(probe);
-    if (served) {
-        problem = path + " is served already; is another wlmngr2 running?";
-        return -1;
-    }
-    struct stat left = {};
-    if (lstat(path.c_str(), &left) == 0 && S_ISSOCK(left.st_mode)) (void)unlink(path.c_str());  // bind says if it stays
-    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    const mode_t mask = umask(0077);
-    const bool bound = listener >= 0 && bind(listener, generic, sizeof address) == 0 && listen(listener, kBacklog) == 0;
-    const int error = errno;
-    (void)umask(mask);
-    if (bound) return listener;
-    problem = "cannot serve " + path + ": " + std::strerror(error);
-    if (listener >= 0) (void)close(listener);
-    return -1;
-}
 
 Server::Server(Service& service, std::string socketPath, std::string notifyPath)
     : service_(service), socketPath_(std::move(socketPath)), events_(std::move(notifyPath)) {}
@@ -55,8 +26,7 @@ Server::Server(Service& service, std::string socketPath, std::string notifyPath)
 Server::~Server() {
     for (const auto& entry : clients_)
         (void)close(entry.first);
-    if (listener_ < 0) return;
-    (void)close(listener_);
+    if (!listener_.get()) return;
     (void)unlink(socketPath_.c_str());  // gone is as good
 }
 
@@ -65,7 +35,7 @@ std::string Server::open() {
     // The event socket first: who finds the manager may count on it.
     problem = events_.open();
     if (!problem.empty()) return problem;
-    listener_ = listenOn(socketPath_, problem);
+    listener_ = common::listenOn(socketPath_, problem);
     // What happened before anybody could listen is not told.
     (void)service_.model().takeMessages();
     return problem;
@@ -73,7 +43,7 @@ std::string Server::open() {
 
 void Server::accept() {
     for (;;) {
-        const int descriptor = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+        const int descriptor = accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
         if (descriptor < 0) return;
         if (clients_.size() >= kMostClients) {
             (void)close(descriptor);
@@ -113,7 +83,7 @@ void Server::serve(Client& client) {
             return;
         }
         Faults& faults = service_.faults();
-        if (faults.drop > 0 && request.operation != Operation::Control) {
+        if (faults.drop > 0 && request.operation != Operation::kControl) {
             --faults.drop;
             client.dead = true;
             return;
@@ -124,7 +94,7 @@ void Server::serve(Client& client) {
         client.out.resize(encodeAnswer(answer, client.out));
         client.sent = 0;
         client.in.erase(client.in.begin(), client.in.begin() + static_cast<std::ptrdiff_t>(size));
-        if (request.operation == Operation::Control) {
+        if (request.operation == Operation::kControl) {
             if (faults.hangFor > 0) hangUntil_ = realMilliseconds() + faults.hangFor;
             faults.hangFor = 0;
         } else if (faults.truncate > 0) {
@@ -170,7 +140,7 @@ int Server::timeout() const {
 
 void Server::run(int stop) {
     for (;;) {
-        std::vector<pollfd> watched = {{stop, POLLIN, 0}, {listener_, POLLIN, 0}};
+        std::vector<pollfd> watched = {{stop, POLLIN, 0}, {listener_.get(), POLLIN, 0}};
         events_.watch(watched);
         const std::size_t firstClient = watched.size();
         if (hangUntil_ == 0) {

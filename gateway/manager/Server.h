@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "common/Descriptor.h"
 #include "gateway/manager/EventSocket.h"
 #include "gateway/manager/PacketPump.h"
 #include "gateway/manager/Service.h"
@@ -44,15 +45,11 @@ class Server {
 
     Service& service_;
     std::string socketPath_;
-    int listener_ = -1;
+    common::Descriptor listener_;
     std::map<int, Client> clients_;
     EventSocket events_;
     PacketPump pump_;
     Milliseconds hangUntil_ = 0;
 };
-
-// Binds a UNIX stream socket that only this user can reach, in place of one that nobody serves any more. Returns its
-// descriptor, or -1 with `problem` set.
-[[nodiscard]] int listenOn(const std::string& path, std::string& problem);
 
 }  // namespace quorvel::manager

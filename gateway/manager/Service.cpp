@@ -41,7 +41,7 @@ std::optional<std::string_view> optionalText(const Request& request, std::size_t
 
 }  // namespace
 
-Service::Service(Board board, Store store, BoardClock clock, std::uint64_t seed)
+Service::Service(description::Board board, Store store, BoardClock clock, std::uint64_t seed)
     : store_(std::move(store)), clock_(std::move(clock)), model_(std::move(board), store_.load(problem_), seed) {
     faults_.wl = model_.board().faults.wl;
     if (!problem_.empty()) model_.log("store", problem_);
@@ -52,9 +52,9 @@ void Service::followClock() {
 }
 
 // Ends or stops the manager when that has been asked for: the request has been taken and will not be answered.
-void Service::comeTo(Amidst moment) {
-    if (faults_.amidst != moment) return;
-    faults_.amidst = Amidst::Nothing;
+void Service::comeTo(FaultPoint moment) {
+    if (faults_.point != moment) return;
+    faults_.point = FaultPoint::kNothing;
     signalling_(faults_.signal);
 }
 
@@ -63,7 +63,7 @@ bool Service::save() {
         model_.log("save", "failed: injected fault");
         return false;
     }
-    if (const auto failure = store_.save(model_.saved(), [this] { comeTo(Amidst::Save); })) {
+    if (const auto failure = store_.save(model_.saved(), [this] { comeTo(FaultPoint::kSave); })) {
         model_.log("save", "failed: " + *failure);
         return false;
     }
@@ -87,75 +87,75 @@ void Service::handle(const Request& request, Session& session, Answer& answer) {
     const std::uint32_t* words = request.words;
     const std::string_view text = request.texts[0];
     switch (request.operation) {
-        case Operation::Get:
-        case Operation::ExtGet:
+        case Operation::kGet:
+        case Operation::kExtGet:
             if (auto value = model_.get(words[0], words[1], text)) {
                 answer.result = 1;
                 putBytes(session, answer, std::move(*value));
             }
-            comeTo(Amidst::Read);
+            comeTo(FaultPoint::kRead);
             return;
-        case Operation::Set:
+        case Operation::kSet:
             answer.result = model_.set(words[0], words[1], text, optionalText(request, 1)) ? 0 : kFailed;
-            comeTo(Amidst::Write);
+            comeTo(FaultPoint::kWrite);
             return;
-        case Operation::NvramGet:
+        case Operation::kNvramGet:
             if (auto value = model_.nvramGet(text)) {
                 answer.result = 1;
                 putBytes(session, answer, std::move(*value));
             }
-            comeTo(Amidst::Read);
+            comeTo(FaultPoint::kRead);
             return;
-        case Operation::NvramSet:
+        case Operation::kNvramSet:
             answer.result = model_.nvramSet(text, optionalText(request, 1)) ? 0 : kFailed;
-            comeTo(Amidst::Write);
+            comeTo(FaultPoint::kWrite);
             return;
-        case Operation::SaveNvram:
+        case Operation::kSaveNvram:
             answer.result = save() ? 1 : 0;
             return;
-        case Operation::HalStarted:
+        case Operation::kHalStarted:
             model_.halStarted();
             answer.result = 1;
             return;
-        case Operation::StartStopServices:
+        case Operation::kStartStopServices:
             answer.result = model_.startStopServices(words[0], words[3]) ? 1 : 0;
             return;
-        case Operation::Restart:
+        case Operation::kRestart:
             answer.result = model_.restart(words[0]) ? 1 : 0;
             return;
-        case Operation::SendCsa:
+        case Operation::kSendCsa:
             answer.result = model_.switchChannel(words[0], std::to_string(words[1])) ? 0 : kFailed;
             return;
-        case Operation::SendCsa2:
+        case Operation::kSendCsa2:
             answer.result = model_.switchChannel(words[0], text) ? 0 : kFailed;
             return;
-        case Operation::StaInfo:
+        case Operation::kStaInfo:
             answer.result = kFailed;
             if (const auto record = model_.stationInfo(words[0], words[1], text)) {
                 answer.result = 0;
                 putBytes(session, answer, bytesOfRecord(*record));
             }
             return;
-        case Operation::SsidInfo:
+        case Operation::kSsidInfo:
             answer.result = kFailed;
             if (const auto record = model_.ssidInfo(words[0], words[1])) {
                 answer.result = 0;
                 putBytes(session, answer, bytesOfRecord(*record));
             }
             return;
-        case Operation::ClientRxTxStatsResult:
+        case Operation::kClientRxTxStatsResult:
             answer.result = words[2] <= 1 && model_.stationInfo(words[0], words[1], text) ? 0 : kFailed;
             return;
-        case Operation::SystemUpSecs:
+        case Operation::kSystemUpSecs:
             answer.value = model_.upSeconds();
             return;
-        case Operation::WlUpSecs:
+        case Operation::kWlUpSecs:
             answer.value = model_.radioUpSeconds(words[0]);
             return;
-        case Operation::CiScanStart:
+        case Operation::kCiScanStart:
             answer.result = model_.startMeasurement(words[0], words[1], words[2]) ? 0 : kFailed;
             return;
-        case Operation::CiScanResults:
+        case Operation::kCiScanResults:
             answer.result = kFailed;
             if (const auto record = model_.channelMetrics(words[0])) {
                 answer.result = 0;
@@ -163,7 +163,7 @@ void Service::handle(const Request& request, Session& session, Answer& answer) {
                 putParts(session, answer, bytesOfRecord(*record), {{0, 4}, {kList, sizeof *record - kList}});
             }
             return;
-        case Operation::ChanimStats:
+        case Operation::kChanimStats:
             answer.result = kFailed;
             if (const auto record = model_.channelMetrics(words[0])) {
                 answer.result = 0;
@@ -172,30 +172,30 @@ void Service::handle(const Request& request, Session& session, Answer& answer) {
                     {{offsetof(ChannelMetricsRecord, noise), 4}, {offsetof(ChannelMetricsRecord, utilization), 8}});
             }
             return;
-        case Operation::ChannelStats:
+        case Operation::kChannelStats:
             answer.result = kFailed;
             if (const auto record = model_.channelStats(words[0])) {
                 answer.result = 0;
                 putBytes(session, answer, bytesOfRecord(*record));
             }
             return;
-        case Operation::RadioChannelStats2:
+        case Operation::kRadioChannelStats2:
             answer.result = kFailed;
             if (const auto record = model_.channelStats2(words[0]); record && words[1] >= sizeof *record) {
                 answer.result = 0;
                 putBytes(session, answer, bytesOfRecord(*record));
             }
             return;
-        case Operation::Control:
+        case Operation::kControl:
             longAnswer(session, answer, control(text), 0);
             return;
-        case Operation::Wl: {
+        case Operation::kWl: {
             const WlAnswer wl = wlText(model_, faults_.wl, text, request.texts[1]);
             longAnswer(session, answer, wl.text, wl.status);
-            if (request.texts[1] == "scan") comeTo(Amidst::Scan);
+            if (request.texts[1] == "scan") comeTo(FaultPoint::kScan);
             return;
         }
-        case Operation::More: {
+        case Operation::kMore: {
             const std::size_t from = std::min<std::size_t>(words[0], session.longAnswer.size());
             const auto rest = bytesOf(session.longAnswer).subspan(from);
             answer.value = static_cast<std::uint32_t>(session.longAnswer.size());

@@ -12,7 +12,7 @@
 namespace quorvel::manager {
 
 // What the manager may be in the middle of when it ends or stops.
-enum class Amidst { Nothing, Read, Write, Scan, Save };
+enum class FaultPoint { kNothing, kRead, kWrite, kScan, kSave };
 
 // How the manager misbehaves on request.
 struct Faults {
@@ -21,9 +21,9 @@ struct Faults {
     unsigned truncate = 0;     // so many get half an answer
     unsigned oversize = 0;     // so many get a frame that claims to be too long
     bool save = false;         // saving fails
-    Amidst amidst = Amidst::Nothing;
-    int signal = 0;  // that the manager sends itself amidst the next of those
-    ToolFault wl = ToolFault::None;
+    FaultPoint point = FaultPoint::kNothing;
+    int signal = 0;  // that the manager sends itself point the next of those
+    description::ToolFault wl = description::ToolFault::kNone;
 };
 
 // What one connection has pending: bytes that its last answer points into, and the rest of a long answer.
@@ -35,7 +35,7 @@ struct Session {
 // The manager behind its socket: model, store, clock and faults, one request at a time.
 class Service {
   public:
-    Service(Board board, Store store, BoardClock clock, std::uint64_t seed);
+    Service(description::Board board, Store store, BoardClock clock, std::uint64_t seed);
 
     // How the manager sends itself a signal; without it, it neither ends nor stops on request.
     void setSignalling(std::function<void(int signal)> signalling) {
@@ -74,7 +74,7 @@ class Service {
 
   private:
     [[nodiscard]] bool save();
-    void comeTo(Amidst moment);
+    void comeTo(FaultPoint moment);
     void longAnswer(Session& session, Answer& answer, std::string text, std::int32_t result);
 
     Store store_;

@@ -3,18 +3,20 @@
 #include <array>
 #include <unordered_map>
 
+#include "common/InterfaceName.h"
+
 namespace quorvel::manager {
 namespace {
 
 constexpr std::array kVariables = {
-#define VARIABLE(name, scope, kind, factory) Variable{name, Scope::scope, Kind::kind, factory},
+#define VARIABLE(name, scope, kind, factory) Variable{name, Scope::k##scope, Kind::k##kind, factory},
 #include "gateway/manager/Variables.def"
 };
 
 Values factoryOf(Scope scope) {
     Values values;
     for (const Variable& variable : kVariables) {
-        if (variable.scope != scope || variable.kind == Kind::Computed || variable.kind == Kind::Action) continue;
+        if (variable.scope != scope || variable.kind == Kind::kComputed || variable.kind == Kind::kAction) continue;
         values.emplace(variable.name, variable.factory);
     }
     return values;
@@ -76,12 +78,12 @@ std::string_view authModeOf(std::string_view security) {
 }
 
 Values factorySystem() {
-    return factoryOf(Scope::System);
+    return factoryOf(Scope::kSystem);
 }
 
-Values factoryRadio(const BoardRadio& radio) {
-    Values values = factoryOf(Scope::Radio);
-    const bool high = radio.band == Band::k5GHz;
+Values factoryRadio(const description::Radio& radio) {
+    Values values = factoryOf(Scope::kRadio);
+    const bool high = radio.band == common::Band::k5GHz;
     const std::string chainMask = std::to_string((1U << radio.chains) - 1);
     const unsigned code = bandwidthCode(radio.bandwidth);
     const unsigned capability = code == 1 ? 0 : code == 3 ? 1 : code == 7 ? 2 : 3;
@@ -104,18 +106,18 @@ Values factoryRadio(const BoardRadio& radio) {
     return values;
 }
 
-Values factoryBss(const BoardRadio& radio, const BoardBss& bss) {
-    Values values = factoryOf(Scope::Bss);
-    const std::string number = std::to_string(radio.index * kBssPerRadio + bss.index + 1);
+Values factoryBss(const description::Radio& radio, const description::Bss& bss) {
+    Values values = factoryOf(Scope::kBss);
+    const std::string number = std::to_string(radio.index * description::kBssPerRadio + bss.index + 1);
     const bool wep = bss.security.starts_with("WEP");
     std::string list;
-    for (const MacAddress& mac : bss.filterList)
-        list += (list.empty() ? "" : ",") + formatMac(mac);
-    values["name"] = interfaceName(radio.index, bss.index);
+    for (const common::MacAddress& mac : bss.filterList)
+        list += (list.empty() ? "" : ",") + common::formatMac(mac);
+    values["name"] = common::interfaceName(radio.index, bss.index);
     values["wlEnblSsid"] = bss.enabled ? "1" : "0";
     values["sAlias"] = "cpe-SSID-" + number;
     values["apAlias"] = "cpe-AccessPoint-" + number;
-    values["wlBssid"] = formatMac(bss.bssid);
+    values["wlBssid"] = common::formatMac(bss.bssid);
     values["wlSsid"] = bss.ssid;
     values["SSIDReference"] = "Device.WiFi.SSID." + number + ".";
     values["wlHide"] = bss.hidden ? "1" : "0";
@@ -132,19 +134,20 @@ Values factoryBss(const BoardRadio& radio, const BoardBss& bss) {
     return values;
 }
 
-Values factoryNvram(const Board& board) {
+Values factoryNvram(const description::Board& board) {
     Values values;
     bool anyWps = false;
-    for (const BoardRadio& radio : board.radios) {
-        const std::string prefix = interfaceName(radio.index, 0);
-        values[prefix + "_bsd_steering_policy"] = radio.band == Band::k5GHz ? "80 5 3 -75 0 0x40" : "0 5 3 -82 0 0x50";
+    for (const description::Radio& radio : board.radios) {
+        const std::string prefix = common::interfaceName(radio.index, 0);
+        values[prefix + "_bsd_steering_policy"] =
+            radio.band == common::Band::k5GHz ? "80 5 3 -75 0 0x40" : "0 5 3 -82 0 0x50";
         values[prefix + "_auto_cha"] = radio.autoChannel ? "1" : "0";
-        for (const BoardBss& bss : radio.bss)
+        for (const description::Bss& bss : radio.bss)
             anyWps = anyWps || bss.wps;
     }
     // The contention parameters are numbered by access point, not by radio.
-    for (std::size_t ap = 0; ap < board.radios.size() * kBssPerRadio; ++ap) {
-        const std::string prefix = interfaceName(static_cast<unsigned>(ap), 0) + "_wme_";
+    for (std::size_t ap = 0; ap < board.radios.size() * description::kBssPerRadio; ++ap) {
+        const std::string prefix = common::interfaceName(static_cast<unsigned>(ap), 0) + "_wme_";
         values[prefix + "ap_be"] = "15 63 3 0 0 off off";
         values[prefix + "ap_bk"] = "15 1023 7 0 0 off off";
         values[prefix + "ap_vi"] = "7 15 1 6016 3008 off off";

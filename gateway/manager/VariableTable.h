@@ -2,12 +2,13 @@
 
 #include <string_view>
 
-#include "gateway/manager/Model.h"
+#include "gateway/description/Description.h"
+#include "gateway/manager/Values.h"
 
 namespace quorvel::manager {
 
-enum class Scope { System, Radio, Bss };
-enum class Kind { Stored, Volatile, Fixed, Computed, Action };
+enum class Scope { kSystem, kRadio, kBss };
+enum class Kind { kStored, kVolatile, kFixed, kComputed, kAction };
 
 struct Variable {
     std::string_view name;
@@ -21,9 +22,9 @@ struct Variable {
 
 // The values that a board leaves the factory with.
 [[nodiscard]] Values factorySystem();
-[[nodiscard]] Values factoryRadio(const BoardRadio& radio);
-[[nodiscard]] Values factoryBss(const BoardRadio& radio, const BoardBss& bss);
-[[nodiscard]] Values factoryNvram(const Board& board);
+[[nodiscard]] Values factoryRadio(const description::Radio& radio);
+[[nodiscard]] Values factoryBss(const description::Radio& radio, const description::Bss& bss);
+[[nodiscard]] Values factoryNvram(const description::Board& board);
 
 // The manager's bandwidth code of 20, 40, 80 or 160 MHz, and back; 0 for anything else.
 [[nodiscard]] unsigned bandwidthCode(unsigned megahertz);

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <optional>
 
+#include "common/InterfaceName.h"
 #include "gateway/manager/Random.h"
 
 namespace quorvel::manager {
@@ -18,8 +19,8 @@ struct InterfaceIndex {
 
 std::optional<InterfaceIndex> findInterface(const Model& model, std::string_view name) {
     for (unsigned r = 0; r < model.radios().size(); ++r) {
-        for (unsigned s = 0; s < kBssPerRadio; ++s) {
-            if (interfaceName(r, s) == name) return InterfaceIndex{r, s};
+        for (unsigned s = 0; s < description::kBssPerRadio; ++s) {
+            if (common::interfaceName(r, s) == name) return InterfaceIndex{r, s};
         }
     }
     return std::nullopt;
@@ -65,11 +66,11 @@ std::string status(const Model& model, InterfaceIndex where) {
     if (!model.isUp(where.radio)) return text;
     text += "Mode: Managed RSSI: 0 dBm SNR: 0 dB noise: " + std::to_string(radio.noise) +
             " dBm Channel: " + channelText(model, where.radio) + "\n";
-    if (up) text += "BSSID: " + formatMac(bss.factory.bssid) + "\n";
+    if (up) text += "BSSID: " + common::formatMac(bss.factory.bssid) + "\n";
     return text;
 }
 
-void security(std::string& text, const BoardNeighbour& neighbour) {
+void security(std::string& text, const description::Neighbour& neighbour) {
     const std::string& mode = neighbour.security;
     const bool personal = mode.ends_with("Personal");
     const bool both = mode.starts_with("WPA-WPA2");
@@ -87,16 +88,16 @@ void security(std::string& text, const BoardNeighbour& neighbour) {
 }
 
 std::string scanResults(const Model& model, unsigned radio) {
-    const bool high = model.radios()[radio].factory.band == Band::k5GHz;
+    const bool high = model.radios()[radio].factory.band == common::Band::k5GHz;
     std::string text;
-    for (const BoardNeighbour& neighbour : model.neighbours()) {
+    for (const description::Neighbour& neighbour : model.neighbours()) {
         if ((neighbour.primaryChannel >= 36) != high) continue;
         const int snr = std::max(0, neighbour.rssi - neighbour.noise);
         text += "SSID: \"" + neighbour.ssid + "\"\n";
         text += "Mode: " + neighbour.mode + " RSSI: " + std::to_string(neighbour.rssi) +
                 " dBm SNR: " + std::to_string(snr) + " dB noise: " + std::to_string(neighbour.noise) +
                 " dBm Flags: RSSI on-channel Channel: " + neighbour.channel + "\n";
-        text += "BSSID: " + formatMac(neighbour.bssid) + " Capability: ESS" +
+        text += "BSSID: " + common::formatMac(neighbour.bssid) + " Capability: ESS" +
                 (neighbour.security == "None" ? "" : " WEP") + " ShortSlot\n";
         text += "Supported Rates: [ ";
         for (const std::string& rate : neighbour.rates)
@@ -127,17 +128,17 @@ std::string garbage() {
 
 }  // namespace
 
-WlAnswer wlText(Model& model, ToolFault fault, std::string_view interface, std::string_view command) {
+WlAnswer wlText(Model& model, description::ToolFault fault, std::string_view interface, std::string_view command) {
     switch (fault) {
-        case ToolFault::None:
+        case description::ToolFault::kNone:
             break;
-        case ToolFault::Fails:
+        case description::ToolFault::kFails:
             return {1, "wl: the driver does not answer (injected fault)\n"};
-        case ToolFault::Empty:
+        case description::ToolFault::kEmpty:
             return {0, ""};
-        case ToolFault::Garbage:
+        case description::ToolFault::kGarbage:
             return {0, garbage()};
-        case ToolFault::Hangs:
+        case description::ToolFault::kHangs:
             return {kWlHangs, "wl: the driver does not answer (injected fault)\n"};
     }
     const auto where = findInterface(model, interface);

@@ -14,6 +14,7 @@ struct WlAnswer {
 };
 
 // Performs "wl -i INTERFACE COMMAND"; commands are counters, status, scan, scanresults and macmode.
-[[nodiscard]] WlAnswer wlText(Model& model, ToolFault fault, std::string_view interface, std::string_view command);
+[[nodiscard]] WlAnswer wlText(Model& model, description::ToolFault fault, std::string_view interface,
+                              std::string_view command);
 
 }  // namespace quorvel::manager

@@ -7,6 +7,8 @@
 
 #include "gateway/manager/Connection.h"
 #include "gateway/manager/WlcsmControl.h"
+#include "host/ChannelRecords.h"
+#include "host/StationRecords.h"
 
 #define WLCSM_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -19,10 +21,6 @@ using quorvel::manager::Operation;
 using quorvel::manager::Request;
 
 constexpr std::int32_t kFailed = -1;
-constexpr std::size_t kStationRecordSize = 236;
-constexpr std::size_t kSsidRecordSize = 40;
-constexpr std::size_t kChannelMetricsSize = 1056;
-constexpr std::size_t kChannelStatsSize = 80;
 
 pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
 Connection connection;  // constant-initialised: usable before any constructor ran
@@ -106,16 +104,16 @@ std::int32_t variable(Operation operation, std::uint32_t radio, std::uint32_t su
 }  // namespace
 
 WLCSM_EXPORT int32_t wlcsm_mngr_get(uint32_t radio, uint32_t sub, const char* name, char* buffer) {
-    return variable(Operation::Get, radio, sub, name, buffer);
+    return variable(Operation::kGet, radio, sub, name, buffer);
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_ext_get(uint32_t radio, uint32_t sub, const char* name, char* buffer) {
-    return variable(Operation::ExtGet, radio, sub, name, buffer);
+    return variable(Operation::kExtGet, radio, sub, name, buffer);
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_set(uint32_t radio, uint32_t sub, const char* name, const char* text) {
     if (name == nullptr) return kFailed;
-    Request request = ask(Operation::Set, radio, sub);
+    Request request = ask(Operation::kSet, radio, sub);
     putText(request, 0, name);
     putText(request, 1, text);
     return command(request, kFailed);
@@ -123,7 +121,7 @@ WLCSM_EXPORT int32_t wlcsm_mngr_set(uint32_t radio, uint32_t sub, const char* na
 
 WLCSM_EXPORT char* wlcsm_nvram_get(const char* name) {
     if (name == nullptr) return nullptr;
-    Request request = ask(Operation::NvramGet);
+    Request request = ask(Operation::kNvramGet);
     putText(request, 0, name);
     const Lock lock;
     Answer answer;
@@ -136,14 +134,14 @@ WLCSM_EXPORT char* wlcsm_nvram_get(const char* name) {
 
 WLCSM_EXPORT int32_t wlcsm_nvram_set(const char* name, const char* text) {
     if (name == nullptr) return kFailed;
-    Request request = ask(Operation::NvramSet);
+    Request request = ask(Operation::kNvramSet);
     putText(request, 0, name);
     putText(request, 1, text);
     return command(request, kFailed);
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_save_nvram(uint32_t a, uint32_t b, uint32_t c) {
-    return command(ask(Operation::SaveNvram, a, b, c), 0);
+    return command(ask(Operation::kSaveNvram, a, b, c), 0);
 }
 
 // The announcement comes before the manager is started: it is passed on when there is one, and makes the next call
@@ -151,80 +149,80 @@ WLCSM_EXPORT int32_t wlcsm_mngr_save_nvram(uint32_t a, uint32_t b, uint32_t c) {
 WLCSM_EXPORT int32_t wlcsm_mngr_wifi_hal_started(uint32_t a, uint32_t b, uint32_t c) {
     const Lock lock;
     Answer answer;
-    if (connection.callIfThere(ask(Operation::HalStarted, a, b, c), answer)) return answer.result;
+    if (connection.callIfThere(ask(Operation::kHalStarted, a, b, c), answer)) return answer.result;
     connection.expectManager(true);
     return 1;
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_start_stop_services(uint32_t index, uint32_t a, uint32_t b, uint32_t number) {
-    return command(ask(Operation::StartStopServices, index, a, b, number), 0);
+    return command(ask(Operation::kStartStopServices, index, a, b, number), 0);
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_restart(uint32_t radio, uint32_t a, uint32_t b, uint32_t c) {
-    return command(ask(Operation::Restart, radio, a, b, c), 0);
+    return command(ask(Operation::kRestart, radio, a, b, c), 0);
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_send_csa(uint32_t radio, uint32_t channel) {
-    return command(ask(Operation::SendCsa, radio, channel), kFailed);
+    return command(ask(Operation::kSendCsa, radio, channel), kFailed);
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_send_csa2(uint32_t radio, const char* text) {
     if (text == nullptr) return kFailed;
-    Request request = ask(Operation::SendCsa2, radio);
+    Request request = ask(Operation::kSendCsa2, radio);
     putText(request, 0, text);
     return command(request, kFailed);
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_sta_info(uint32_t radio, uint32_t sub, const char* mac, void* buffer) {
     if (mac == nullptr) return kFailed;
-    Request request = ask(Operation::StaInfo, radio, sub);
+    Request request = ask(Operation::kStaInfo, radio, sub);
     putText(request, 0, mac);
-    return record(request, buffer, kStationRecordSize);
+    return record(request, buffer, sizeof(ManagerStationRecord));
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_ssid_info(uint32_t radio, uint32_t sub, void* buffer) {
-    return record(ask(Operation::SsidInfo, radio, sub), buffer, kSsidRecordSize);
+    return record(ask(Operation::kSsidInfo, radio, sub), buffer, sizeof(SsidRecord));
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_clientRxTxStatsResult(uint32_t radio, uint32_t sub, const char* mac, uint32_t direction,
                                                       uint32_t w1, uint32_t w2) {
     if (mac == nullptr) return kFailed;
-    Request request = ask(Operation::ClientRxTxStatsResult, radio, sub, direction, w1, w2);
+    Request request = ask(Operation::kClientRxTxStatsResult, radio, sub, direction, w1, w2);
     putText(request, 0, mac);
     return command(request, kFailed);
 }
 
 WLCSM_EXPORT uint32_t wlcsm_get_systemUpSecs(void) {
-    return value(ask(Operation::SystemUpSecs));
+    return value(ask(Operation::kSystemUpSecs));
 }
 
 WLCSM_EXPORT uint32_t wlcsm_get_wlUpSecs(uint32_t radio) {
-    return value(ask(Operation::WlUpSecs, radio));
+    return value(ask(Operation::kWlUpSecs, radio));
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_ci_scan_start(uint32_t radio, uint32_t channel, uint32_t dwell, uint32_t fourth) {
-    return command(ask(Operation::CiScanStart, radio, channel, dwell, fourth), kFailed);
+    return command(ask(Operation::kCiScanStart, radio, channel, dwell, fourth), kFailed);
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_ci_scanresults(uint32_t radio, void* buffer) {
-    return record(ask(Operation::CiScanResults, radio), buffer, kChannelMetricsSize);
+    return record(ask(Operation::kCiScanResults, radio), buffer, sizeof(ChannelMetricsRecord));
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_chanim_stats(uint32_t radio, void* buffer) {
-    return record(ask(Operation::ChanimStats, radio), buffer, kChannelMetricsSize);
+    return record(ask(Operation::kChanimStats, radio), buffer, sizeof(ChannelMetricsRecord));
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_channelstats(uint32_t radio, void* buffer) {
-    return record(ask(Operation::ChannelStats, radio), buffer, kChannelStatsSize);
+    return record(ask(Operation::kChannelStats, radio), buffer, sizeof(ChannelStatsRecord));
 }
 
 WLCSM_EXPORT int32_t wlcsm_mngr_getRadioChannelStats2(uint32_t radio, void* buffer, uint32_t length) {
-    return record(ask(Operation::RadioChannelStats2, radio, length), buffer, length);
+    return record(ask(Operation::kRadioChannelStats2, radio, length), buffer, length);
 }
 
 WLCSM_EXPORT char* wlcsm_control(const char* requestJson) {
     if (requestJson == nullptr) return nullptr;
-    Request request = ask(Operation::Control);
+    Request request = ask(Operation::kControl);
     putText(request, 0, requestJson);
     const Lock lock;
     std::int32_t result = 0;

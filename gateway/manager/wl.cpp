@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
     static Connection connection;
     connection.expectManager(false);
     Request request;
-    request.operation = Operation::Wl;
+    request.operation = Operation::kWl;
     request.texts[0] = argv[2];
     request.texts[1] = argv[3];
     std::int32_t status = 1;

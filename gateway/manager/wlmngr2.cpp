@@ -10,7 +10,7 @@
 #include <string>
 #include <variant>
 
-#include "gateway/manager/BoardFile.h"
+#include "gateway/description/Reader.h"
 #include "gateway/manager/Server.h"
 #include "gateway/manager/Service.h"
 
@@ -24,15 +24,15 @@ std::string fromEnvironment(const char* name, const char* otherwise) {
 }
 
 int serve(const std::string& storePath) {
-    auto board = readBoardFile(fromEnvironment("QUORVEL_BOARD", "/board/etc/board.json"));
-    if (const auto* error = std::get_if<BoardError>(&board)) {
+    auto board = quorvel::description::readBoardFile(fromEnvironment("QUORVEL_BOARD", "/board/etc/board.json"));
+    if (const auto* error = std::get_if<quorvel::description::Error>(&board)) {
         (void)std::fprintf(stderr, "wlmngr2: %s\n", error->message.c_str());
         return 1;
     }
     BoardClock clock(realMilliseconds);
     if (fromEnvironment("QUORVEL_CLOCK", "real") == "virtual") clock.startVirtual();
     const auto seed = std::strtoull(fromEnvironment("QUORVEL_SEED", "1").c_str(), nullptr, 10);
-    Service service(std::move(std::get<Board>(board)), Store(storePath), std::move(clock), seed);
+    Service service(std::move(std::get<quorvel::description::Board>(board)), Store(storePath), std::move(clock), seed);
     service.setSignalling([](int signal) { (void)raise(signal); });  // a signal that does not exist is not asked for
     if (!service.problem().empty()) (void)std::fprintf(stderr, "wlmngr2: %s\n", service.problem().c_str());
 

@@ -3,12 +3,12 @@
 
 #include <regex>
 
-#include "gateway/manager/BoardFile.h"
+#include "gateway/description/Reader.h"
 
 namespace quorvel::faults_test {
 namespace {
 
-using manager::BoardError;
+using quorvel::description::Error;
 
 // Every value stands on a line of its own; `@` is where the wrong one goes.
 struct Level {
@@ -38,8 +38,10 @@ constexpr const char* kNeighbour =
 constexpr const char* kFaults = "{\"name\":\"b\",\"identifier\":\"0x0030\",\"chips\":[],\"radios\":[],\"faults\":{\n";
 
 std::string messageFor(const std::string& text) {
-    const auto read = manager::parseBoard(text, "board.json");
-    return std::holds_alternative<BoardError>(read) ? std::get<BoardError>(read).message : "";
+    const auto read = quorvel::description::parseBoard(text, "board.json");
+    return std::holds_alternative<quorvel::description::Error>(read)
+               ? std::get<quorvel::description::Error>(read).message
+               : "";
 }
 
 class WrongBoard : public testing::TestWithParam<Level> {};

@@ -31,7 +31,7 @@ int main(int count, char** arguments) {
         std::fputs("Usage: i2cget [-f] [-y] BUS DEVICE REGISTER w\n", stderr);
         return 2;
     }
-    const quorvel::manager::Board board = quorvel::board::boardOrExit("i2cget");
+    const quorvel::description::Board board = quorvel::board::boardOrExit("i2cget");
     quorvel::board::actOutFault(board.faults.i2cget, "i2cget");
     if (!isNumber(words[0], kBus)) {
         std::fprintf(stderr, "i2cget: no bus %s on this board, only 0\n", words[0].c_str());

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 
+#include "common/InterfaceName.h"
 #include "gateway/board/Links.h"
 #include "gateway/board/tools/DriverTasks.h"
 #include "gateway/board/tools/Tool.h"
@@ -20,14 +21,14 @@ int refuse(const std::string& module, const std::string& why) {
     return 1;
 }
 
-int loadRadios(const std::string& module, const manager::Board& board) {
+int loadRadios(const std::string& module, const description::Board& board) {
     const char* sandbox = std::getenv("QUORVEL_SANDBOX");
     if (sandbox != nullptr && std::strcmp(sandbox, "0") == 0)
         return refuse(module, "without a sandbox the board has no network interfaces of its own");
-    for (const manager::BoardRadio& radio : board.radios) {
-        for (const manager::BoardBss& bss : radio.bss) {
-            const std::string name = board::interfaceName("wl", radio.index, bss.index);
-            const int error = board::createLink(name, bss.bssid, board::interfaceName("air", radio.index, bss.index));
+    for (const description::Radio& radio : board.radios) {
+        for (const description::Bss& bss : radio.bss) {
+            const std::string name = common::interfaceName(radio.index, bss.index);
+            const int error = board::createLink(name, bss.bssid, common::interfaceName(radio.index, bss.index, "air"));
             if (error != 0) return refuse(module, "interface " + name + ": " + std::strerror(error));
         }
     }
@@ -52,7 +53,7 @@ int main(int count, char** arguments) {
     }
     const std::string module = arguments[1];
     const std::string name = std::filesystem::path(module).stem();
-    const manager::Board board = board::boardOrExit("insmod");
+    const description::Board board = board::boardOrExit("insmod");
     board::actOutFault(board.faults.insmod, "insmod");
     if (name == "wl") return loadRadios(module, board);
     if (name == "wlcsm") return startTasks(module);

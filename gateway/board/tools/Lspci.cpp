@@ -17,7 +17,7 @@ std::string line(unsigned bus, const std::string& rest) {
 }  // namespace
 
 int main() {
-    const quorvel::manager::Board board = quorvel::board::boardOrExit("lspci");
+    const quorvel::description::Board board = quorvel::board::boardOrExit("lspci");
     quorvel::board::actOutFault(board.faults.lspci, "lspci");
     std::string listing = line(0, "Host bridge: Device 7b10 (rev 01)");
     // Each chip sits behind a bridge of its own.

@@ -8,27 +8,27 @@
 
 namespace quorvel::board {
 
-manager::Board boardOrExit(const std::string& tool) {
+description::Board boardOrExit(const std::string& tool) {
     const char* named = std::getenv("QUORVEL_BOARD");
-    auto read = manager::readBoardFile(named == nullptr || named[0] == '\0' ? "/board/etc/board.json" : named);
-    if (auto* board = std::get_if<manager::Board>(&read)) return std::move(*board);
-    std::fprintf(stderr, "%s: %s\n", tool.c_str(), std::get<manager::BoardError>(read).message.c_str());
+    auto read = description::readBoardFile(named == nullptr || named[0] == '\0' ? "/board/etc/board.json" : named);
+    if (auto* board = std::get_if<description::Board>(&read)) return std::move(*board);
+    std::fprintf(stderr, "%s: %s\n", tool.c_str(), std::get<description::Error>(read).message.c_str());
     std::exit(1);
 }
 
-void actOutFault(manager::ToolFault fault, const std::string& tool) {
+void actOutFault(description::ToolFault fault, const std::string& tool) {
     constexpr unsigned kHangSeconds = 10;
     switch (fault) {
-        case manager::ToolFault::None:
+        case description::ToolFault::kNone:
             return;
-        case manager::ToolFault::Empty:
+        case description::ToolFault::kEmpty:
             std::exit(0);
-        case manager::ToolFault::Garbage:
+        case description::ToolFault::kGarbage:
             std::exit(print("\xfe\x01\x7f%n?\n"));
-        case manager::ToolFault::Hangs:
+        case description::ToolFault::kHangs:
             sleep(kHangSeconds);
             [[fallthrough]];
-        case manager::ToolFault::Fails:
+        case description::ToolFault::kFails:
             std::fprintf(stderr, "%s: failed: the board's description asks for this fault\n", tool.c_str());
             std::exit(1);
     }

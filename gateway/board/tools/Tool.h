@@ -2,16 +2,16 @@
 
 #include <string>
 
-#include "gateway/manager/BoardFile.h"
+#include "gateway/description/Reader.h"
 
 namespace quorvel::board {
 
 // Reads the board that the tool runs on ($QUORVEL_BOARD or the board's own place). Ends the tool with status 1 and a
 // message when it cannot be read.
-[[nodiscard]] manager::Board boardOrExit(const std::string& tool);
+[[nodiscard]] description::Board boardOrExit(const std::string& tool);
 
 // Misbehaves as `fault` says: returns when there is none, otherwise ends the tool.
-void actOutFault(manager::ToolFault fault, const std::string& tool);
+void actOutFault(description::ToolFault fault, const std::string& tool);
 
 // Writes all of `text` to standard output. Returns the tool's exit status: 1 when it could not be written.
 [[nodiscard]] int print(const std::string& text);

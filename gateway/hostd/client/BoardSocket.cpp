@@ -14,7 +14,7 @@
 namespace quorvel::hostd {
 namespace {
 
-using board::Descriptor;
+using common::Descriptor;
 
 constexpr int kBacklog = 64;
 

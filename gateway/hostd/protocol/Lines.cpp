@@ -62,9 +62,9 @@ std::string partLine(Id id, const Part& part) {
 
 ParsedRequest parseRequest(std::string_view line) {
     ParsedRequest parsed;
-    Json json = manager::parseShallow(line);
+    Json json = common::parseShallow(line);
     if (!json.is_object()) {
-        parsed.wrong = "no JSON object of at most " + std::to_string(manager::kMaxJsonLevels) + " levels";
+        parsed.wrong = "no JSON object of at most " + std::to_string(common::kMaxJsonLevels) + " levels";
         return parsed;
     }
     if (!readId(json, parsed.id)) {
@@ -90,7 +90,7 @@ ParsedRequest parseRequest(std::string_view line) {
 
 ParsedPart parsePart(std::string_view line) {
     ParsedPart parsed;
-    const Json json = manager::parseShallow(line);
+    const Json json = common::parseShallow(line);
     if (!json.is_object()) return parsed;
     parsed.valid = readId(json, parsed.id) && decode(json, parsed.part).empty();
     return parsed;
@@ -102,7 +102,7 @@ std::string reportLine(const BootReport& report) {
 
 std::optional<BootReport> parseReport(std::string_view line) {
     BootReport report;
-    if (!decode(manager::parseShallow(line), report).empty()) return std::nullopt;
+    if (!decode(common::parseShallow(line), report).empty()) return std::nullopt;
     return report;
 }
 

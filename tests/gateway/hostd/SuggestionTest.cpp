@@ -2,19 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "common/EditDistance.h"
 #include "gateway/hostd/Plugin.h"
 
 namespace quorvel::hostd {
 namespace {
-
-TEST(EditDistance, CountsHalfLetters) {
-    EXPECT_EQ(editDistance("Channel", "Channel"), 0U);
-    EXPECT_EQ(editDistance("channel", "Channel"), 1U);
-    EXPECT_EQ(editDistance("Chanel", "Channel"), 2U);
-    EXPECT_EQ(editDistance("Chnanel", "Channel"), 2U);
-    EXPECT_EQ(editDistance("", "abc"), 6U);
-}
 
 TEST(Suggestion, IsTheNearestExistingPath) {
     const Plugin plugin(QUORVEL_FAKE_PLUGIN);

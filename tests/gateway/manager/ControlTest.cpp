@@ -124,7 +124,7 @@ TEST_F(Control, RefusesWhatItDoesNotUnderstand) {
 TEST_F(Control, FailsSavesOnRequest) {
     holds(R"({"op":"fault","fault":"save"})", R"("ok":true)");
     Request request;
-    request.operation = Operation::SaveNvram;
+    request.operation = Operation::kSaveNvram;
     Session session;
     Answer answer;
     service_.handle(request, session, answer);
@@ -142,10 +142,10 @@ struct Moment {
 
 TEST_F(Control, EndsOrStopsInTheMiddleOfWhatItIsAskedTo) {
     constexpr Moment kMoments[] = {
-        {"read", Operation::Get, {"wlSsid", ""}},   {"read", Operation::ExtGet, {"wlSsid", ""}},
-        {"read", Operation::NvramGet, {"x", ""}},   {"write", Operation::Set, {"wlSsid", "Attic"}},
-        {"write", Operation::NvramSet, {"x", "1"}}, {"scan", Operation::Wl, {"wl0", "scan"}},
-        {"save", Operation::SaveNvram, {"", ""}}};
+        {"read", Operation::kGet, {"wlSsid", ""}},   {"read", Operation::kExtGet, {"wlSsid", ""}},
+        {"read", Operation::kNvramGet, {"x", ""}},   {"write", Operation::kSet, {"wlSsid", "Attic"}},
+        {"write", Operation::kNvramSet, {"x", "1"}}, {"scan", Operation::kWl, {"wl0", "scan"}},
+        {"save", Operation::kSaveNvram, {"", ""}}};
     std::vector<int> signals;
     service_.setSignalling([&signals](int signal) { signals.push_back(signal); });
     const auto perform = [this](const Moment& moment) {
@@ -166,7 +166,7 @@ TEST_F(Control, EndsOrStopsInTheMiddleOfWhatItIsAskedTo) {
             for (const Moment& other : kMoments) {
                 if (other.name != std::string(moment.name)) perform(other);
             }
-            perform({"", Operation::Wl, {"wl0", "counters"}});
+            perform({"", Operation::kWl, {"wl0", "counters"}});
             EXPECT_EQ(signals, std::vector<int>{}) << moment.name;
             // Once, and not again.
             perform(moment);
@@ -183,12 +183,12 @@ TEST_F(Control, EndsOrStopsInTheMiddleOfWhatItIsAskedTo) {
 
 TEST_F(Control, CutsALongAnswerIntoPieces) {
     for (int i = 0; i < 400; ++i) {
-        BoardStation setup;
+        description::Station setup;
         setup.mac = {{2, 1, 1, 1, static_cast<std::uint8_t>(i / 256), static_cast<std::uint8_t>(i)}};
         ASSERT_FALSE(service_.model().joinStation(setup));
     }
     Request request;
-    request.operation = Operation::Control;
+    request.operation = Operation::kControl;
     request.texts[0] = R"({"op":"station.list"})";
     Session session;
     Answer answer;
@@ -199,7 +199,7 @@ TEST_F(Control, CutsALongAnswerIntoPieces) {
     std::string got(reinterpret_cast<const char*>(answer.blocks[0].bytes.data()), answer.blocks[0].bytes.size());
     while (got.size() < whole.size()) {
         request = {};
-        request.operation = Operation::More;
+        request.operation = Operation::kMore;
         request.words[0] = static_cast<std::uint32_t>(got.size());
         service_.handle(request, session, answer);
         ASSERT_FALSE(answer.blocks[0].bytes.empty());

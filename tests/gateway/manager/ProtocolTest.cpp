@@ -20,7 +20,7 @@ std::vector<std::uint8_t> encoded(const Request& request) {
 
 Request setRequest() {
     Request request;
-    request.operation = Operation::Set;
+    request.operation = Operation::kSet;
     request.words[0] = 1;
     request.words[1] = 2;
     request.texts[0] = "wlSsid";
@@ -97,7 +97,7 @@ TEST(Requests, ThatDoNotFitAreNotEncoded) {
 TEST(Answers, ComeBackWithTheirBlocks) {
     const std::array<std::uint8_t, 3> first = {1, 2, 3};
     Answer answer;
-    answer.operation = Operation::CiScanResults;
+    answer.operation = Operation::kCiScanResults;
     answer.result = -5;
     answer.value = 77;
     answer.blockCount = 2;

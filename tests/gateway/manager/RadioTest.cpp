@@ -163,7 +163,7 @@ TEST(Measurement, WithoutAChannelIsOfTheRadiosOwn) {
 
 TEST(Measurement, ListsAtMost64Neighbours) {
     Model model = defaultModel();
-    BoardNeighbour neighbour;
+    description::Neighbour neighbour;
     neighbour.channel = "40";
     neighbour.primaryChannel = 40;
     for (unsigned i = 0; i < 70; ++i) {

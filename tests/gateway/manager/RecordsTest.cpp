@@ -1,4 +1,4 @@
-#include "gateway/manager/Records.h"
+#include "host/StationRecords.h"
 
 #include <gtest/gtest.h>
 

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <thread>
 
+#include "common/UnixListener.h"
 #include "gateway/manager/Connection.h"
 #include "tests/gateway/manager/TestBoard.h"
 
@@ -68,7 +69,7 @@ class Manager : public testing::Test {
 
     std::string control(const char* text) {
         Request request;
-        request.operation = Operation::Control;
+        request.operation = Operation::kControl;
         request.texts[0] = text;
         std::int32_t result = 0;
         char* answer = connection_.callLong(request, result);
@@ -132,7 +133,7 @@ TEST_F(Manager, KeepsItsSocketsPrivate) {
 TEST_F(Manager, DoesNotTakeASocketThatIsServed) {
     const Running running(folder_);
     std::string problem;
-    EXPECT_LT(listenOn(folder_.path("socket"), problem), 0);
+    EXPECT_FALSE(common::listenOn(folder_.path("socket"), problem));
     EXPECT_NE(problem.find("another"), std::string::npos) << problem;
     EXPECT_EQ(get("radio_number"), "3");
 }

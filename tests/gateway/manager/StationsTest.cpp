@@ -7,11 +7,11 @@
 namespace quorvel::manager::test {
 namespace {
 
-BoardStation newStation(unsigned accessPoint) {
-    BoardStation setup;
+description::Station newStation(unsigned accessPoint) {
+    description::Station setup;
     setup.mac = {{0x02, 9, 9, 9, 9, 9}};
     setup.accessPoint = accessPoint;
-    setup.plan.push_back({0, StationStep::Kind::Join, {}, {}});
+    setup.plan.push_back({0, description::StationStep::Kind::kJoin, {}, {}});
     return setup;
 }
 
@@ -36,9 +36,9 @@ TEST(Stations, FollowTheirPlan) {
 
 TEST(Stations, MoveBetweenAccessPointsByPlan) {
     Model model = defaultModel();
-    BoardStation setup = newStation(1);
-    setup.plan.push_back({5, StationStep::Kind::Move, -80, {}});
-    setup.plan.push_back({8, StationStep::Kind::Move, -50, 9});
+    description::Station setup = newStation(1);
+    setup.plan.push_back({5, description::StationStep::Kind::kMove, -80, {}});
+    setup.plan.push_back({8, description::StationStep::Kind::kMove, -50, 9});
     ASSERT_FALSE(model.joinStation(setup));
     model.advanceTo(6000);
     EXPECT_EQ(model.stations().back().setup.rssi, -80);
@@ -77,12 +77,12 @@ TEST(Stations, StayAwayAfterTheyLeft) {
 
 TEST(Stations, ThatAreUnknownAreNamedInTheRefusal) {
     Model model = defaultModel();
-    const MacAddress unknown{{2, 0, 0, 0, 0, 0}};
+    const common::MacAddress unknown{{2, 0, 0, 0, 0, 0}};
     EXPECT_EQ(model.leaveStation(unknown), "there is no station 02:00:00:00:00:00");
     EXPECT_TRUE(model.rejoinStation(unknown, {}));
     EXPECT_TRUE(model.moveStation(unknown, -50));
     EXPECT_TRUE(model.setTraffic(unknown, 1, 1));
-    BoardStation twice = newStation(1);
+    description::Station twice = newStation(1);
     twice.mac = stationMac(1);
     EXPECT_TRUE(model.joinStation(twice));
     Model two(shippedBoard("dual-band"), {}, 1);
@@ -142,7 +142,7 @@ TEST(Security, WithWepAsksForTheSelectedKey) {
     ASSERT_TRUE(model.set(0, 3, "wlEnblSsid", "1"));
     ASSERT_TRUE(model.set(0, 3, "wlWep", "enabled"));
     ASSERT_TRUE(model.set(0, 3, "wlKey2", "abcde"));
-    BoardStation setup = newStation(4);
+    description::Station setup = newStation(4);
     setup.security = "WEP-64";
     setup.passphrase = "abcde";
     ASSERT_FALSE(model.joinStation(setup));

@@ -137,7 +137,7 @@ TEST(Store, IsTheOldOrTheNewOneWheneverTheSaverIsKilled) {
     const Saved b = sample("b", 200);
     const std::chrono::nanoseconds duration = durationOf(store, a);
     constexpr int kRounds = 200;
-    int amidst = 0;
+    int point = 0;
     for (int round = 0; round < kRounds; ++round) {
         int progress[2];
         ASSERT_EQ(pipe(progress), 0);
@@ -166,13 +166,13 @@ TEST(Store, IsTheOldOrTheNewOneWheneverTheSaverIsKilled) {
         (void)close(progress[0]);
         ASSERT_TRUE(WIFSIGNALED(status));
         // What has not taken the store's place yet tells that the save was not over.
-        amidst += std::filesystem::exists(store.path() + ".new") ? 1 : 0;
+        point += std::filesystem::exists(store.path() + ".new") ? 1 : 0;
         const Saved after = loaded(store);
         EXPECT_TRUE(after == a || after == b) << round;
         (void)std::filesystem::remove(store.path() + ".new");
     }
-    EXPECT_GT(amidst, 0);
-    (void)std::printf("killed %d times, %d of them in the middle of a save\n", kRounds, amidst);
+    EXPECT_GT(point, 0);
+    (void)std::printf("killed %d times, %d of them in the middle of a save\n", kRounds, point);
 }
 
 }  // namespace

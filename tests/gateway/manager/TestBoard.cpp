@@ -8,13 +8,13 @@
 
 namespace quorvel::manager::test {
 
-Board shippedBoard(const std::string& name) {
-    auto board = readBoardFile(std::string(QUORVEL_BOARDS) + "/" + name + ".json");
-    if (const auto* error = std::get_if<BoardError>(&board)) {
+description::Board shippedBoard(const std::string& name) {
+    auto board = description::readBoardFile(std::string(QUORVEL_BOARDS) + "/" + name + ".json");
+    if (const auto* error = std::get_if<description::Error>(&board)) {
         ADD_FAILURE() << error->message;
         return {};
     }
-    return std::get<Board>(std::move(board));
+    return std::get<description::Board>(std::move(board));
 }
 
 Model defaultModel() {
@@ -25,7 +25,7 @@ std::string text(const Model& model, unsigned radio, unsigned sub, const std::st
     return model.get(radio, sub, name).value_or("(absent)");
 }
 
-MacAddress stationMac(unsigned lastByte) {
+common::MacAddress stationMac(unsigned lastByte) {
     return {{0x02, 0x5a, 0x00, 0x00, 0x01, static_cast<std::uint8_t>(lastByte)}};
 }
 

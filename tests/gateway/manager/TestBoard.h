@@ -2,13 +2,13 @@
 
 #include <string>
 
-#include "gateway/manager/BoardFile.h"
+#include "gateway/description/Reader.h"
 #include "gateway/manager/Model.h"
 
 namespace quorvel::manager::test {
 
 // The shipped board called `name`; fails the test when it cannot be read.
-[[nodiscard]] Board shippedBoard(const std::string& name);
+[[nodiscard]] description::Board shippedBoard(const std::string& name);
 
 // A model of the default board at power-on with nothing saved.
 [[nodiscard]] Model defaultModel();
@@ -18,7 +18,7 @@ namespace quorvel::manager::test {
 
 // A station of the default board by its last byte.
 [[nodiscard]] const Station& station(const Model& model, unsigned lastByte);
-[[nodiscard]] MacAddress stationMac(unsigned lastByte);
+[[nodiscard]] common::MacAddress stationMac(unsigned lastByte);
 
 // A folder of its own that goes away with the object.
 class TemporaryFolder {

@@ -18,7 +18,7 @@ std::vector<std::string> lines(const std::string& text) {
 }
 
 std::string output(Model& model, const char* interface, const char* command) {
-    const WlAnswer answer = wlText(model, ToolFault::None, interface, command);
+    const WlAnswer answer = wlText(model, description::ToolFault::kNone, interface, command);
     EXPECT_EQ(answer.status, 0) << answer.text;
     return answer.text;
 }
@@ -81,7 +81,7 @@ TEST(WlScanResults, AreBlocksThatEachEndWithABlankLine) {
 }
 
 TEST(WlScanResults, DescribeANeighbourInFull) {
-    Board board = shippedBoard("tri-band");
+    description::Board board = shippedBoard("tri-band");
     board.neighbours.resize(1);
     board.neighbours[0].security = "WPA-WPA2-Personal";
     board.neighbours[0].vht = true;
@@ -109,9 +109,9 @@ TEST(WlScanResults, DescribeANeighbourInFull) {
 TEST(Wl, SaysWhichInterfaceOrCommandItDoesNotKnow) {
     Model model = defaultModel();
     for (const char* interface : {"wl3", "wl0.8", "eth0", "", "wl0.0", "wl00"}) {
-        EXPECT_EQ(wlText(model, ToolFault::None, interface, "status").status, 1) << interface;
+        EXPECT_EQ(wlText(model, description::ToolFault::kNone, interface, "status").status, 1) << interface;
     }
-    const WlAnswer answer = wlText(model, ToolFault::None, "wl0", "dance");
+    const WlAnswer answer = wlText(model, description::ToolFault::kNone, "wl0", "dance");
     EXPECT_EQ(answer.status, 1);
     EXPECT_NE(answer.text.find("dance"), std::string::npos);
 }
@@ -119,19 +119,19 @@ TEST(Wl, SaysWhichInterfaceOrCommandItDoesNotKnow) {
 TEST(Wl, RefusesToScanOnARadioThatIsDown) {
     Model model = defaultModel();
     ASSERT_TRUE(model.set(0, 0, "wlEnbl", "0"));
-    EXPECT_EQ(wlText(model, ToolFault::None, "wl0", "scan").status, 1);
-    EXPECT_EQ(wlText(model, ToolFault::None, "wl0", "scanresults").status, 1);
+    EXPECT_EQ(wlText(model, description::ToolFault::kNone, "wl0", "scan").status, 1);
+    EXPECT_EQ(wlText(model, description::ToolFault::kNone, "wl0", "scanresults").status, 1);
 }
 
 TEST(Wl, MisbehavesAsTold) {
     Model model = defaultModel();
-    EXPECT_EQ(wlText(model, ToolFault::Fails, "wl0", "status").status, 1);
-    EXPECT_EQ(wlText(model, ToolFault::Empty, "wl0", "status").status, 0);
-    EXPECT_EQ(wlText(model, ToolFault::Empty, "wl0", "status").text, "");
-    const WlAnswer garbage = wlText(model, ToolFault::Garbage, "wl0", "status");
+    EXPECT_EQ(wlText(model, description::ToolFault::kFails, "wl0", "status").status, 1);
+    EXPECT_EQ(wlText(model, description::ToolFault::kEmpty, "wl0", "status").status, 0);
+    EXPECT_EQ(wlText(model, description::ToolFault::kEmpty, "wl0", "status").text, "");
+    const WlAnswer garbage = wlText(model, description::ToolFault::kGarbage, "wl0", "status");
     EXPECT_EQ(garbage.status, 0);
     EXPECT_GT(garbage.text.size(), 1000U);
-    EXPECT_GT(wlText(model, ToolFault::Hangs, "wl0", "status").status, 1);
+    EXPECT_GT(wlText(model, description::ToolFault::kHangs, "wl0", "status").status, 1);
 }
 
 }  // namespace

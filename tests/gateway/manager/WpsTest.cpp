@@ -38,11 +38,11 @@ TEST(Wps, IsCancelled) {
 
 TEST(Wps, LetsInOnlyTheStationWithThePin) {
     Model model = defaultModel();
-    BoardStation setup;
+    description::Station setup;
     setup.mac = {{2, 0, 0, 0, 0, 0x44}};
     setup.accessPoint = 1;
     setup.wpsPin = "12345678";
-    setup.plan.push_back({0, StationStep::Kind::Join, {}, {}});
+    setup.plan.push_back({0, description::StationStep::Kind::kJoin, {}, {}});
     ASSERT_FALSE(model.joinStation(setup));
     ASSERT_TRUE(model.set(0, 0, "wlWscStaPin", "11112222"));
     ASSERT_TRUE(model.set(0, 0, "wlWscConfig", "client-pin"));

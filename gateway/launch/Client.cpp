@@ -1,4 +1,4 @@
-#include "console/session/Client.h"
+#include "gateway/launch/Client.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <nlohmann/json.hpp>
 
-namespace quorvel::console {
+namespace quorvel::launch {
 
 using Json = nlohmann::ordered_json;
 
@@ -118,4 +118,4 @@ void Client::follow(Json request, const OnPart& onPart, const std::function<bool
     ask({{"do", "unsubscribe"}}, [](const Json&) {});
 }
 
-}  // namespace quorvel::console
+}  // namespace quorvel::launch

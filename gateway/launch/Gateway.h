@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "console/commandline/Options.h"
-#include "console/session/Client.h"
+#include "gateway/launch/Client.h"
+#include "gateway/launch/Options.h"
 
-namespace quorvel::console {
+namespace quorvel::launch {
 
 /// A board that is up: one that runs in the background, or one that was booted for this program and goes with it.
 class Gateway {
@@ -67,4 +67,4 @@ class Gateway {
 /// Returns the folder that holds bin/, lib/ and boards/.
 [[nodiscard]] std::string programFolder(const Options& options);
 
-}  // namespace quorvel::console
+}  // namespace quorvel::launch

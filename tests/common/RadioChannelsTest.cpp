@@ -1,8 +1,8 @@
-#include "gateway/manager/Channels.h"
+#include "common/RadioChannels.h"
 
 #include <gtest/gtest.h>
 
-namespace quorvel::manager::test {
+namespace quorvel::common {
 namespace {
 
 TEST(ChannelTexts, GivePrimaryChannelAndWidth) {
@@ -43,4 +43,4 @@ TEST(Channels, HaveCentreFrequencies) {
 }
 
 }  // namespace
-}  // namespace quorvel::manager::test
+}  // namespace quorvel::common

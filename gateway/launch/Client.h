@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace quorvel::console {
+namespace quorvel::launch {
 
 /// The board could not be reached, or was lost: what happened, and what to do next.
 class GatewayError : public std::runtime_error {
@@ -52,4 +52,4 @@ class Client {
     std::string pending_;
 };
 
-}  // namespace quorvel::console
+}  // namespace quorvel::launch

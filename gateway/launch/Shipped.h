@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "console/commandline/Options.h"
+#include "gateway/launch/Options.h"
 
-namespace quorvel::console {
+namespace quorvel::launch {
 
 /// Returns the folder of the boards or scenarios ("boards", "scenarios") that come with the program.
 [[nodiscard]] std::filesystem::path shippedFolder(const Options& options, const char* kind);
@@ -14,4 +14,4 @@ namespace quorvel::console {
 /// Returns the names of what is in it, in alphabetical order.
 [[nodiscard]] std::vector<std::string> shippedNames(const Options& options, const char* kind);
 
-}  // namespace quorvel::console
+}  // namespace quorvel::launch

@@ -1,4 +1,4 @@
-#include "console/session/Gateway.h"
+#include "gateway/launch/Gateway.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -21,7 +21,7 @@
 #include "gateway/board/Board.h"
 #include "gateway/board/StateFolder.h"
 
-namespace quorvel::console {
+namespace quorvel::launch {
 
 using Json = nlohmann::ordered_json;
 
@@ -311,4 +311,4 @@ Gateway::~Gateway() {
     }
 }
 
-}  // namespace quorvel::console
+}  // namespace quorvel::launch

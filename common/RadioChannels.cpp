@@ -1,8 +1,8 @@
-#include "gateway/manager/Channels.h"
+#include "common/RadioChannels.h"
 
 #include <algorithm>
 
-namespace quorvel::manager {
+namespace quorvel::common {
 namespace {
 
 constexpr unsigned kFirst5GHzChannel = 36;
@@ -75,4 +75,4 @@ bool channelsOverlap(const ChannelText& a, const ChannelText& b) {
     return first.low < second.high && second.low < first.high;
 }
 
-}  // namespace quorvel::manager
+}  // namespace quorvel::common

@@ -1,18 +1,25 @@
-#include "gateway/manager/BoardFile.h"
+#include "gateway/description/Reader.h"
 
 #include <gtest/gtest.h>
 
 #include <variant>
 
-#include "common/JsonPosition.h"
-#include "tests/gateway/manager/TestBoard.h"
-
-namespace quorvel::manager::test {
+namespace quorvel::description {
 namespace {
+
+// The shipped board called `name`; fails the test when it cannot be read.
+Board shippedBoard(const std::string& name) {
+    auto board = readBoardFile(std::string(QUORVEL_BOARDS) + "/" + name + ".json");
+    if (const auto* error = std::get_if<Error>(&board)) {
+        ADD_FAILURE() << error->message;
+        return {};
+    }
+    return std::get<Board>(std::move(board));
+}
 
 std::string problem(const std::string& text) {
     const auto result = parseBoard(text, "board.json");
-    const auto* error = std::get_if<BoardError>(&result);
+    const auto* error = std::get_if<Error>(&result);
     return error == nullptr ? "" : error->message;
 }
 
@@ -23,8 +30,8 @@ std::string withRadio(const std::string& keys) {
 TEST(ShippedBoards, TriBandHasThreeRadiosWithEightAccessPointsEach) {
     const Board board = shippedBoard("tri-band");
     ASSERT_EQ(board.radios.size(), 3U);
-    EXPECT_EQ(board.radios[1].band, Band::k5GHz);
-    for (const BoardRadio& radio : board.radios)
+    EXPECT_EQ(board.radios[1].band, common::Band::k5GHz);
+    for (const Radio& radio : board.radios)
         EXPECT_EQ(radio.bss.size(), kBssPerRadio);
     EXPECT_EQ(board.chips.size(), 3U);
     EXPECT_GE(board.stations.size(), 8U);
@@ -41,12 +48,12 @@ TEST(ShippedBoards, DualBandHasTwoRadiosAndUnsupportedHasNoChips) {
 TEST(ShippedBoards, UseLocallyAdministeredAddressesOnly) {
     for (const char* name : {"tri-band", "dual-band"}) {
         const Board board = shippedBoard(name);
-        for (const BoardStation& entry : board.stations)
+        for (const Station& entry : board.stations)
             EXPECT_EQ(entry.mac.bytes[0] & 3U, 2U);
-        for (const BoardNeighbour& entry : board.neighbours)
+        for (const Neighbour& entry : board.neighbours)
             EXPECT_EQ(entry.bssid.bytes[0] & 3U, 2U);
-        for (const BoardRadio& radio : board.radios) {
-            for (const BoardBss& bss : radio.bss)
+        for (const Radio& radio : board.radios) {
+            for (const Bss& bss : radio.bss)
                 EXPECT_EQ(bss.bssid.bytes[0] & 3U, 2U);
         }
     }
@@ -59,9 +66,9 @@ TEST(BoardFile, FillsInTheBssThatADescriptionLeavesOut) {
     const auto& bss = std::get<Board>(result).radios[0].bss;
     ASSERT_EQ(bss.size(), 8U);
     EXPECT_FALSE(bss[0].enabled);
-    EXPECT_EQ(formatMac(bss[0].bssid), "02:00:00:00:00:10");
+    EXPECT_EQ(common::formatMac(bss[0].bssid), "02:00:00:00:00:10");
     EXPECT_TRUE(bss[1].enabled);
-    EXPECT_EQ(formatMac(bss[7].bssid), "02:00:00:00:00:17");
+    EXPECT_EQ(common::formatMac(bss[7].bssid), "02:00:00:00:00:17");
 }
 
 TEST(BoardFile, NamesLineAndColumnOfASyntaxError) {
@@ -115,36 +122,31 @@ TEST(BoardFile, RefusesRadiosOutOfOrderAndStationsTwice) {
 
 TEST(BoardFile, SaysWhyAFileCannotBeRead) {
     const auto result = readBoardFile("/nonexistent/board.json");
-    ASSERT_TRUE(std::holds_alternative<BoardError>(result));
-    EXPECT_NE(std::get<BoardError>(result).message.find("/nonexistent/board.json"), std::string::npos);
+    ASSERT_TRUE(std::holds_alternative<Error>(result));
+    EXPECT_NE(std::get<Error>(result).message.find("/nonexistent/board.json"), std::string::npos);
 }
 
 TEST(BoardFile, ReadsJoinAndLeaveTimesAsAPlan) {
     const auto result = parseStation(R"({"mac":"02:00:00:00:00:01","bss":"wl1.2","joinAt":5,"leaveAt":2})", "s");
-    ASSERT_TRUE(std::holds_alternative<BoardStation>(result));
-    const auto& parsed = std::get<BoardStation>(result);
+    ASSERT_TRUE(std::holds_alternative<Station>(result));
+    const auto& parsed = std::get<Station>(result);
     EXPECT_EQ(parsed.accessPoint, 11U);
     ASSERT_EQ(parsed.plan.size(), 2U);
-    EXPECT_EQ(parsed.plan[0].kind, StationStep::Kind::Leave);
-    EXPECT_EQ(parsed.plan[1].kind, StationStep::Kind::Join);
+    EXPECT_EQ(parsed.plan[0].kind, StationStep::Kind::kLeave);
+    EXPECT_EQ(parsed.plan[1].kind, StationStep::Kind::kJoin);
 }
 
-TEST(MacAddresses, AreReadInEitherCaseAndWrittenInLowerCase) {
-    const auto mac = parseMac("02:Ab:cD:00:11:fF");
-    ASSERT_TRUE(mac);
-    EXPECT_EQ(formatMac(*mac), "02:ab:cd:00:11:ff");
-    for (const char* wrong : {"", "02:ab:cd:00:11", "02-ab-cd-00-11-ff", "02:ab:cd:00:11:fg", "02:ab:cd:00:11:ff:"}) {
-        EXPECT_FALSE(parseMac(wrong)) << wrong;
-    }
-}
-
-TEST(JsonPlaces, FollowAPointerPastNestedValues) {
-    const std::string document = "{\"a\":[{\"x\":\"}]\\\"\"},\n  {\"y\": 5}], \"b\":true}";
-    EXPECT_EQ(placeOfPointer(document, "/a/1/y"), "2:9");
-    EXPECT_EQ(placeOfPointer(document, "/b"), "2:18");
-    EXPECT_EQ(placeOfPointer(document, "/a/7"), "1:6");
-    EXPECT_EQ(placeOfPointer(document, ""), "1:1");
+TEST(BoardFile, LimitsTheDepthOfBoardsStationsAndNeighbours) {
+    const std::string deep = "{\n\"name\": " + std::string(200000, '[');
+    const auto message = [](const auto& result) {
+        const auto* const error = std::get_if<Error>(&result);
+        return error == nullptr ? std::string() : error->message;
+    };
+    const std::string expected = "board.json:2:108: /: expected at most 100 levels of arrays and objects";
+    EXPECT_EQ(message(parseBoard(deep, "board.json")), expected);
+    EXPECT_EQ(message(parseStation(deep, "board.json")), expected);
+    EXPECT_EQ(message(parseNeighbour(deep, "board.json")), expected);
 }
 
 }  // namespace
-}  // namespace quorvel::manager::test
+}  // namespace quorvel::description

@@ -1,10 +1,10 @@
-#include "console/session/Shipped.h"
+#include "gateway/launch/Shipped.h"
 
 #include <algorithm>
 
-#include "console/session/Gateway.h"
+#include "gateway/launch/Gateway.h"
 
-namespace quorvel::console {
+namespace quorvel::launch {
 
 std::filesystem::path shippedFolder(const Options& options, const char* kind) {
     return std::filesystem::path(programFolder(options)) / kind;
@@ -20,4 +20,4 @@ std::vector<std::string> shippedNames(const Options& options, const char* kind) 
     return names;
 }
 
-}  // namespace quorvel::console
+}  // namespace quorvel::launch
