@@ -22,6 +22,26 @@ std::string hexIdentifier(const JsonCursor& cursor, bool prefixed) {
     return text;
 }
 
+std::string organisation(const JsonCursor& cursor) {
+    std::string text = cursor.text(6);
+    const bool good = text.size() == 6 && std::all_of(text.begin(), text.end(), [](char c) {
+                          return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
+                      });
+    if (!good) cursor.fail("an OUI of six upper-case hexadecimal digits such as \"025176\"");
+    return text;
+}
+
+// It becomes part of an Endpoint ID.
+std::string serialNumber(const JsonCursor& cursor) {
+    std::string text = cursor.text(40);
+    const bool good = !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.' || c == '_' ||
+               c == '-';
+    });
+    if (!good) cursor.fail("a serial number of 1 to 40 letters, digits, '.', '_' or '-'");
+    return text;
+}
+
 ToolFault readFault(const JsonCursor& cursor, const char* tool) {
     if (!cursor.has(tool)) return ToolFault::kNone;
     const std::string text = cursor.at(tool).oneOf({"none", "fails", "empty", "garbage", "hangs"});
@@ -35,10 +55,12 @@ ToolFault readFault(const JsonCursor& cursor, const char* tool) {
 }  // namespace
 
 Board readBoard(const JsonCursor& cursor) {
-    cursor.allow({"name", "identifier", "chips", "radios", "stations", "neighbours", "faults"});
+    cursor.allow({"name", "identifier", "oui", "serial", "chips", "radios", "stations", "neighbours", "faults"});
     Board board;
     board.name = cursor.at("name").boundedText(64);
     board.identifier = hexIdentifier(cursor.at("identifier"), true);
+    if (cursor.has("oui")) board.oui = organisation(cursor.at("oui"));
+    if (cursor.has("serial")) board.serial = serialNumber(cursor.at("serial"));
     cursor.at("chips").each([&](const JsonCursor& chip) { board.chips.push_back(hexIdentifier(chip, false)); }, 8);
     cursor.at("radios").each(
         [&](const JsonCursor& entry) {

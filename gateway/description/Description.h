@@ -114,6 +114,8 @@ struct Faults {
 struct Board {
     std::string name;
     std::string identifier;          ///< "0x0030"
+    std::string oui;                 ///< of the device for its managers, six upper-case digits; may be empty
+    std::string serial;              ///< of the device for its managers; may be empty
     std::vector<std::string> chips;  ///< PCI device identifiers, "43c5"
     std::vector<Radio> radios;       ///< 0 to 3, in order of index without gaps
     std::vector<Station> stations;

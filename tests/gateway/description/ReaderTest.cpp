@@ -120,6 +120,20 @@ TEST(BoardFile, RefusesRadiosOutOfOrderAndStationsTwice) {
     EXPECT_NE(problem(stations).find("/stations/1/mac"), std::string::npos);
 }
 
+TEST(BoardFile, OuiAndSerialNameTheDeviceToItsManagers) {
+    const auto with = [](const std::string& members) {
+        return R"({"name":"b","identifier":"0x0030",)" + members + R"("chips":[],"radios":[]})";
+    };
+    const auto result = parseBoard(with(R"("oui":"02ABCD","serial":"QW-1.a_b",)"), "b");
+    ASSERT_TRUE(std::holds_alternative<Board>(result));
+    EXPECT_EQ(std::get<Board>(result).oui, "02ABCD");
+    EXPECT_EQ(std::get<Board>(result).serial, "QW-1.a_b");
+    EXPECT_NE(problem(with(R"("oui":"02abcd",)")).find("/oui"), std::string::npos);
+    EXPECT_NE(problem(with(R"("oui":"02ABC",)")).find("/oui"), std::string::npos);
+    EXPECT_NE(problem(with(R"("serial":"a b",)")).find("/serial"), std::string::npos);
+    EXPECT_NE(problem(with(R"("serial":"",)")).find("/serial"), std::string::npos);
+}
+
 TEST(BoardFile, SaysWhyAFileCannotBeRead) {
     const auto result = readBoardFile("/nonexistent/board.json");
     ASSERT_TRUE(std::holds_alternative<Error>(result));
