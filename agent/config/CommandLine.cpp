@@ -15,7 +15,7 @@ constexpr const char* kUnnamedOui = "025176";  // locally administered
 void addBoardFacts(DeviceFacts& device, const CommandLine& line) {
     std::ifstream file(line.boardFile);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
-    const nlohmann::ordered_json board = manager::parseShallow(text);
+    const nlohmann::ordered_json board = common::parseShallow(text);
     if (!board.is_object()) throw ConfigError("cannot read the board's description " + line.boardFile);
     const auto fact = [&board](const char* name, const char* otherwise) {
         const auto found = board.find(name);

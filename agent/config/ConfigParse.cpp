@@ -133,12 +133,12 @@ TlsConfig readTls(const Json& item, const std::string& folder) {
 }  // namespace
 
 Config parseConfig(const std::string& text, const std::string& name, const std::string& folder) {
-    if (manager::findTooDeep(text)) throw ConfigError(name + ": " + manager::tooDeepText());
+    if (common::findTooDeep(text)) throw ConfigError(name + ": " + common::tooDeepText());
     Json whole;
     try {
         whole = Json::parse(text);
     } catch (const Json::parse_error& error) {
-        throw ConfigError(name + ":" + manager::placeOfByte(text, error.byte == 0 ? 0 : error.byte - 1) +
+        throw ConfigError(name + ":" + common::placeOfByte(text, error.byte == 0 ? 0 : error.byte - 1) +
                           ": this is not JSON");
     }
     try {

@@ -23,7 +23,7 @@ std::string hexIdentifier(const JsonCursor& cursor, bool prefixed) {
 }
 
 std::string organisation(const JsonCursor& cursor) {
-    std::string text = cursor.text(6);
+    std::string text = cursor.boundedText(6);
     const bool good = text.size() == 6 && std::all_of(text.begin(), text.end(), [](char c) {
                           return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
                       });
@@ -33,7 +33,7 @@ std::string organisation(const JsonCursor& cursor) {
 
 // It becomes part of an Endpoint ID.
 std::string serialNumber(const JsonCursor& cursor) {
-    std::string text = cursor.text(40);
+    std::string text = cursor.boundedText(40);
     const bool good = !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
         return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.' || c == '_' ||
                c == '-';
