@@ -1,5 +1,6 @@
 #include "gateway/board/NamespaceAdvice.h"
 
+#include <cerrno>
 #include <cstring>
 #include <fstream>
 
@@ -14,7 +15,11 @@ std::string settingOf(const std::string& settings, const std::string& name) {
     return value;
 }
 
-std::string cause(const std::string& settings) {
+std::string cause(int error, const std::string& settings) {
+    // The kernel answers so to a process with several threads, as an emulator has.
+    if (error == EINVAL)
+        return "a processor emulator cannot create a user namespace; start it inside one that is there already: "
+               "`unshare --user --map-root-user EMULATOR PROGRAM`";
     if (settingOf(settings, "kernel/unprivileged_userns_clone") == "0")
         return "the kernel lets only root create them; allow it with `sysctl -w kernel.unprivileged_userns_clone=1`";
     for (const char* kind : {"user", "mnt", "net", "pid", "ipc"}) {
@@ -39,7 +44,8 @@ std::string cause(const std::string& settings) {
 }  // namespace
 
 std::string adviseOnNamespaces(int error, const std::string& settings) {
-    return std::string("The board's namespaces cannot be created (") + std::strerror(error) + "): " + cause(settings) +
+    return std::string("The board's namespaces cannot be created (") + std::strerror(error) +
+           "): " + cause(error, settings) +
            ". Or run with --no-sandbox: then the board uses the machine's own /tmp and /var and has no interfaces.";
 }
 

@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,6 +15,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <list>
@@ -70,6 +72,30 @@ std::vector<std::string> splitAtBlanks(std::string_view text) {
     return words;
 }
 
+constexpr char kDefaultPath[] = "/bin:/usr/bin";
+
+// Finds `program` along PATH and stores its path in `found`. Returns 0 or the reason. A folder that may not be searched
+// is as good as one without the program; a file that may not be executed is the reason when no other is found.
+int lookUp(const std::string& program, std::string& found) {
+    found = program;
+    if (program.find('/') != std::string::npos) return 0;  // starting it tells
+    const char* const variable = std::getenv("PATH");
+    const std::string_view path = variable == nullptr ? kDefaultPath : variable;
+    int reason = ENOENT;
+    for (std::size_t begin = 0; begin <= path.size();) {
+        const std::size_t end = std::min(path.find(':', begin), path.size());
+        // An empty entry is the working folder.
+        found = end == begin ? "." : std::string(path.substr(begin, end - begin));
+        found += "/" + program;
+        begin = end + 1;
+        struct stat file {};
+        if (stat(found.c_str(), &file) != 0 || !S_ISREG(file.st_mode)) continue;
+        if (access(found.c_str(), X_OK) == 0) return 0;
+        reason = EACCES;
+    }
+    return reason;
+}
+
 // Closes what the host has open: a daemon that kept the host's sockets would keep its clients waiting. Between fork and
 // exec only system calls are allowed.
 void closeAllBut(int kept) {
@@ -87,7 +113,7 @@ void closeAllBut(int kept) {
 }
 
 // Runs in the forked child, returns only on failure. `report` takes the reason.
-void becomeProgram(pid_t host, int report, char* const* arguments) {
+void becomeProgram(pid_t host, int report, const char* path, char* const* arguments) {
     // The request counts for deaths from now on; a host that died before it has already left us to another parent.
     if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != host) return;
     for (int number = 1; number < NSIG; ++number)
@@ -102,7 +128,7 @@ void becomeProgram(pid_t host, int report, char* const* arguments) {
     const int moved = fcntl(report, F_DUPFD_CLOEXEC, 3);
     if (moved < 0) return;
     closeAllBut(moved);
-    execvp(arguments[0], arguments);
+    execvp(path, arguments);
     const int reason = errno;
     (void)!write(moved, &reason, sizeof reason);  // a host that is gone needs no reason
 }
@@ -117,12 +143,14 @@ int startProgram(Process& process) {
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
 
+    std::string path;
+    if (const int reason = lookUp(process.program, path)) return reason;
     std::array<int, 2> report{};
     if (pipe2(report.data(), O_CLOEXEC) != 0) return errno;
     const pid_t host = getpid();
     const pid_t child = fork();
     if (child == 0) {
-        becomeProgram(host, report[1], arguments.data());
+        becomeProgram(host, report[1], path.c_str(), arguments.data());
         _exit(127);
     }
     const int forkError = errno;

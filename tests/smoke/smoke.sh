@@ -3,6 +3,8 @@
 set -euo pipefail
 program=$1
 shift
+# An emulated process cannot create the user namespace that an ordinary user needs.
+[ "$(id -u)" -eq 0 ] || set -- unshare --user --map-root-user "$@"
 state=$(mktemp -d)
 trap 'rm -rf "$state"' EXIT
 

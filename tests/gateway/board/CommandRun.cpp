@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <sstream>
@@ -67,8 +68,22 @@ std::vector<std::string> builtProgram(const std::string& name) {
     return words;
 }
 
+bool emulated() {
+    return !emulator().empty();
+}
+
+std::vector<std::string> inNamespaces(const std::vector<std::string>& kinds, const std::vector<std::string>& words) {
+    std::vector<std::string> all{"unshare", "--user", "--map-root-user"};
+    all.insert(all.end(), kinds.begin(), kinds.end());
+    all.insert(all.end(), words.begin(), words.end());
+    return all;
+}
+
 std::vector<std::string> boardWords(const std::string& state, const std::vector<std::string>& extra) {
     std::vector<std::string> words = builtProgram("board_command");
+    const bool sandbox = std::find(extra.begin(), extra.end(), "--no-sandbox") == extra.end();
+    // An emulated process cannot create the user namespace that an ordinary user needs for the others.
+    if (sandbox && emulated() && geteuid() != 0) words = inNamespaces({}, words);
     // The board's own host library stands for a plug-in: nothing here loads it.
     for (const std::string& word : {std::string("--state"), state, std::string("--programs"), kPrograms,
                                     std::string("--plugin"), kPrograms + "/lib/libquorvel.so"})

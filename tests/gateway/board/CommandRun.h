@@ -38,6 +38,13 @@ class CommandRun {
 // The program built as `name`, called so that it runs on this machine.
 [[nodiscard]] std::vector<std::string> builtProgram(const std::string& name);
 
+// Whether the programs are built for another processor and run under its emulator.
+[[nodiscard]] bool emulated();
+
+// `words` run by "root" in a user namespace and in those of the `kinds` that unshare(1) names.
+[[nodiscard]] std::vector<std::string> inNamespaces(const std::vector<std::string>& kinds,
+                                                    const std::vector<std::string>& words);
+
 // The words of board_command for a board with its state in `state`, up to the "--" of the command: `extra` goes
 // between.
 [[nodiscard]] std::vector<std::string> boardWords(const std::string& state, const std::vector<std::string>& extra = {});

@@ -44,6 +44,13 @@ TEST_F(NamespaceAdvice, NamesTheFlagsOfAContainerOtherwise) {
     EXPECT_TRUE(advises("--cap-add SYS_ADMIN"));
 }
 
+TEST_F(NamespaceAdvice, SaysHowAnEmulatorGetsThem) {
+    (void)settings_.write("kernel/unprivileged_userns_clone", "0\n");
+    const std::string advice = quorvel::board::adviseOnNamespaces(EINVAL, settings_.path());
+    EXPECT_NE(advice.find("unshare --user --map-root-user EMULATOR PROGRAM"), std::string::npos) << advice;
+    EXPECT_EQ(advice.find("sysctl"), std::string::npos) << advice;
+}
+
 TEST_F(NamespaceAdvice, TellsTheSystemsReasonAndTheWayWithout) {
     EXPECT_TRUE(advises("Operation not permitted"));
     EXPECT_TRUE(advises("--no-sandbox"));

@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <quorvel.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <thread>
 
@@ -165,6 +167,47 @@ TEST_F(HostProcess, ThatDoesNotExistIsReported) {
         EXPECT_NE(QuorvelOsTerminateProcess(&info, info.arguments), 0U);
     }
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "no child may be left";
+}
+
+// The PATH of this process for the life of the object.
+class Path {
+  public:
+    explicit Path(const std::string& path) {
+        (void)setenv("PATH", path.c_str(), 1);
+    }
+    ~Path() {
+        (void)setenv("PATH", before_.c_str(), 1);
+    }
+    Path(const Path&) = delete;
+    Path& operator=(const Path&) = delete;
+
+  private:
+    std::string before_ = std::getenv("PATH") == nullptr ? "/bin:/usr/bin" : std::getenv("PATH");
+};
+
+TEST_F(HostProcess, ThatIsInNoSearchedFolderIsReportedAsMissing) {
+    const std::string closed = folder_.path() + "/closed";
+    ASSERT_EQ(mkdir(closed.c_str(), 0), 0);
+    const Path path(closed + ":/nowhere:" + folder_.path());
+    SpawnInfo info = infoOf("no-such-program-anywhere", "");
+    EXPECT_NE(QuorvelOsSpawnProcess(&info, &record_), 0U);
+    EXPECT_NE(std::string(QuorvelHost_LastError()).find("no-such-program-anywhere: No such file"), std::string::npos)
+        << QuorvelHost_LastError();
+}
+
+TEST_F(HostProcess, ThatMayNotBeExecutedIsReportedUnlessAnotherFolderHasIt) {
+    (void)folder_.write("program", "#!/bin/sh\nprintf u > " + line_.path() + "\n");
+    const std::string other = folder_.path() + "/other";
+    ASSERT_EQ(mkdir(other.c_str(), 0700), 0);
+    const Path path(folder_.path() + ":" + other);
+    SpawnInfo info = infoOf("program", "");
+    EXPECT_NE(QuorvelOsSpawnProcess(&info, &record_), 0U);
+    EXPECT_NE(std::string(QuorvelHost_LastError()).find("program: Permission denied"), std::string::npos)
+        << QuorvelHost_LastError();
+    std::filesystem::copy_file(folder_.path() + "/program", other + "/program");
+    std::filesystem::permissions(other + "/program", std::filesystem::perms::owner_all);
+    ASSERT_EQ(QuorvelOsSpawnProcess(&info, &record_), 0U) << QuorvelHost_LastError();
+    EXPECT_TRUE(line_.waitForByte());
 }
 
 TEST_F(HostProcess, ThatMayNotBeExecutedIsReported) {
