@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "NullPlatform.h"
-#include "Operation.h"
+#include "bench/counts/NullPlatform.h"
+#include "bench/counts/Operation.h"
 
 extern "C" {
 /// The mark. Its address is known before the program starts, since the program is loaded where it was linked.

@@ -8,9 +8,9 @@
 #include <iostream>
 #include <iterator>
 
+#include "common/OutsideBrackets.h"
 #include "console/session/Secrets.h"
 #include "console/terminal/Interrupt.h"
-#include "gateway/hostd/OutsideBrackets.h"
 
 namespace quorvel::console {
 namespace {
@@ -70,7 +70,7 @@ std::string askedFor(const std::string& path) {
 }  // namespace
 
 std::size_t signIn(const std::string& assignment) {
-    return hostd::findOutsideBrackets(assignment, '=');
+    return common::findOutsideBrackets(assignment, '=');
 }
 
 std::string valueMeantBy(const Session& session, const std::string& path, const std::string& given) {

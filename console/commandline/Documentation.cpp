@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "common/EditDistance.h"
-#include "gateway/hostd/OutsideBrackets.h"
+#include "common/OutsideBrackets.h"
 #include "gateway/launch/Client.h"
 #include "gateway/launch/Gateway.h"
 
@@ -28,7 +28,7 @@ bool isInstance(std::string_view segment) {
 std::string templateOf(std::string_view path, std::vector<std::string>* instances = nullptr) {
     std::string text;
     for (std::size_t begin = 0; begin < path.size();) {
-        const std::size_t end = std::min(hostd::findOutsideBrackets(path, '.', begin), path.size());
+        const std::size_t end = std::min(common::findOutsideBrackets(path, '.', begin), path.size());
         const std::string_view segment = path.substr(begin, end - begin);
         const bool instance = isInstance(segment);
         if (instance && instances != nullptr) instances->emplace_back(segment);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "gateway/hostd/OutsideBrackets.h"
+#include "common/OutsideBrackets.h"
 
 namespace quorvel::hostd {
 namespace {
@@ -14,7 +14,7 @@ constexpr std::string_view kRoot = "Device.";
 PathText::PathText(std::string_view path) : rooted(path.starts_with(kRoot)) {
     if (!rooted) return;
     std::size_t begin = kRoot.size();
-    const auto nextDot = [&] { return findOutsideBrackets(path, '.', begin); };
+    const auto nextDot = [&] { return common::findOutsideBrackets(path, '.', begin); };
     for (std::size_t end = nextDot(); end != std::string_view::npos; end = nextDot()) {
         objects.push_back({path.substr(begin, end - begin), end});
         begin = end + 1;

@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <string_view>
 
-namespace quorvel::hostd {
+namespace quorvel::common {
 
-/// Returns where the character stands first from `begin` on, in a path as people write it: what stands in brackets, and
-/// in quotes within them, is passed over. npos when it is not there.
+/// Returns the position of the first `wanted` character of a data-model path from `begin` on, without looking into
+/// search expressions in brackets and the quotes within them. Returns npos when there is none.
 [[nodiscard]] inline std::size_t findOutsideBrackets(std::string_view path, char wanted, std::size_t begin = 0) {
     bool bracket = false;
     bool quote = false;
@@ -29,4 +29,4 @@ namespace quorvel::hostd {
     return std::string_view::npos;
 }
 
-}  // namespace quorvel::hostd
+}  // namespace quorvel::common
