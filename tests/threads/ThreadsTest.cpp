@@ -8,7 +8,6 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -18,6 +17,7 @@
 #include "tests/threads/ThreadPlatform.h"
 #include "tests/wifi/DataModel.h"
 #include "tests/wifi/Silence.h"
+#include "tests/wifi/platform/Resources.h"
 #include "wifi/QuorvelWiFiExports.h"
 
 // Many threads of a host in the library at once, while events arrive. Rounds are counted, nothing waits for time.
@@ -254,11 +254,7 @@ namespace {
 constexpr unsigned kPairs = 1000;
 
 std::size_t openDescriptors() {
-    std::size_t count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        count += entry.is_symlink() ? 1 : 0;
-    }
-    return count;
+    return scripted::entriesOf("/proc/self/fd");
 }
 
 // Registers and deregisters, each time a little later, and lets several listeners end beside the next ones; returns

@@ -1,8 +1,6 @@
 #include "tests/torture/Torture.h"
 
-#include <dirent.h>
 #include <gtest/gtest.h>
-#include <sched.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -12,6 +10,7 @@
 
 #include "tests/torture/TortureWorld.h"
 #include "tests/wifi/Silence.h"
+#include "tests/wifi/platform/Resources.h"
 
 namespace quorvel::torture {
 
@@ -19,6 +18,7 @@ namespace {
 
 using scripted::Call;
 using scripted::Platform;
+using scripted::Resources;
 using scripted::Silence;
 
 Platform& platform() {
@@ -37,36 +37,6 @@ bool canFail(const std::string& name) {
                                                 "pclose",
                                                 "close"};
     return never.count(name) == 0;
-}
-
-std::size_t entriesOf(const char* folder) {
-    DIR* directory = opendir(folder);
-    if (directory == nullptr) {
-        return 0;
-    }
-    std::size_t entries = 0;
-    while (readdir(directory) != nullptr) {
-        ++entries;
-    }
-    (void)closedir(directory);
-    return entries;
-}
-
-// What a run must leave as it found it.
-struct Resources {
-    std::size_t descriptors = entriesOf("/proc/self/fd");
-    std::size_t threads = entriesOf("/proc/self/task");
-};
-
-// A thread that has been joined may still be listed for a moment.
-Resources resourcesOnceThreadsAreGone(std::size_t threads) {
-    constexpr unsigned kLooks = 100000;
-    Resources now;
-    for (unsigned look = 0; look < kLooks && now.threads > threads; ++look) {
-        (void)sched_yield();
-        now.threads = entriesOf("/proc/self/task");
-    }
-    return now;
 }
 
 // How one run differs from the success path.
@@ -217,7 +187,7 @@ Success run(const Scenario& scenario, const Fault& fault,
     EXPECT_TRUE(platform().openStreams().empty()) << platform().openStreams().front() << " is left open";
     platform().activate(false);
     platform().endThreads();
-    const Resources after = resourcesOnceThreadsAreGone(before.threads);
+    const Resources after = Resources::onceThreadsAreGone(before.threads);
     EXPECT_EQ(after.descriptors, before.descriptors) << "descriptors are left";
     EXPECT_EQ(after.threads, before.threads) << "threads are left";
     ++count.runs;
@@ -262,6 +232,7 @@ void torture(const Scenario& scenario) {
     if (!scenario.resultIsNoCode) {
         ASSERT_EQ(good.run.result, 0U) << scenario.name << " does not succeed when nothing fails";
     }
+    EXPECT_EQ(good.blocks, scenario.blocksLeft) << scenario.name << " leaves another number of heap blocks";
     tortured.insert(scenario.silentFunctions.begin(), scenario.silentFunctions.end());
     tortured.insert(scenario.name);
     for (const std::string& function : tracedFunctions(good.run)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -34,6 +35,8 @@ struct Scenario {
     std::set<std::string> askedForEver = {};
     // The save's failure keeps the lock.
     bool keepsLockWhenFailing = false;
+    // Heap blocks that the success path leaves, or, below 0, those from before that it frees.
+    std::ptrdiff_t blocksLeft = 0;
     // A result that is no code (an instance number, a count, a truth value).
     bool resultIsNoCode = false;
     // Exported functions of the action that log nothing by which they could be seen.

@@ -637,6 +637,7 @@ TEST_F(Prepared, StartUpAndShutDown) {
     shutDown.silentFunctions = {"WiFiUnInit", "WiFiInit"};
     // What the scan has stored is released in every case: see the memory that the success path leaves.
     shutDown.prepare = [] { EXPECT_EQ(scan(), 0U); };
+    shutDown.blocksLeft = -1;
     shutDown.act = [] { return static_cast<std::uint32_t>(WiFiUnInit()); };
     torture(shutDown);
 }
@@ -745,6 +746,7 @@ TEST_F(Prepared, TheEventBurst) {
         return std::string(stationsSeen == (listens ? 3 : 0) ? "" : "stations are missing, or come from nowhere");
     };
     scenario.askedForEver = {"read"};
+    scenario.blocksLeft = 1;  // the listener's buffer
     torture(scenario);
 }
 
@@ -760,6 +762,7 @@ TEST_F(Prepared, RegistrationAndDeregistration) {
         return result != 0 ? result : gone;
     };
     scenario.askedForEver = {"read"};
+    scenario.blocksLeft = 1;  // the listener's buffer
     torture(scenario);
 }
 

@@ -79,6 +79,7 @@ std::string association(std::uint32_t radio, std::uint32_t bss) {
 class Listener : public PlatformTest {
   protected:
     Listener() {
+        expectBlocksLeft();
         const std::lock_guard<std::mutex> guard(eventsMutex);
         events.clear();
         lockHeldInCallback = false;
@@ -155,6 +156,12 @@ TEST_F(Listener, GoesOnAfterAMessageSplitAtAnyByte) {
         EXPECT_EQ(events.back().code, 12U) << split;
         EXPECT_LE(events.size(), 3U) << split;
     }
+}
+
+TEST_F(Listener, LeavesItsBufferAndNothingElse) {
+    const std::size_t before = platform.liveBlocks();
+    (void)listen({{header(0, 0, 12)}, {association(0, 0)}});
+    EXPECT_EQ(platform.liveBlocks(), before + 1);
 }
 
 TEST_F(Listener, ConnectsToItsSocket) {

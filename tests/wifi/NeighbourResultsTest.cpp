@@ -193,11 +193,22 @@ TEST_F(NeighbourResults, StoreGivesClearedRecordsAndFreesTheOldOnes) {
     ASSERT_EQ(WiFiNeighboringDiagnosticsResultInit(0, 2, &first), 0U);
     ASSERT_NE(first, nullptr);
     memset(first, 'x', 2 * sizeof *first);
-    // The sanitizers see the first array if it is forgotten, and its use if it is freed twice.
+    const std::size_t blocks = platform.liveBlocks();
     NeighboringWiFiResult* second = nullptr;
     ASSERT_EQ(WiFiNeighboringDiagnosticsResultInit(0, 3, &second), 0U);
+    EXPECT_EQ(platform.liveBlocks(), blocks) << "the first array is not freed";
     const std::string bytes(reinterpret_cast<const char*>(second), 3 * sizeof *second);
     EXPECT_TRUE(bytes == std::string(3 * 1092, '\0'));
+}
+
+TEST_F(NeighbourResults, AnotherScanFreesTheOnesBefore) {
+    const std::size_t blocks = platform.liveBlocks();
+    networks(1, {1, 6});
+    EXPECT_EQ(platform.liveBlocks(), blocks + 1);
+    networks(1, {11});
+    EXPECT_EQ(platform.liveBlocks(), blocks + 1);
+    networks(1, {});
+    EXPECT_EQ(platform.liveBlocks(), blocks);
 }
 
 TEST_F(NeighbourResults, StoreReportsThatThereIsNoMemory) {
@@ -215,7 +226,9 @@ TEST_F(NeighbourResults, ReleaseSparesTheThirdRadiosResults) {
     networks(1, {1});
     networks(2, {36});
     networks(3, {149});
+    const std::size_t blocks = platform.liveBlocks();
     WiFiNeighboringDiagnosticsResultUnInit();
+    EXPECT_EQ(platform.liveBlocks(), blocks - 2);
     NeighboringWiFiResult* record = nullptr;
     ASSERT_EQ(QUORVEL_P_WiFiNeighboringDiagnosticsResultGetEntry(3, &record), 0U);
     EXPECT_EQ(record->channel, 149U);

@@ -15,6 +15,15 @@ NeighbourTest::NeighbourTest() {
         scan(radio, "");
     }
     platform.forget();
+    countBlocksFromHere();
+}
+
+void NeighbourTest::TearDown() {
+    for (std::uint32_t radio = 0; radio < kRadios; ++radio) {
+        NeighboringWiFiResult* none = nullptr;
+        EXPECT_EQ(WiFiNeighboringDiagnosticsResultInit(radio, 0, &none), 0U);
+    }
+    PlatformTest::TearDown();
 }
 
 void NeighbourTest::output(std::uint32_t radio, const std::string& text) {

@@ -12,10 +12,11 @@
 
 namespace quorvel::scripted {
 
-// The fixture of tests that scan for neighbours: no radio has results at the start.
+// The fixture of tests that scan for neighbours: no radio has results at the start, nor at the end.
 class NeighbourTest : public PlatformTest {
   protected:
     NeighbourTest();
+    void TearDown() override;
 
     // Scripts what `wl` dumps for the radio (from 1).
     void output(std::uint32_t radio, const std::string& text);

@@ -5,12 +5,19 @@ namespace quorvel::scripted {
 PlatformTest::PlatformTest() : platform(Platform::instance()) {
     platform.reset();
     platform.activate(true);
+    countBlocksFromHere();
 }
 
 PlatformTest::~PlatformTest() {
     platform.endThreads();
     platform.activate(false);
+    if (!blocksMayBeLeft_) {
+        EXPECT_EQ(platform.liveBlocks(), blocks_) << "heap blocks are left";
+    }
     platform.reset();
+    const Resources after = Resources::onceThreadsAreGone(before_.threads);
+    EXPECT_EQ(after.descriptors, before_.descriptors) << "descriptors are left";
+    EXPECT_EQ(after.threads, before_.threads) << "threads are left";
 }
 
 void PlatformTest::TearDown() {

@@ -7,12 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "tests/wifi/platform/Resources.h"
 #include "tests/wifi/platform/ScriptedPlatform.h"
 
 namespace quorvel::scripted {
 
 // The fixture of every test of the plug-in: a platform with nothing scripted before, and a look at what must never be
-// left behind after: the lock held or misused, a stream open.
+// left behind after: the lock held or misused, a stream or descriptor open, a thread running, a heap block.
 class PlatformTest : public testing::Test {
   protected:
     PlatformTest();
@@ -27,9 +28,21 @@ class PlatformTest : public testing::Test {
         lockMayBeMisused_ = true;
     }
 
+    // For a test that lets a listener run, which leaves its buffer.
+    void expectBlocksLeft() {
+        blocksMayBeLeft_ = true;
+    }
+    // For a fixture that begins by freeing what the library kept from earlier tests.
+    void countBlocksFromHere() {
+        blocks_ = platform.liveBlocks();
+    }
+
     Platform& platform;
 
   private:
+    Resources before_;
+    std::size_t blocks_ = 0;
+    bool blocksMayBeLeft_ = false;
     bool lockMayStayHeld_ = false;
     bool lockMayBeMisused_ = false;
 };
