@@ -7,8 +7,9 @@
 #include <string>
 
 #include "bench/counts/NullPlatform.h"
-#include "wifi/QuorvelWiFiContexts.h"
 #include "wifi/QuorvelWiFiExports.h"
+#include "wifi/QuorvelWiFiTable.h"
+#include "wifi/model/Contexts.h"
 
 namespace {
 

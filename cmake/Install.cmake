@@ -13,10 +13,13 @@ install(TARGETS quorvel_wifi LIBRARY DESTINATION ${QUORVEL_PLUGIN_DIR} COMPONENT
 # The exported functions are expanded from the definitions, which are part of the headers therefore.
 file(GLOB definitions ${PROJECT_SOURCE_DIR}/wifi/*.def)
 install(FILES
-    ${PROJECT_SOURCE_DIR}/wifi/QuorvelWiFiExports.h ${PROJECT_SOURCE_DIR}/wifi/QuorvelWiFiTable.h
-    ${PROJECT_SOURCE_DIR}/wifi/Preprocessor.h ${PROJECT_SOURCE_DIR}/wifi/DefinitionBegin.h
-    ${PROJECT_SOURCE_DIR}/wifi/DefinitionEnd.h ${definitions}
+    ${PROJECT_SOURCE_DIR}/wifi/QuorvelWiFiExports.h ${PROJECT_SOURCE_DIR}/wifi/QuorvelWiFiTable.h ${definitions}
     DESTINATION ${QUORVEL_HEADER_DIR}/wifi COMPONENT development)
+install(FILES
+    ${PROJECT_SOURCE_DIR}/wifi/model/BeginRows.h ${PROJECT_SOURCE_DIR}/wifi/model/DataModel.def
+    ${PROJECT_SOURCE_DIR}/wifi/model/EndRows.h ${PROJECT_SOURCE_DIR}/wifi/model/ExportedFunctions.def
+    ${PROJECT_SOURCE_DIR}/wifi/model/Signatures.h
+    DESTINATION ${QUORVEL_HEADER_DIR}/wifi/model COMPONENT development)
 
 # The CMake package finds the installed files from where it stands itself; the .pc file tells where they are on the target,
 # which is known when they are installed.

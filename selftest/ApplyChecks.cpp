@@ -9,14 +9,14 @@ constexpr std::uint32_t kLockFails = 77;
 constexpr std::uint32_t kUnlockFails = 78;
 
 struct Trial {
-    const definitions::Object& object;
+    const model::Object& object;
     Caller init;
     Caller apply;
     unsigned depth;
     // Its contexts are neither checked nor initialised again.
     bool leavesContext;
 
-    Trial(const Library& library, const definitions::Object& of)
+    Trial(const Library& library, const model::Object& of)
         : object(of),
           init(library, std::string(of.prefix) + "InitContext"),
           apply(library, std::string(of.prefix) + "ApplyContext"),
@@ -57,10 +57,11 @@ void checkSuccess(const Trial& trial, Report& report) {
     report.expect(trial.apply.name() + " of a context without marks", trial.run(context.word()), 0);
     report.check(platform().locks == 1 && lockBalanced(), trial.apply.name() + " does not lock and unlock once each");
     const unsigned inits = trial.leavesContext ? 0 : 1;
-    report.check(platform().contextInits == inits && (inits == 0 || platform().contextSize == trial.object.contextSize),
-                 trial.apply.name() + ": initialises the context " + std::to_string(platform().contextInits) +
-                     " times (" + std::to_string(platform().contextSize) + " bytes) after success, expected " +
-                     std::to_string(inits) + " (" + std::to_string(trial.object.contextSize) + " bytes)");
+    report.check(
+        platform().contextInits == inits && (inits == 0 || platform().contextSize == contextSizeOf(trial.object)),
+        trial.apply.name() + ": initialises the context " + std::to_string(platform().contextInits) + " times (" +
+            std::to_string(platform().contextSize) + " bytes) after success, expected " + std::to_string(inits) + " (" +
+            std::to_string(contextSizeOf(trial.object)) + " bytes)");
     platform().unlockResult = kUnlockFails;
     report.expect(trial.apply.name() + " when the unlock fails", trial.run(context.word()), kUnlockFails);
     platform().unlockResult = 0;
@@ -92,7 +93,7 @@ void checkBalance(const Trial& trial, Report& report) {
 template <typename Check>
 void forEach(const Library& library, Report& report, const char* rule, const Check& check) {
     report.begin(rule);
-    for (const definitions::Object& object : definitions::objects()) {
+    for (const model::Object& object : model::kObjects) {
         const Trial trial(library, object);
         if (trial.apply.there() && trial.init.there()) check(trial, report);
     }

@@ -13,8 +13,8 @@ struct Object {
 
 std::vector<Object> objects() {
     std::vector<Object> all = {{"WiFiSystem", 132, 0}};
-    for (const definitions::Object& object : definitions::objects())
-        all.push_back({std::string(object.prefix), object.contextSize, nodeLimitOf(object)});
+    for (const model::Object& object : model::kObjects)
+        all.push_back({std::string(object.prefix), contextSizeOf(object), nodeLimitOf(object)});
     return all;
 }
 

@@ -7,22 +7,17 @@
 namespace quorvel::selftest {
 namespace {
 
-using definitions::Kind;
-
-constexpr std::uint32_t kNodeLimits[] = {
-#define OBJECT(index, path, parameters, contextSize, nodeLimit) nodeLimit,
-#include "wifi/QuorvelWiFiDataModel.def"
-};
+using model::Kind;
 
 std::size_t typeCode(Kind kind) {
     switch (kind) {
-        case Kind::string:
+        case Kind::kString:
             return 0;
-        case Kind::boolean:
+        case Kind::kBoolean:
             return 2;
-        case Kind::unsignedInt:
+        case Kind::kUnsignedInt:
             return 3;
-        case Kind::integer:
+        case Kind::kInt:
             return 4;
     }
     return 0;
@@ -31,15 +26,15 @@ std::size_t typeCode(Kind kind) {
 // The setters of depth 2 follow no rule: where the host reads them is kept word by word.
 std::size_t deepSetterWord(const Parameter& parameter) {
     if (parameter.text()) return 55;
-    if (parameter.row->type.kind == Kind::boolean) return 59;
+    if (parameter.row->type.kind == Kind::kBoolean) return 59;
     return parameter.object->path.ends_with(".AC.{i}") ? 65 : 61;
 }
 
 // Fields stand behind the host's header in node order, each aligned to its size.
-std::size_t place(const definitions::Parameter& row, std::size_t& end) {
+std::size_t place(const model::Parameter& row, std::size_t& end) {
     std::size_t size = row.type.capacity;
-    if (row.type.kind == Kind::boolean) size = 1;
-    if (row.type.kind == Kind::unsignedInt || row.type.kind == Kind::integer) {
+    if (row.type.kind == Kind::kBoolean) size = 1;
+    if (row.type.kind == Kind::kUnsignedInt || row.type.kind == Kind::kInt) {
         size = 4;
         end = (end + 3) / 4 * 4;
     }
@@ -50,9 +45,9 @@ std::size_t place(const definitions::Parameter& row, std::size_t& end) {
 
 std::vector<Parameter> makeParameters() {
     std::vector<Parameter> all;
-    for (const definitions::Object& object : definitions::objects()) {
+    for (const model::Object& object : model::kObjects) {
         std::size_t end = QUORVEL_CONTEXT_HEADER_SIZE;
-        for (const definitions::Parameter& row : definitions::parametersOf(object))
+        for (const model::Parameter& row : model::parametersOf(object.index))
             all.push_back({&object, &row, depthOf(object), place(row, end)});
     }
     // Radio's BandUtilization, node 58, stands before nodes 56 and 57.
@@ -64,15 +59,16 @@ std::vector<Parameter> makeParameters() {
 
 }  // namespace
 
-unsigned depthOf(const definitions::Object& object) {
-    unsigned depth = 0;
-    for (const char each : object.path)
-        depth += each == '{' ? 1 : 0;
-    return depth;
+unsigned depthOf(const model::Object& object) {
+    return model::instancesIn(object.path);
 }
 
-std::uint32_t nodeLimitOf(const definitions::Object& object) {
-    return kNodeLimits[object.number - 1];
+std::uint32_t nodeLimitOf(const model::Object& object) {
+    return model::nodeLimitOf(object.index);
+}
+
+std::uint32_t contextSizeOf(const model::Object& object) {
+    return kContextSizes[object.index];
 }
 
 const std::vector<Parameter>& parameters() {
@@ -88,7 +84,7 @@ std::array<std::string, kWordsPerEntry> Parameter::words() const {
     const bool setterTakesGettersWord = depth == 2 && writable() && text();
     if (readable() && !setterTakesGettersWord) words[depth == 2 ? 55 + type : 6 + 2 * type + depth] = getter();
     if (!writable()) return words;
-    words[5] = std::to_string(object->contextSize);
+    words[5] = std::to_string(contextSizeOf(*object));
     if (depth < 2) words[36] = function("InitContext");
     words[depth < 2 ? 37 + depth : 54] = function("ApplyContext");
     words[depth < 2 ? 39 + 2 * type + depth : deepSetterWord(*this)] = setter();

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "wifi/tools/Definitions.h"
+#include "wifi/model/Contexts.h"
 
 namespace quorvel::selftest {
 
@@ -13,27 +13,27 @@ inline constexpr std::size_t kWordsPerEntry = 72;
 
 /// A parameter as a conforming library serves it.
 struct Parameter {
-    const definitions::Object* object = nullptr;
-    const definitions::Parameter* row = nullptr;
+    const model::Object* object = nullptr;
+    const model::Parameter* row = nullptr;
     unsigned depth = 0;
     std::size_t field = 0;  ///< byte offset in the object context
 
     [[nodiscard]] bool readable() const {
-        return definitions::readable(*row);
+        return model::readable(*row);
     }
     [[nodiscard]] bool writable() const {
-        return definitions::writable(*row);
+        return model::writable(*row);
     }
     /// Its setter fills the object context, instead of acting at once.
     [[nodiscard]] bool staged() const {
-        return writable() && row->access != definitions::Access::RW_NOW;
+        return writable() && row->access != model::Access::kAtOnce && row->access != model::Access::kCommand;
     }
     [[nodiscard]] bool text() const {
-        return row->type.kind == definitions::Kind::string;
+        return row->type.kind == model::Kind::kString;
     }
     /// Reads one station, whose MAC it takes as a text.
     [[nodiscard]] bool perStation() const {
-        return row->read == definitions::Read::STATION;
+        return row->type.ofStation;
     }
     [[nodiscard]] std::string path() const {
         return std::string(object->path) + "." + std::string(row->name);
@@ -54,8 +54,10 @@ struct Parameter {
 /// All parameters in the order of the exported table.
 [[nodiscard]] const std::vector<Parameter>& parameters();
 
-[[nodiscard]] unsigned depthOf(const definitions::Object& object);
+[[nodiscard]] unsigned depthOf(const model::Object& object);
+/// Returns the bytes of the object's contexts.
+[[nodiscard]] std::uint32_t contextSizeOf(const model::Object& object);
 /// The highest node that CheckContextNodeSet answers for.
-[[nodiscard]] std::uint32_t nodeLimitOf(const definitions::Object& object);
+[[nodiscard]] std::uint32_t nodeLimitOf(const model::Object& object);
 
 }  // namespace quorvel::selftest

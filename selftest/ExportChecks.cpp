@@ -72,7 +72,7 @@ void checkExports(const Library& library, Report& report) {
     };
     for (const char* name : kFunctions)
         need(name);
-    for (const definitions::Object& object : definitions::objects()) {
+    for (const model::Object& object : model::kObjects) {
         for (const char* suffix : {"InitContext", "CheckContextNodeSet", "ApplyContext", "InstanceGet"})
             need(std::string(object.prefix) + suffix);
     }

@@ -7,8 +7,8 @@
 namespace quorvel::selftest {
 namespace {
 
-using definitions::Accepted;
-using definitions::Kind;
+using model::Accepted;
+using model::Kind;
 
 // A setter and the contexts it is tried on.
 struct Trial {
@@ -67,11 +67,11 @@ void checkContextRules(const Trial& trial) {
 }
 
 void checkNumber(const Trial& trial, std::uint32_t value, bool accepted) {
-    const bool isSigned = trial.parameter.row->type.kind == Kind::integer;
+    const bool isSigned = trial.parameter.row->type.kind == Kind::kInt;
     const std::string what = isSigned ? std::to_string(static_cast<std::int32_t>(value)) : std::to_string(value);
     if (!accepted) {
         trial.refuses(what, 8, value);
-    } else if (trial.parameter.row->type.kind == Kind::boolean) {
+    } else if (trial.parameter.row->type.kind == Kind::kBoolean) {
         const auto byte = static_cast<std::uint8_t>(value);
         trial.accepts(what, &byte, sizeof byte, value);
     } else {
@@ -91,9 +91,9 @@ void checkRange(const Trial& trial, std::uint32_t low, std::uint32_t high) {
 
 void checkNumbers(const Trial& trial) {
     const Accepted& accepted = trial.parameter.row->accepted;
-    if (trial.parameter.row->type.kind == Kind::boolean) {
+    if (trial.parameter.row->type.kind == Kind::kBoolean) {
         checkRange(trial, 0, 1);
-    } else if (accepted.rule == Accepted::Rule::range) {
+    } else if (accepted.rule == Accepted::Rule::kRange) {
         checkRange(trial, accepted.low, accepted.high);
     } else {
         for (const std::uint32_t value : {0U, 1U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU})
@@ -118,7 +118,7 @@ void checkTexts(const Trial& trial) {
     const Accepted& accepted = trial.parameter.row->accepted;
     trial.refuses("a null text", 6, 0, 1);
     checkText(trial, capacity + 1, false);
-    if (accepted.rule != Accepted::Rule::lengths) {
+    if (accepted.rule != Accepted::Rule::kLengths) {
         checkText(trial, 0, true);
         checkText(trial, 1, true);
         checkText(trial, capacity, true);
@@ -132,7 +132,7 @@ void checkTexts(const Trial& trial) {
 void checkReplacement(const Trial& trial) {
     const Parameter& parameter = trial.parameter;
     const std::uint32_t capacity = parameter.row->type.capacity;
-    if (parameter.row->accepted.rule == Accepted::Rule::lengths) return;
+    if (parameter.row->accepted.rule == Accepted::Rule::kLengths) return;
     Context context;
     trial.initialise(context);
     const std::string whole(capacity, 'x');
@@ -147,7 +147,7 @@ void checkReplacement(const Trial& trial) {
 // The numbers of depth 2 that act at once: only their bounds can be seen without a manager.
 void checkDirect(const Trial& trial) {
     const Accepted& accepted = trial.parameter.row->accepted;
-    if (trial.parameter.depth != 2 || accepted.rule != Accepted::Rule::range) return;
+    if (trial.parameter.depth != 2 || accepted.rule != Accepted::Rule::kRange) return;
     for (const std::uint32_t value : {accepted.low - 1, accepted.high + 1}) {
         if (value > 0x7FFFFFFFU) continue;
         trial.report.expect(trial.set.name() + " of " + std::to_string(value), trial.set(0, 1, 1, value), 8);

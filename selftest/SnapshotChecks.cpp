@@ -6,7 +6,7 @@ namespace quorvel::selftest {
 
 void checkSnapshots(const Library& library, Report& report) {
     report.begin("snapshots: size, no node marked, the lock is free");
-    for (const definitions::Object& object : definitions::objects()) {
+    for (const model::Object& object : model::kObjects) {
         const Caller snapshot(library, std::string(object.prefix) + "InstanceGet");
         if (!snapshot.there()) continue;
         for (const bool answers : {false, true}) {
@@ -16,20 +16,21 @@ void checkSnapshots(const Library& library, Report& report) {
             (void)snapshot.with(context.word(), depthOf(object), 1);
             platform().managerAnswers = false;
             const std::string where = snapshot.name() + (answers ? "" : " of an instance that cannot be read");
-            report.check(platform().contextInits == 1 && platform().contextSize == object.contextSize,
+            report.check(platform().contextInits == 1 && platform().contextSize == contextSizeOf(object),
                          where + ": initialises " + std::to_string(platform().contextSize) + " bytes, expected " +
-                             std::to_string(object.contextSize));
+                             std::to_string(contextSizeOf(object)));
             report.check(nothingPending(context.bytes.data()), where + " marks nodes");
             report.check(lockBalanced(), where + " keeps the lock");
-            report.check(std::memcmp(context.bytes.data() + object.contextSize, fresh.bytes.data() + object.contextSize,
-                                     kContextRoom - object.contextSize) == 0,
-                         where + " writes beyond the object's " + std::to_string(object.contextSize) + " bytes");
+            report.check(
+                std::memcmp(context.bytes.data() + contextSizeOf(object), fresh.bytes.data() + contextSizeOf(object),
+                            kContextRoom - contextSizeOf(object)) == 0,
+                where + " writes beyond the object's " + std::to_string(contextSizeOf(object)) + " bytes");
         }
     }
 
     report.begin("snapshots: a failing read's result is returned");
     platform().lockResult = 77;
-    for (const definitions::Object& object : definitions::objects()) {
+    for (const model::Object& object : model::kObjects) {
         const Caller snapshot(library, std::string(object.prefix) + "InstanceGet");
         if (!snapshot.there()) continue;
         Context context;

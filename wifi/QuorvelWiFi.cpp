@@ -1,27 +1,42 @@
-// The top-level object's front ends: the pattern's from its definition, and what departs from it.
+// The front ends of Device.WiFi.
 #include <wlcsm.h>
 
 #include <cstdlib>
 
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/frontend/Pattern.h"
+#include "wifi/model/Implementations.h"
 
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFi.def"
-#include "wifi/FrontEndExpansion.h"
+namespace quorvel {
 
-#define THIS_OBJECT WiFi
+template <>
+struct FrontEnds<kWiFiObject> : Pattern {
+    // Quirk: the top-level object says nodes, the others subnodes.
+    static uint32_t checkNode(void* ctx, uint32_t node, uint32_t limit, const Site& site) {
+        if (!mayAskForNode(ctx, node, limit, "Exceeded nodes", site)) return 0;
+        logDone(site);
+        return Quorvel_IsContextSetMap(ctx, node);
+    }
 
-// Reads the non-volatile role itself instead of asking its implementation: meant.
-uint32_t WiFiBandSteeringEnableGet(uint8_t* out) {
-    QUORVEL_SITE("WiFiBandSteeringEnableGet");
-    if (const uint32_t result = quorvel::beginGet(out, site)) return result;
-    const char* role = wlcsm_nvram_get("bsd_role");
-    *out = role != nullptr && strtol(role, nullptr, 10) == 3 ? 1 : 0;
-    return quorvel::endGet(quorvel::kSuccess, site);
-}
+    // Quirk: BandSteeringEnable reads the non-volatile role here, and not through its implementation.
+    static uint32_t getPastImplementation(const Site& site, uint8_t* out) {
+        if (const uint32_t result = beginGet(out, site)) return result;
+        const char* role = wlcsm_nvram_get("bsd_role");
+        *out = role != nullptr && strtol(role, nullptr, 10) == 3 ? 1 : 0;
+        return endGet(kSuccess, site);
+    }
+};
 
-// Acts at once, without the lock and whatever the value: meant.
+}  // namespace quorvel
+
+#include "wifi/frontend/BeginFrontEnds.h"
+
+#include "wifi/QuorvelWiFi.def"
+
+#include "wifi/model/EndRows.h"
+
+// Quirk: acts at once, without the lock, and whatever the value.
 uint32_t WiFiCommitSettingsSet(void) {
-    QUORVEL_SITE("WiFiCommitSettingsSet");
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiObject, __func__);
     quorvel::logEnter(site);
     uint32_t result = quorvel::kSuccess;
     for (uint32_t radio = 0; radio < WiFiSystemMaxNumberOfRadios(); ++radio) {
@@ -33,15 +48,17 @@ uint32_t WiFiCommitSettingsSet(void) {
     return result;
 }
 
+// Quirk: both log "DONE" before the work.
+
 uint32_t WiFiNewAPAssociatedDeviceCallbackRegister(AssociatedDeviceCallback callback) {
-    QUORVEL_SITE("WiFiNewAPAssociatedDeviceCallbackRegister");
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiObject, __func__);
     if (callback == nullptr) return quorvel::refuse(site, quorvel::kInvalidInput, "Invalid input params");
-    quorvel::logDone(site);  // before the work: meant
+    quorvel::logDone(site);
     return WiFiNewAPAssociatedDeviceCallbackRegisterImpl(callback);
 }
 
 uint32_t WiFiNewAPAssociatedDeviceCallbackDeRegister(void) {
-    QUORVEL_SITE("WiFiNewAPAssociatedDeviceCallbackDeRegister");
-    quorvel::logDone(site);  // before the work: meant
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiObject, __func__);
+    quorvel::logDone(site);
     return WiFiNewAPAssociatedDeviceCallbackDeRegisterImpl();
 }

@@ -1,23 +1,26 @@
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPoint.def"
-#include "wifi/FrontEndExpansion.h"
+// The front ends of Device.WiFi.AccessPoint.{i}.
+#include "wifi/frontend/BeginFrontEnds.h"
 
-// Reads without a row in the table.
-#define THIS_OBJECT WiFiAccessPoint
+#include "wifi/QuorvelWiFiAccessPoint.def"
+
+#include "wifi/model/EndRows.h"
+
+// Reads without a row.
 
 uint32_t WiFiAccessPointRxStatsResultGet(uint32_t ap, const char* mac, uint32_t w1, uint32_t w2, uint64_t* out) {
-    QUORVEL_SITE("WiFiAccessPointRxStatsResultGet");
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiAccessPointObject, __func__);
     if (const uint32_t result = quorvel::beginGet(mac == nullptr ? nullptr : out, site)) return result;
     return quorvel::endGet(WiFiAccessPointRxStatsResultGetImpl(ap, mac, w1, w2, out), site);
 }
 
 uint32_t WiFiAccessPointTxStatsResultGet(uint32_t ap, const char* mac, uint32_t w1, uint32_t w2, uint64_t* out) {
-    QUORVEL_SITE("WiFiAccessPointTxStatsResultGet");
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiAccessPointObject, __func__);
     if (const uint32_t result = quorvel::beginGet(mac == nullptr ? nullptr : out, site)) return result;
     return quorvel::endGet(WiFiAccessPointTxStatsResultGetImpl(ap, mac, w1, w2, out), site);
 }
 
 uint32_t WiFiAccessPointStatsGet(uint32_t ap, const char* mac, void* record, uint64_t* out) {
-    QUORVEL_SITE("WiFiAccessPointStatsGet");
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiAccessPointObject, __func__);
     if (const uint32_t result = quorvel::beginGet(mac == nullptr || record == nullptr ? nullptr : out, site)) {
         return result;
     }
@@ -25,12 +28,12 @@ uint32_t WiFiAccessPointStatsGet(uint32_t ap, const char* mac, void* record, uin
 }
 
 uint32_t WiFiAccessPointSsidNameStatusGet(uint32_t ap, void* buffer) {
-    QUORVEL_SITE("WiFiAccessPointSsidNameStatusGet");
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiAccessPointObject, __func__);
     if (const uint32_t result = quorvel::beginGet(buffer, site)) return result;
     return quorvel::endGet(WiFiAccessPointSsidNameStatusGetImpl(ap, buffer), site);
 }
 
 uint32_t WiFiAccessPointMacModeGet(uint32_t ap, uint32_t* out) {
-    QUORVEL_SITE("WiFiAccessPointMacModeGet");
-    return quorvel::get(ap, out, &WiFiAccessPointMacModeGetImpl, site);
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiAccessPointObject, __func__);
+    return quorvel::get(&WiFiAccessPointMacModeGetImpl, site, ap, out);
 }

@@ -1,58 +1,43 @@
-#include "wifi/QuorvelWiFiInternal.h"
+// The front ends of Device.WiFi.AccessPoint.{i}.AC.{i}.
+#include "wifi/QuorvelWiFiAccessPointACImpl.h"
+#include "wifi/frontend/Pattern.h"
 
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAC.def"
-#define QUORVEL_OWN_APPLY
-#define QUORVEL_GETTER_WITHOUT_ENTRY &WiFiAccessPointACAliasGet
-#include "wifi/FrontEndExpansion.h"
+namespace quorvel {
 
-#define THIS_OBJECT WiFiAccessPointAC
+template <>
+struct FrontEnds<kWiFiAccessPointACObject> : Pattern {
+    static constexpr TextGetter kGetterWithoutEntry = &WiFiAccessPointACAliasGet;
 
-// The context is neither checked nor initialised again: meant.
-uint32_t WiFiAccessPointACApplyContext(void* ctx, uint32_t ap, uint32_t ac) {
-    QUORVEL_SITE("WiFiAccessPointACApplyContext");
-    quorvel::logEnter(site);
-    if (const uint32_t result = quorvel::lock(site)) return result;
-    return quorvel::endGet(WiFiAccessPointACApplyContextImpl(ctx, ap, ac), site);
-}
+    // Quirk: the context is neither checked nor initialised again.
+    static uint32_t applyContext(uint32_t (*impl)(void*, uint32_t, uint32_t), const Site& site, uint32_t, void* ctx,
+                                 uint32_t ap, uint32_t ac) {
+        logEnter(site);
+        if (const uint32_t result = lock(site)) return result;
+        return endGet(impl(ctx, ap, ac), site);
+    }
 
-// Setters that write at once, without context and lock: meant.
+    // Quirk: the contention parameters are written when they are set, without context and lock.
+    template <size_t row>
+    static uint32_t setAtOnce(const Site& site, uint32_t ap, uint32_t ac, uint32_t value) {
+        constexpr model::Parameter kRow = model::kParameters[row];
+        constexpr bool kHasRange = kRow.accepted.rule == model::Accepted::Rule::kRange;
+        const bool accepted = !kHasRange || (value >= kRow.accepted.low && value <= kRow.accepted.high);
+        if constexpr (kRow.node == WiFiAccessPointACNode::ECWMax) {
+            // Quirk: ECWMax alone refuses a value without a log line.
+            if (!accepted) return kValueOutOfRange;
+        }
+        logEnter(site);
+        if (!accepted) return refuse(site, kValueOutOfRange, "Value out of range");
+        const uint32_t result = wifi_ap_ac_config(ap, ac, contention::fieldOf(row), contention::kWrite, &value);
+        if (result == 0) logDone(site);
+        return result;
+    }
+};
 
-namespace {
+}  // namespace quorvel
 
-constexpr uint32_t kWrite = 1;
-constexpr uint32_t kHighestExponent = 15;
+#include "wifi/frontend/BeginFrontEnds.h"
 
-uint32_t write(uint32_t ap, uint32_t ac, uint32_t field, uint32_t value, const quorvel::Site& site) {
-    const uint32_t result = wifi_ap_ac_config(ap, ac, field, kWrite, &value);
-    if (result == 0) quorvel::logDone(site);
-    return result;
-}
+#include "wifi/QuorvelWiFiAccessPointAC.def"
 
-}  // namespace
-
-uint32_t WiFiAccessPointACAIFSNSet(void*, uint32_t ap, uint32_t ac, uint32_t value) {
-    QUORVEL_SITE("WiFiAccessPointACAIFSNSet");
-    quorvel::logEnter(site);
-    if (value < 1 || value > 15) return quorvel::refuse(site, quorvel::kValueOutOfRange, "Value out of range");
-    return write(ap, ac, 2, value, site);
-}
-
-uint32_t WiFiAccessPointACECWMinSet(void*, uint32_t ap, uint32_t ac, uint32_t value) {
-    QUORVEL_SITE("WiFiAccessPointACECWMinSet");
-    quorvel::logEnter(site);
-    if (value > kHighestExponent) return quorvel::refuse(site, quorvel::kValueOutOfRange, "Value out of range");
-    return write(ap, ac, 0, value, site);
-}
-
-uint32_t WiFiAccessPointACECWMaxSet(void*, uint32_t ap, uint32_t ac, uint32_t value) {
-    QUORVEL_SITE("WiFiAccessPointACECWMaxSet");
-    if (value > kHighestExponent) return quorvel::kValueOutOfRange;  // without a word: meant
-    quorvel::logEnter(site);
-    return write(ap, ac, 1, value, site);
-}
-
-uint32_t WiFiAccessPointACTxOpMaxSet(void*, uint32_t ap, uint32_t ac, uint32_t value) {
-    QUORVEL_SITE("WiFiAccessPointACTxOpMaxSet");
-    quorvel::logEnter(site);
-    return write(ap, ac, 4, value, site);
-}
+#include "wifi/model/EndRows.h"

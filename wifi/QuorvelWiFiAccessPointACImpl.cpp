@@ -5,21 +5,22 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "wifi/DecimalText.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
+#include "wifi/QuorvelWiFiAccessPointACImpl.h"
+#include "wifi/bridge/Reader.h"
+#include "wifi/parsing/DecimalText.h"
+#include "wifi/parsing/Text.h"
 
 using quorvel::kFailed;
 using quorvel::kSuccess;
 
 namespace {
 
-constexpr char kLogFile[] = "wifi/QuorvelWiFiAccessPointACImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiAccessPointACImpl";
 
 constexpr char kStems[8][11] = {"wme_ap_be",  "wme_ap_bk",  "wme_ap_vi",  "wme_ap_vo",
                                 "wme_sta_be", "wme_sta_bk", "wme_sta_vi", "wme_sta_vo"};
 
-constexpr uint32_t kRead = 0;
-constexpr uint32_t kWrite = 1;
 constexpr uint32_t kHighestField = 4;
 constexpr size_t kFields = 7;
 constexpr size_t kValueLength = 63;
@@ -57,55 +58,58 @@ bool isWindow(uint32_t field) {
 
 }  // namespace
 
-#define FIELD_OF_WMM(field) field
-#define OWN_NONE(name)
-#define PARAMETER(node, name, access, type, accepted, read, source, ...) WMM_##read(name, source)
-#define WMM_INERT(name, source)
-#define WMM_OWN(name, source)                                                    \
-    uint32_t FUNCTION(name, GetImpl)(uint32_t ap, uint32_t ac, uint32_t * out) { \
-        return wifi_ap_ac_config(ap, ac, FIELD_OF_##source, kRead, out);         \
+template <>
+struct quorvel::Reads<quorvel::kWiFiAccessPointACObject> {
+    template <size_t row>
+    static uint32_t read(uint32_t ap, uint32_t ac, uint32_t* out) {
+        return wifi_ap_ac_config(ap, ac, contention::fieldOf(row), contention::kRead, out);
     }
-#include "wifi/QuorvelWiFiAccessPointAC.def"
-#undef PARAMETER
+};
 
-#define QUORVEL_INERT_APPLY
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAC.def"
-#include "wifi/ImplementationExpansion.h"
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFiAccessPointAC.def"
+
+#include "wifi/model/EndRows.h"
+
+uint32_t WiFiAccessPointACApplyContextImpl(void*, uint32_t, uint32_t) {
+    return kSuccess;
+}
 
 uint32_t wifi_ap_ac_config(uint32_t ap, uint32_t ac, uint32_t field, uint32_t action, uint32_t* value) {
     const uint32_t category = ac - 1;
     if (category > 7 || value == nullptr) {
-        QUORVEL_LOG_ERROR("%s, wrong ac_idx=%d or value is NULL\n", __func__, category);
+        QUORVEL_LOG(Error, __func__, "%s, wrong ac_idx=%d or value is NULL\n", __func__, category);
         return kFailed;
     }
     if (field > kHighestField) {
-        QUORVEL_LOG_ERROR("%s, error pm_idx=%d\n", __func__, field);
+        QUORVEL_LOG(Error, __func__, "%s, error pm_idx=%d\n", __func__, field);
         return kFailed;
     }
     char key[32];
-    // By the access point's own number: no radio is looked up. Meant.
+    // Quirk: the name has the access point's own number; no radio is looked up.
     char* stem = quorvel::append(quorvel::appendDecimal(quorvel::append(key, "wl"), static_cast<int32_t>(ap - 1)), "_");
     quorvel::append(stem, kStems[category]);
     key[15] = '\0';  // a longer name is cut
     const char* stored = wlcsm_nvram_get(key);
     if (stored == nullptr) {
-        QUORVEL_LOG_ERROR("%s, failed to read nvram %s\n", __func__, key);
+        QUORVEL_LOG(Error, __func__, "%s, failed to read nvram %s\n", __func__, key);
         return kFailed;
     }
     Fields fields(stored);
-    if (action == kRead) {
+    if (action == quorvel::contention::kRead) {
         const auto number = static_cast<uint32_t>(quorvel::decimalNumber(fields.field[field]));
         *value = isWindow(field) ? exponentOf(number) : number;
         return kSuccess;
     }
-    if (action != kWrite) {
-        QUORVEL_LOG_ERROR("%s, wrong action %d\n", __func__, action);
+    if (action != quorvel::contention::kWrite) {
+        QUORVEL_LOG(Error, __func__, "%s, wrong action %d\n", __func__, action);
         return kFailed;
     }
     char changed[16];
     snprintf(changed, sizeof changed, "%d", static_cast<int32_t>(isWindow(field) ? windowOf(*value) : *value));
     fields.field[field] = changed;
-    // Every field is followed by a blank, the last one too: meant.
+    // Quirk: a blank follows every field, the last one too.
     char joined[64] = {};
     size_t length = 0;
     for (const char* text : fields.field) {

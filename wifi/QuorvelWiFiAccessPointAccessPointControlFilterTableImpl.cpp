@@ -1,12 +1,15 @@
 // The station filter's list: one text, read and replaced whole.
 #include <cstring>
 
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Result.h"
+#include "wifi/bridge/Mapped.h"
+#include "wifi/records/Station.h"
 
-using quorvel::kWiFiAccessPointAccessPointControlFilterTableMapping;
+#include "wifi/frontend/BeginImplementations.h"
 
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAccessPointControlFilterTable.def"
-#include "wifi/ImplementationExpansion.h"
+#include "wifi/QuorvelWiFiAccessPointAccessPointControlFilterTable.def"
+
+#include "wifi/model/EndRows.h"
 
 uint32_t WiFiAccessPointAccessPointControlFilterTableNumberOfMacAddressGetImpl(uint32_t ap, uint32_t* out) {
     constexpr uint32_t kListLength = 576;
@@ -14,13 +17,11 @@ uint32_t WiFiAccessPointAccessPointControlFilterTableNumberOfMacAddressGetImpl(u
     char list[kListLength + 1] = {};
     const uint32_t result = WiFiAccessPointAccessPointControlFilterTableMacAddressGetImpl(ap, list, kListLength);
     if (result != 0) return result;
-    // An address and the separator behind it, which the last one has not.
+    // An address and the separator behind it; the last address has none.
     *out = static_cast<uint32_t>((strlen(list) + 1) / (quorvel::kMacTextLength + 1));
     return result;
 }
 
 uint32_t WiFiAccessPointAccessPointControlFilterTableApplyContextImpl(void* ctx, uint32_t ap) {
-    return Quorvel_P_WiFiApplyContext(WiFiSystemAccessPointRadioInstanceGet(ap), ap, ctx,
-                                      kWiFiAccessPointAccessPointControlFilterTableMapping,
-                                      std::size(kWiFiAccessPointAccessPointControlFilterTableMapping));
+    return quorvel::applyMapped<quorvel::kWiFiAccessPointAccessPointControlFilterTableObject>(ap, ctx);
 }

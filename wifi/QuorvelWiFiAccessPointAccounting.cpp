@@ -1,2 +1,6 @@
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAccounting.def"
-#include "wifi/FrontEndExpansion.h"
+// The front ends of Device.WiFi.AccessPoint.{i}.Accounting.
+#include "wifi/frontend/BeginFrontEnds.h"
+
+#include "wifi/QuorvelWiFiAccessPointAccounting.def"
+
+#include "wifi/model/EndRows.h"

@@ -1,2 +1,6 @@
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAirtimeScheduler.def"
-#include "wifi/FrontEndExpansion.h"
+// The front ends of Device.WiFi.AirtimeScheduler.
+#include "wifi/frontend/BeginFrontEnds.h"
+
+#include "wifi/QuorvelWiFiAccessPointAirtimeScheduler.def"
+
+#include "wifi/model/EndRows.h"

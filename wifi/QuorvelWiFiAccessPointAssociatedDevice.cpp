@@ -1,44 +1,62 @@
-#include "wifi/QuorvelWiFiInternal.h"
+// The front ends of Device.WiFi.AccessPoint.{i}.AssociatedDevice.{i}.
+#include "wifi/frontend/Pattern.h"
+#include "wifi/model/Implementations.h"
+#include "wifi/records/Station.h"
 
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAssociatedDevice.def"
-#define QUORVEL_OWN_SNAPSHOT
-#include "wifi/FrontEndExpansion.h"
-
-#define THIS_OBJECT WiFiAccessPointAssociatedDevice
-
+namespace quorvel {
 namespace {
 
-#define MEMBER_FIELD(member) station.member
-#define STORE_STATION_TEXT(name, source) \
-    quorvel::storeText(ctx, offsetof(OBJECT_CONTEXT, name), MEMBER_##source, sizeof(OBJECT_CONTEXT::name));
-#define STORE_STATION_NUMBER(name, source) \
-    quorvel::storeBytes(ctx, offsetof(OBJECT_CONTEXT, name), &MEMBER_##source, sizeof(OBJECT_CONTEXT::name));
-#define PARAMETER(node, name, access, type, accepted, read, source, ...) STORE_##read(name, source)
+// Copies a field of the station's record: a number, or a text.
+template <typename Value>
+void store(void* ctx, const Field& field, const Value& member) {
+    static_assert(sizeof(Value) <= 4);
+    storeBytes(ctx, field.offset, &member, field.size);
+}
 
-void storeStation(void* ctx, const quorvel::StationInformation& station) {
-#undef THIS_OBJECT
+template <size_t size>
+void store(void* ctx, const Field& field, const char (&member)[size]) {
+    storeText(ctx, field.offset, member, field.size);
+}
+
+void storeStation(void* ctx, const StationInformation& station) {
+#define FIELD(member) station.member
+#define PARAMETER_ROW(prefix, depth, apply, node, name, stem, access, type, accepted, read, source, ...) \
+    store(ctx, kFields[model::rowOf(k##prefix##Object, node)], source);
+#include "wifi/model/BeginRows.h"
+
 #include "wifi/QuorvelWiFiAccessPointAssociatedDevice.def"
-#define THIS_OBJECT WiFiAccessPointAssociatedDevice
-#undef PARAMETER
+
+#include "wifi/model/EndRows.h"
     const uint32_t* counters = station.counters;
     const uint32_t stored[8] = {
         counters[0], counters[1], counters[2], counters[3] + counters[4], counters[5] + counters[6],
         counters[7], counters[8], counters[9]};
-    static_assert(sizeof stored == sizeof(OBJECT_CONTEXT::Counters));
-    quorvel::storeBytes(ctx, offsetof(OBJECT_CONTEXT, Counters), stored, sizeof stored);
+    static_assert(sizeof stored == sizeof(WiFiAccessPointAssociatedDeviceContext::Counters));
+    storeBytes(ctx, offsetof(WiFiAccessPointAssociatedDeviceContext, Counters), stored, sizeof stored);
 }
 
 }  // namespace
 
-// One fetch under the lock for all fields, so that they belong together.
-uint32_t WiFiAccessPointAssociatedDeviceInstanceGet(void* ctx, uint32_t ap, uint32_t dev) {
-    QUORVEL_SITE("WiFiAccessPointAssociatedDeviceInstanceGet");
-    quorvel::beginSnapshot(ctx, site);
-    if (const uint32_t result = quorvel::lock(site)) return result;
-    quorvel::StationBuffer buffer{};
-    const uint32_t result = quorvel::unlock(WiFiAccessPointAssociatedDeviceInstanceGetImpl(ap, dev, buffer.text), site);
-    if (result != 0) return result;
-    storeStation(ctx, buffer.station);
-    quorvel::logDone(site);
-    return quorvel::kSuccess;
-}
+template <>
+struct FrontEnds<kWiFiAccessPointAssociatedDeviceObject> : Pattern {
+    // One fetch under the lock for all fields, so that they belong together.
+    static uint32_t snapshot(const SnapshotSite& site, TextGetter, void* ctx, uint32_t ap, uint32_t dev) {
+        logEnter(site);
+        (void)Quorvel_ContextInit(ctx, site.contextSize);  // a context that the host refuses stays unchanged
+        if (const uint32_t result = lock(site)) return result;
+        StationBuffer buffer{};
+        const uint32_t result = unlock(WiFiAccessPointAssociatedDeviceInstanceGetImpl(ap, dev, buffer.text), site);
+        if (result != 0) return result;
+        storeStation(ctx, buffer.station);
+        logDone(site);
+        return kSuccess;
+    }
+};
+
+}  // namespace quorvel
+
+#include "wifi/frontend/BeginFrontEnds.h"
+
+#include "wifi/QuorvelWiFiAccessPointAssociatedDevice.def"
+
+#include "wifi/model/EndRows.h"

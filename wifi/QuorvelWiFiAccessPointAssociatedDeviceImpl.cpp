@@ -3,8 +3,13 @@
 
 #include <cstring>
 
-#include "wifi/DecimalText.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
+#include "wifi/QuorvelWiFiAccessPointAssociatedDeviceImpl.h"
+#include "wifi/Result.h"
+#include "wifi/model/Implementations.h"
+#include "wifi/parsing/DecimalText.h"
+#include "wifi/parsing/Text.h"
+#include "wifi/records/Station.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;
@@ -12,20 +17,20 @@ using quorvel::kSuccess;
 using quorvel::StationBuffer;
 
 namespace {
-constexpr char kLogFile[] = "wifi/QuorvelWiFiAccessPointAssociatedDeviceImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiAccessPointAssociatedDeviceImpl";
 }
 
 uint32_t Quorvel_P_GetWiFiAccessPointAssociatedDeviceList(uint32_t ap, uint32_t dev, uint32_t* count, void* record) {
     if (WiFiAccessPointAssociatedDeviceNumberOfEntriesGetImpl(ap, count) != 0) {
-        QUORVEL_LOG_ERROR("WiFiAccessPointAssociatedDeviceNumberOfEntriesGetImpl Fail. ");
+        QUORVEL_LOG(Error, __func__, "WiFiAccessPointAssociatedDeviceNumberOfEntriesGetImpl Fail. ");
         return kFailed;
     }
     if (*count < dev) {
-        QUORVEL_LOG_ERROR("associatedDeviceInstance[%d] is bigger then the AssociatedDeviceNumberOfEntries[%d]", dev,
-                          *count);
+        QUORVEL_LOG(Error, __func__,
+                    "associatedDeviceInstance[%d] is bigger then the AssociatedDeviceNumberOfEntries[%d]", dev, *count);
         return kFailed;
     }
-    // Device 0 passes and asks for position -1: meant.
+    // Quirk: device 0 passes, and asks for position -1.
     const quorvel::StationVariable variable(static_cast<int32_t>(dev - 1));
     // A station that has left since is the record as the caller cleared it.
     const quorvel::ManagerAddress address(ap);
@@ -36,40 +41,35 @@ uint32_t Quorvel_P_GetWiFiAccessPointAssociatedDeviceList(uint32_t ap, uint32_t 
 namespace {
 
 // Fetches the record for a getter, which logs under its own name.
-uint32_t fetch(const quorvel::Site& getter, uint32_t ap, uint32_t dev, StationBuffer& buffer) {
+uint32_t fetch(const char* getter, uint32_t ap, uint32_t dev, StationBuffer& buffer) {
     memset(&buffer, 0, sizeof buffer);
     if (ap == 0) {
-        QUORVEL_LOG_AS(quorvel::functionOf(getter).text(), quorvel::kLogError,
-                       "Invalid accessPointInstance[%d], accessPointInstance should start from 1.", ap);
+        QUORVEL_LOG(Error, getter, "Invalid accessPointInstance[%d], accessPointInstance should start from 1.", ap);
         return kInvalidInput;
     }
     uint32_t count = 0;
     // The fetch refuses a device beyond the count, so that there is no need to look at the count again.
     if (Quorvel_P_GetWiFiAccessPointAssociatedDeviceList(ap, dev, &count, buffer.text) == 0) return kSuccess;
-    QUORVEL_LOG_AS(quorvel::functionOf(getter).text(), quorvel::kLogError,
-                   "Quorvel_P_GetWiFiAccessPointAssociatedDeviceList Fail accessPointInstance[%d] "
-                   "associatedDeviceInstance[%d]",
-                   ap, dev);
+    QUORVEL_LOG(Error, getter,
+                "Quorvel_P_GetWiFiAccessPointAssociatedDeviceList Fail accessPointInstance[%d] "
+                "associatedDeviceInstance[%d]",
+                ap, dev);
     return kFailed;
 }
 
 }  // namespace
 
-#define THIS_OBJECT WiFiAccessPointAssociatedDevice
-
-// As many bytes as the caller asks for, from the record's start: 17 leave the terminator behind. Meant.
+// Quirk: copies as many bytes as the caller asks for, from the record's start; 17 leave the terminator behind.
 uint32_t WiFiAccessPointAssociatedDeviceMACAddressGetImpl(uint32_t ap, uint32_t dev, char* buf, uint32_t len) {
-    QUORVEL_SITE("WiFiAccessPointAssociatedDeviceMACAddressGetImpl");
     StationBuffer buffer;
-    const uint32_t result = fetch(site, ap, dev, buffer);
+    const uint32_t result = fetch(__func__, ap, dev, buffer);
     if (result == 0) memcpy(buf, buffer.text, len < sizeof buffer ? len : sizeof buffer);
     return result;
 }
 
 uint32_t WiFiAccessPointAssociatedDeviceOperStandardGetImpl(uint32_t ap, uint32_t dev, char* buf, uint32_t len) {
-    QUORVEL_SITE("WiFiAccessPointAssociatedDeviceOperStandardGetImpl");
     StationBuffer buffer;
-    const uint32_t result = fetch(site, ap, dev, buffer);
+    const uint32_t result = fetch(__func__, ap, dev, buffer);
     if (result == 0) {
         quorvel::copyFieldText(buf, len, buffer.station.operStandard, sizeof buffer.station.operStandard);
     }
@@ -77,26 +77,28 @@ uint32_t WiFiAccessPointAssociatedDeviceOperStandardGetImpl(uint32_t ap, uint32_
 }
 
 uint32_t WiFiAccessPointAssociatedDeviceInstanceGetImpl(uint32_t ap, uint32_t dev, void* record) {
-    QUORVEL_SITE("WiFiAccessPointAssociatedDeviceInstanceGetImpl");
     StationBuffer buffer;
-    const uint32_t result = fetch(site, ap, dev, buffer);
+    const uint32_t result = fetch(__func__, ap, dev, buffer);
     if (result == 0) memcpy(record, &buffer.station, sizeof buffer.station);
     return result;
 }
 
-#define MEMBER_FIELD(member) buffer.station.member
-#define GET_STATION_NUMBER(name, type, source)                                   \
-    uint32_t FUNCTION(name, GetImpl)(uint32_t ap, uint32_t dev, OUTPUT_##type) { \
-        QUORVEL_SITE(QUORVEL_TEXT(FUNCTION(name, GetImpl)));                     \
-        StationBuffer buffer;                                                    \
-        const uint32_t result = fetch(site, ap, dev, buffer);                    \
-        if (result == 0) memcpy(out, &MEMBER_##source, sizeof *out);             \
-        return result;                                                           \
-    }
-#define GET_STATION_TEXT(name, type, source)
-#define PARAMETER(node, name, access, type, accepted, read, source, ...) GET_##read(name, type, source)
+// The numbers; the texts are above.
+#define FIELD(member) buffer.station.member
+#define READS_STATION_NUMBER(...) __VA_ARGS__
+#define READS_STATION_TEXT(...)
+#define PARAMETER_ROW(prefix, depth, apply, node, name, stem, access, type, accepted, read, source, ...) \
+    READS_##read(uint32_t prefix##stem##GetImpl(uint32_t ap, uint32_t dev, OUTPUT_##type) {              \
+        StationBuffer buffer;                                                                            \
+        const uint32_t result = fetch(__func__, ap, dev, buffer);                                        \
+        if (result == 0) memcpy(out, &source, sizeof *out);                                              \
+        return result;                                                                                   \
+    })
+#include "wifi/model/BeginRows.h"
+
 #include "wifi/QuorvelWiFiAccessPointAssociatedDevice.def"
-#undef PARAMETER
+
+#include "wifi/model/EndRows.h"
 
 uint32_t WiFiAccessPointAssociatedDeviceApplyContextImpl(void*, uint32_t, uint32_t) {
     return kSuccess;

@@ -1,4 +1,10 @@
-// Present without logic: reads succeed and leave the value, staged values are dropped.
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointAssociatedDeviceStats.def"
-#define QUORVEL_INERT_APPLY
-#include "wifi/ImplementationExpansion.h"
+// Present without logic: reads succeed and leave the value.
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFiAccessPointAssociatedDeviceStats.def"
+
+#include "wifi/model/EndRows.h"
+
+uint32_t WiFiAccessPointAssociatedDeviceStatsApplyContextImpl(void*, uint32_t, uint32_t) {
+    return quorvel::kSuccess;
+}

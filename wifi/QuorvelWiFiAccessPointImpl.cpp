@@ -5,8 +5,13 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "wifi/DecimalText.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
+#include "wifi/Result.h"
+#include "wifi/bridge/Mapped.h"
+#include "wifi/model/Implementations.h"
+#include "wifi/parsing/DecimalText.h"
+#include "wifi/parsing/Text.h"
+#include "wifi/records/Station.h"
 
 using quorvel::kFailed;
 using quorvel::kMacTextLength;
@@ -20,14 +25,17 @@ using quorvel::StationInformation;
 using quorvel::StationVariable;
 
 namespace {
-constexpr char kLogFile[] = "wifi/QuorvelWiFiAccessPointImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiAccessPointImpl";
 }
 
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPoint.def"
-#include "wifi/ImplementationExpansion.h"
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFiAccessPoint.def"
+
+#include "wifi/model/EndRows.h"
 
 uint32_t WiFiAccessPointApplyContextImpl(void* ctx, uint32_t ap) {
-    return quorvel::applyMapped(kWiFiAccessPointObject, ap, ctx);
+    return quorvel::applyMapped<quorvel::kWiFiAccessPointObject>(ap, ctx);
 }
 
 namespace {
@@ -39,7 +47,7 @@ int32_t countStations(const char* function, const ManagerAddress& address, uint3
     (void)readManager(address.radio, address.sub, "numStations", value);  // an unread number is 0
     const int32_t count = value.number();
     if (count == 0) {
-        QUORVEL_LOG_AS(function, quorvel::kLogError, "There is no station associated on AP[%d]", ap);
+        QUORVEL_LOG(Error, function, "There is no station associated on AP[%d]", ap);
     }
     return count;
 }
@@ -69,7 +77,7 @@ uint32_t WiFiAccessPointAssociatedDeviceMacListGetImpl(uint32_t ap, char* buf, u
         length += size;
         buf[length] = '\0';
     }
-    QUORVEL_LOG_TRAFFIC("AssociatedDeviceMacList[%.*s]", static_cast<int>(len), buf);
+    QUORVEL_LOG(Traffic, __func__, "AssociatedDeviceMacList[%.*s]", static_cast<int>(len), buf);
     return kSuccess;
 }
 
@@ -84,8 +92,8 @@ bool findStation(const char* function, const ManagerAddress& address, int32_t co
         if (strncasecmp(buffer.station.macAddress, mac, kMacTextLength) != 0) continue;
         station = buffer.station;
         station.macAddress[sizeof station.macAddress - 1] = '\0';
-        QUORVEL_LOG_AS(function, quorvel::kLogTraffic, "STA info:%s,%d,%d,%d\n", station.macAddress, station.rssi,
-                       static_cast<int32_t>(station.transmitRate), static_cast<int32_t>(station.receiveRate));
+        QUORVEL_LOG(Traffic, function, "STA info:%s,%d,%d,%d\n", station.macAddress, station.rssi,
+                    static_cast<int32_t>(station.transmitRate), static_cast<int32_t>(station.receiveRate));
         return true;
     }
     return false;
@@ -101,7 +109,7 @@ uint32_t readOfStation(const char* function, const char* message, uint32_t ap, c
     if (count == 0) return kFailed;
     StationInformation station;
     if (findStation(function, address, count, mac, station)) *out = static_cast<int32_t>(station.*member);
-    QUORVEL_LOG_AS(function, quorvel::kLogTraffic, message, *out);
+    QUORVEL_LOG(Traffic, function, message, *out);
     return kSuccess;
 }
 
@@ -116,7 +124,7 @@ uint32_t WiFiAccessPointAssociatedDeviceRxRateGetImpl(uint32_t ap, const char* m
 }
 
 uint32_t WiFiAccessPointAssociatedDeviceTxRateGetImpl(uint32_t ap, const char* mac, int32_t* out) {
-    // Logged in the receive rate's words: meant.
+    // Quirk: logs in the receive rate's words.
     return readOfStation(__func__, "AssociatedDeviceRxRate[%d]", ap, mac, out, &StationInformation::transmitRate);
 }
 
@@ -125,11 +133,12 @@ uint32_t WiFiAccessPointBeaconRateGetImpl(uint32_t ap, char* buf, uint32_t len) 
     // The band is the radio's, whatever the access point.
     (void)readManager(ManagerAddress(ap).radio, 0, "wlBand", value);  // an unread band is band 0
     const int32_t band = value.number();
-    QUORVEL_LOG_TRAFFIC("wlBand[%d]", band);
+    QUORVEL_LOG(Traffic, __func__, "wlBand[%d]", band);
     uint32_t rate = 0;
-    const uint32_t result = quorvel::readMapped(kWiFiAccessPointObject, ap, WiFiAccessPointNode::BeaconRate, &rate);
+    const uint32_t result =
+        quorvel::readNode<quorvel::kWiFiAccessPointObject, WiFiAccessPointNode::BeaconRate>(ap, &rate);
     if (result != 0) {
-        QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet WIFIACCESSPOINT_BEACONRATE fail");
+        QUORVEL_LOG(Error, __func__, "Quorvel_P_WiFiWlcsmMngrGet WIFIACCESSPOINT_BEACONRATE fail");
         return result;
     }
     struct Rate {
@@ -143,7 +152,7 @@ uint32_t WiFiAccessPointBeaconRateGetImpl(uint32_t ap, char* buf, uint32_t len) 
         if (known.units == rate) quorvel::copyText(buf, len, known.text);
     }
     // Another rate leaves the buffer as it was, and is no failure.
-    QUORVEL_LOG_TRAFFIC("BeaconRate[%.*s]", static_cast<int>(len), buf);
+    QUORVEL_LOG(Traffic, __func__, "BeaconRate[%.*s]", static_cast<int>(len), buf);
     return kSuccess;
 }
 
@@ -168,7 +177,7 @@ uint32_t statsResult(const char* function, uint32_t ap, const char* mac, uint32_
     *out = 0;
     const ManagerAddress address(ap);
     if (wlcsm_mngr_clientRxTxStatsResult(address.radio, address.sub, mac, direction, w1, w2) != 0) {
-        QUORVEL_LOG_AS(function, quorvel::kLogError, "wlcsm_mngr_clientRxTxStatsResult fail");
+        QUORVEL_LOG(Error, function, "wlcsm_mngr_clientRxTxStatsResult fail");
         return kFailed;
     }
     *out = associationCount(address, mac);
@@ -189,7 +198,7 @@ uint32_t WiFiAccessPointStatsGetImpl(uint32_t ap, const char* mac, void* record,
     *out = 0;
     const ManagerAddress address(ap);
     if (wlcsm_mngr_sta_info(address.radio, address.sub, mac, record) != 0) {
-        QUORVEL_LOG_ERROR("wlcsm_mngr_sta_info fail");
+        QUORVEL_LOG(Error, __func__, "wlcsm_mngr_sta_info fail");
         return kFailed;
     }
     *out = associationCount(address, mac);
@@ -199,7 +208,7 @@ uint32_t WiFiAccessPointStatsGetImpl(uint32_t ap, const char* mac, void* record,
 uint32_t WiFiAccessPointSsidNameStatusGetImpl(uint32_t ap, void* buffer) {
     const ManagerAddress address(ap);
     if (wlcsm_mngr_ssid_info(address.radio, address.sub, buffer) != 0) {
-        QUORVEL_LOG_ERROR("wlcsm_mngr_ssid_info fail");
+        QUORVEL_LOG(Error, __func__, "wlcsm_mngr_ssid_info fail");
         return kFailed;
     }
     return kSuccess;
@@ -218,7 +227,7 @@ uint32_t WiFiAccessPointMacModeGetImpl(uint32_t ap, uint32_t* out) {
     snprintf(command, sizeof command, "wl -i %s macmode", interface);
     FILE* output = popen(command, "r");
     if (output == nullptr) {
-        QUORVEL_LOG_ERROR("popen fail fail");
+        QUORVEL_LOG(Error, __func__, "popen fail fail");
         return kFailed;
     }
     char line[257] = {};

@@ -1,2 +1,6 @@
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointSecurity.def"
-#include "wifi/FrontEndExpansion.h"
+// The front ends of Device.WiFi.AccessPoint.{i}.Security.
+#include "wifi/frontend/BeginFrontEnds.h"
+
+#include "wifi/QuorvelWiFiAccessPointSecurity.def"
+
+#include "wifi/model/EndRows.h"

@@ -1,9 +1,15 @@
-// Security: mode names, WEP modes told by the key, and the reset rule.
+// Security: mode names, WEP modes derived from the key's length, and the reset rule.
 #include <wlcsm.h>
 
 #include <cstring>
 
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
+#include "wifi/QuorvelWiFiAccessPointSecurityImpl.h"
+#include "wifi/Result.h"
+#include "wifi/bridge/ManagerText.h"
+#include "wifi/bridge/Mapped.h"
+#include "wifi/model/Implementations.h"
+#include "wifi/parsing/Text.h"
 
 using quorvel::kFailed;
 using quorvel::kSuccess;
@@ -13,7 +19,7 @@ using quorvel::startsWith;
 
 namespace {
 
-constexpr char kLogFile[] = "wifi/QuorvelWiFiAccessPointSecurityImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiAccessPointSecurityImpl";
 
 // A mode's name at the manager.
 constexpr size_t kManagerModeSize = 32;
@@ -33,8 +39,22 @@ void readMode(uint32_t ap, const char* variable, ManagerText& value) {
 
 }  // namespace
 
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointSecurity.def"
-#include "wifi/ImplementationExpansion.h"
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFiAccessPointSecurity.def"
+
+#include "wifi/model/EndRows.h"
+
+constinit const AuthModePair authModeMapper[8] = {
+    {"None", "open"},
+    {"None", "*DEL*"},
+    {"WPA-Personal", "psk"},
+    {"WPA2-Personal", "psk2"},
+    {"WPA-WPA2-Personal", "psk psk2"},
+    {"WPA-Enterprise", "wpa"},
+    {"WPA2-Enterprise", "wpa2"},
+    {"WPA-WPA2-Enterprise", "wpa wpa2"},
+};
 
 uint32_t wlcsm_dm_adjust_security(char* dataModel, uint32_t dataModelLen, char* manager, uint32_t managerLen,
                                   uint8_t loading) {
@@ -55,12 +75,12 @@ uint32_t wlcsm_dm_adjust_security(char* dataModel, uint32_t dataModelLen, char* 
         }
         quorvel::copyText(dataModel, dataModelLen, mode);
     }
-    QUORVEL_LOG_TRAFFIC("dm_value[%.*s], wlmngr_value[%.*s], loading[%u]\n", static_cast<int>(dataModelLen), dataModel,
-                        static_cast<int>(managerLen), manager, loading);
+    QUORVEL_LOG(Traffic, __func__, "dm_value[%.*s], wlmngr_value[%.*s], loading[%u]\n", static_cast<int>(dataModelLen),
+                dataModel, static_cast<int>(managerLen), manager, loading);
     return kSuccess;
 }
 
-// What is read is the passphrase, not the key that was written: meant.
+// Quirk: reads the passphrase, not the key that was written.
 uint32_t WiFiAccessPointSecurityPreSharedKeyGetImpl(uint32_t ap, char* buf, uint32_t len) {
     return WiFiAccessPointSecurityKeyPassphraseGetImpl(ap, buf, len);
 }
@@ -89,7 +109,7 @@ uint32_t wepMode(uint32_t ap, char* buf, uint32_t len) {
             (void)WiFiAccessPointSecurityWEPKey4GetImpl(ap, key, kKeyLength);
             break;
         default:
-            QUORVEL_LOG_AS(function, quorvel::kLogError, "Invalid keyIdx[%d]", index);
+            QUORVEL_LOG(Error, function, "Invalid keyIdx[%d]", index);
     }
     const size_t length = strlen(key);
     if (length == 5) {
@@ -97,7 +117,7 @@ uint32_t wepMode(uint32_t ap, char* buf, uint32_t len) {
     } else if (length == 13) {
         quorvel::copyText(buf, len, "WEP-128");
     } else {
-        QUORVEL_LOG_AS(function, quorvel::kLogError, "Invalid key[%s], length[%d]", key, static_cast<int>(length));
+        QUORVEL_LOG(Error, function, "Invalid key[%s], length[%d]", key, static_cast<int>(length));
         return kFailed;
     }
     return kSuccess;
@@ -110,7 +130,7 @@ uint32_t WiFiAccessPointSecurityModeEnabledGetImpl(uint32_t ap, char* buf, uint3
     readMode(ap, "wlWep", value);
     if (startsWith(value.text, "enabled")) return wepMode(ap, buf, len);
     if (!startsWith(value.text, "disabled")) {
-        QUORVEL_LOG_ERROR("Invalid %s value: %s", "wlWep", value.text);
+        QUORVEL_LOG(Error, __func__, "Invalid %s value: %s", "wlWep", value.text);
         return kFailed;
     }
     value = {};
@@ -125,14 +145,14 @@ void stageReset(WiFiAccessPointSecurityContext& context, uint32_t ap) {
     const char* function = "WiFiAccessPointSecurityApplyContextImpl";
     char mode[31] = {};
     if (WiFiAccessPointSecurityModeEnabledGetImpl(ap, mode, sizeof mode) != 0) {
-        QUORVEL_LOG_AS(function, quorvel::kLogError, "WiFiAccessPointSecurityModeEnabledGetImpl fail.");
+        QUORVEL_LOG(Error, function, "WiFiAccessPointSecurityModeEnabledGetImpl fail.");
         return;
     }
     for (const char* enterprise : {"WPA-Enterprise", "WPA2-Enterprise", "WPA-WPA2-Enterprise"}) {
         if (strcmp(mode, enterprise) != 0) continue;
-        QUORVEL_LOG_AS(function, quorvel::kLogError,
-                       "WiFi.AccessPoint.Security.Reset is not allowed to set when modeEnabled[%s] is Enterprise type",
-                       mode);
+        QUORVEL_LOG(Error, function,
+                    "WiFi.AccessPoint.Security.Reset is not allowed to set when modeEnabled[%s] is Enterprise type",
+                    mode);
         return;
     }
     memset(context.ModeEnabled, 0, sizeof context.ModeEnabled);
@@ -144,7 +164,7 @@ void applyMode(const WiFiAccessPointSecurityContext& context, uint32_t ap) {
     const ManagerAddress address(ap);
     char mode[sizeof context.ModeEnabled + 1] = {};
     memcpy(mode, context.ModeEnabled, sizeof context.ModeEnabled);
-    // What the manager answers is not looked at. A name that only begins like a WEP mode is one: meant.
+    // The manager's results are ignored. Quirk: a name that only begins like a WEP mode is taken for one.
     if (startsWith(mode, "WEP-64") || startsWith(mode, "WEP-128")) {
         (void)wlcsm_mngr_set(address.radio, address.sub, "wlWep", "enabled");
         (void)wlcsm_mngr_set(address.radio, address.sub, "wlAuthMode", "open");
@@ -169,5 +189,5 @@ uint32_t WiFiAccessPointSecurityApplyContextImpl(void* ctx, uint32_t ap) {
         applyMode(context, ap);
         (void)Quorvel_ContextClearMap(ctx, WiFiAccessPointSecurityNode::ModeEnabled);
     }
-    return quorvel::applyMapped(quorvel::kWiFiAccessPointSecurityObject, ap, ctx);
+    return quorvel::applyMapped<quorvel::kWiFiAccessPointSecurityObject>(ap, ctx);
 }

@@ -1,31 +1,28 @@
-#include <cstring>
+// The front ends of Device.WiFi.AccessPoint.{i}.WPS.
+#include "wifi/frontend/BeginFrontEnds.h"
 
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointWPS.def"
-#include "wifi/FrontEndExpansion.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiAccessPointWPS.def"
 
-#define THIS_OBJECT WiFiAccessPointWPS
+#include "wifi/model/EndRows.h"
 
 // Marks no node: the method goes with the next ButtonPush.
 uint32_t WiFiAccessPointWPSMethodSet(void* ctx, uint32_t, const char* method, uint32_t len) {
-    QUORVEL_SITE("WiFiAccessPointWPSMethodSet");
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiAccessPointWPSObject, __func__);
     quorvel::logEnter(site);
     if (const uint32_t result = quorvel::checkContext(ctx, site)) return result;
     if (method == nullptr) return quorvel::refuse(site, quorvel::kInvalidInput, "Invalid input params");
     auto& field = static_cast<WiFiAccessPointWPSContext*>(ctx)->Method;
     if (len > sizeof field - 1) return quorvel::refuse(site, quorvel::kValueOutOfRange, "Value out of range");
-    const size_t length = strnlen(method, len);
-    memcpy(field, method, length);
-    memset(field + length, 0, sizeof field - length);
+    quorvel::fillField(field, sizeof field, method, len);
     quorvel::logDone(site);
     return quorvel::kSuccess;
 }
 
 uint32_t WiFiAccessPointWPSCancel(void* ctx) {
-    QUORVEL_SITE("WiFiAccessPointWPSCancel");
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiAccessPointWPSObject, __func__);
     quorvel::logEnter(site);
     if (const uint32_t result = quorvel::checkContext(ctx, site)) return result;
-    (void)Quorvel_ContextSetMap(ctx, quorvel::kWpsCancelNode);  // an initialised context takes it
+    (void)Quorvel_ContextSetMap(ctx, WiFiAccessPointWPSNode::Cancel);  // an initialised context takes it
     quorvel::logDone(site);
     return quorvel::kSuccess;
 }

@@ -4,7 +4,12 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
+#include "wifi/Result.h"
+#include "wifi/bridge/ManagerText.h"
+#include "wifi/bridge/Mapped.h"
+#include "wifi/model/Implementations.h"
+#include "wifi/parsing/Text.h"
 
 using quorvel::kSuccess;
 using quorvel::kValueSize;
@@ -12,7 +17,7 @@ using quorvel::kWiFiAccessPointWPSObject;
 
 namespace {
 
-constexpr char kLogFile[] = "wifi/QuorvelWiFiAccessPointWPSImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiAccessPointWPSImpl";
 constexpr char kApply[] = "WiFiAccessPointWPSApplyContextImpl";
 
 // The radios, a bit each, on which this library has switched WPS on since it was loaded. Guarded by the global lock.
@@ -20,15 +25,18 @@ uint32_t wpsRadios;
 
 }  // namespace
 
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAccessPointWPS.def"
-#include "wifi/ImplementationExpansion.h"
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFiAccessPointWPS.def"
+
+#include "wifi/model/EndRows.h"
 
 uint32_t WiFiAccessPointWPSEnableGetImpl(uint32_t ap, uint8_t* out) {
     char mode[kValueSize + 1] = {};
     const uint32_t result =
-        quorvel::readMapped(kWiFiAccessPointWPSObject, ap, WiFiAccessPointWPSNode::Enable, mode, kValueSize);
+        quorvel::readNode<quorvel::kWiFiAccessPointWPSObject, WiFiAccessPointWPSNode::Enable>(ap, mode, kValueSize);
     if (result != 0) {
-        QUORVEL_LOG_ERROR("WPS enable get fail");
+        QUORVEL_LOG(Error, __func__, "WPS enable get fail");
         return result;
     }
     *out = strcmp(mode, "disabled") == 0 ? 0 : 1;
@@ -69,7 +77,7 @@ struct Staged {
         uint8_t enabled = 0;
         (void)WiFiAccessPointWPSEnableGetImpl(ap, &enabled);  // an unread switch is off
         if (enabled == 0) {
-            QUORVEL_LOG_AS(kApply, quorvel::kLogError, "WPS is not enabled.");
+            QUORVEL_LOG(Error, kApply, "WPS is not enabled.");
         }
         return enabled != 0;
     }
@@ -103,10 +111,10 @@ void startExchange(const Staged& staged) {
         if (length == 4 || length == 8) {
             staged.exchange("client-pin");
         } else {
-            QUORVEL_LOG_AS(kApply, quorvel::kLogError, "Invalid Station Pin Length.");
+            QUORVEL_LOG(Error, kApply, "Invalid Station Pin Length.");
         }
     } else {
-        QUORVEL_LOG_AS(kApply, quorvel::kLogError, "Not supported WPSMethod[%s]\n", method);
+        QUORVEL_LOG(Error, kApply, "Not supported WPSMethod[%s]\n", method);
     }
     staged.write("wlWscAuthoStaMac", nullptr);
 }
@@ -117,17 +125,19 @@ uint32_t WiFiAccessPointWPSApplyContextImpl(void* ctx, uint32_t ap) {
     const uint32_t radio = WiFiSystemAccessPointRadioInstanceGet(ap);
     const Staged staged{*static_cast<WiFiAccessPointWPSContext*>(ctx), ap, radio - 1, quorvel::subIndex(ap)};
     if (staged.has(WiFiAccessPointWPSNode::Enable)) applyEnable(staged);
-    // Whatever value is staged: meant.
+    // Quirk: starts an exchange whatever value is staged.
     if (staged.has(WiFiAccessPointWPSNode::ButtonPush)) {
         if (staged.wpsIsEnabled()) startExchange(staged);
         (void)staged.clear(WiFiAccessPointWPSNode::ButtonPush);
     }
-    // One more than the table's rows: node 9 is not marked by then, and only a marked node's row is looked at. Meant.
-    uint32_t count = quorvel::kWpsCancelNode + 1;
-    if (staged.has(quorvel::kWpsCancelNode)) {
+    const quorvel::Mapping mapping = quorvel::mappingOf<kWiFiAccessPointWPSObject>();
+    // Quirk: walks one node more than the table has rows; it is not marked by then, and only a marked node's row is
+    // read.
+    uint32_t count = mapping.count + 1;
+    if (staged.has(WiFiAccessPointWPSNode::Cancel)) {
         if (staged.wpsIsEnabled()) staged.exchange("cancel");
         // A mark that the host leaves must not lead behind the table.
-        if (!staged.clear(quorvel::kWpsCancelNode)) count = quorvel::kWpsCancelNode;
+        if (!staged.clear(WiFiAccessPointWPSNode::Cancel)) count = mapping.count;
     }
-    return Quorvel_P_WiFiApplyContext(radio, ap, ctx, quorvel::kWiFiAccessPointWPSMapping, count);
+    return Quorvel_P_WiFiApplyContext(radio, ap, ctx, mapping.rows, count);
 }

@@ -1,4 +1,10 @@
-// Present without logic: reads succeed and leave the value, staged values are dropped.
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiAirtimeSchedulerStationsList.def"
-#define QUORVEL_INERT_APPLY
-#include "wifi/ImplementationExpansion.h"
+// Present without logic: reads succeed and leave the value, and the apply drops staged values.
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFiAirtimeSchedulerStationsList.def"
+
+#include "wifi/model/EndRows.h"
+
+uint32_t WiFiAirtimeSchedulerStationsListApplyContextImpl(void*, uint32_t, uint32_t) {
+    return quorvel::kSuccess;
+}

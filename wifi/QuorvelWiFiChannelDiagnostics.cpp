@@ -1,2 +1,6 @@
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiChannelDiagnostics.def"
-#include "wifi/FrontEndExpansion.h"
+// The front ends of Device.WiFi.ChannelWiFiDiagnostics.
+#include "wifi/frontend/BeginFrontEnds.h"
+
+#include "wifi/QuorvelWiFiChannelDiagnostics.def"
+
+#include "wifi/model/EndRows.h"

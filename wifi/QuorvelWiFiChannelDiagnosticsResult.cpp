@@ -1,2 +1,6 @@
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiChannelDiagnosticsResult.def"
-#include "wifi/FrontEndExpansion.h"
+// The front ends of Device.WiFi.ChannelWiFiDiagnostics.Result.{i}.
+#include "wifi/frontend/BeginFrontEnds.h"
+
+#include "wifi/QuorvelWiFiChannelDiagnosticsResult.def"
+
+#include "wifi/model/EndRows.h"

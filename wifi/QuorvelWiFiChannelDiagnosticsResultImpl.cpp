@@ -1,4 +1,10 @@
-// Present without logic: reads succeed and leave the value, staged values are dropped.
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiChannelDiagnosticsResult.def"
-#define QUORVEL_INERT_APPLY
-#include "wifi/ImplementationExpansion.h"
+// Present without logic: reads succeed and leave the value.
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFiChannelDiagnosticsResult.def"
+
+#include "wifi/model/EndRows.h"
+
+uint32_t WiFiChannelDiagnosticsResultApplyContextImpl(void*, uint32_t) {
+    return quorvel::kSuccess;
+}

@@ -1,23 +1,30 @@
 // The top-level object's implementation.
 #include <wlcsm.h>
 
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
+#include "wifi/Result.h"
+#include "wifi/bridge/ManagerText.h"
+#include "wifi/bridge/Mapped.h"
+#include "wifi/model/Implementations.h"
 
 using quorvel::kFailed;
 using quorvel::kSuccess;
 
 namespace {
-constexpr char kLogFile[] = "wifi/QuorvelWiFiImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiImpl";
 }
 
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFi.def"
-#include "wifi/ImplementationExpansion.h"
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFi.def"
+
+#include "wifi/model/EndRows.h"
 
 uint32_t WiFiRadioNumberOfEntriesGetImpl(uint32_t* out) {
     *out = 0;
     quorvel::ManagerText value;
     if (!quorvel::readManager(0, 0, "radio_number", value)) {
-        QUORVEL_LOG_ERROR("Radio number Get Fail");
+        QUORVEL_LOG(Error, __func__, "Radio number Get Fail");
         return kFailed;
     }
     *out = static_cast<uint32_t>(value.number());
@@ -38,11 +45,11 @@ uint32_t WiFiApplyContextImpl(void* ctx) {
     const auto* context = static_cast<const WiFiContext*>(ctx);
     if (WiFiCheckContextNodeSet(ctx, WiFiNode::BandSteeringEnable) != 0) {
         const char* role = context->BandSteeringEnable == 1 ? "3" : "0";
-        // A manager that does not take the role is not reported: meant.
+        // Quirk: a manager that does not take the role is not reported.
         (void)wlcsm_nvram_set("bsd_role", role);
         for (uint32_t radio = 0; radio < quorvel::kRadios; ++radio)
             (void)wlcsm_mngr_set(radio, 0, "bsdRole", role);
         (void)Quorvel_ContextClearMap(ctx, WiFiNode::BandSteeringEnable);
     }
-    return quorvel::applyMapped(quorvel::kWiFiObject, 1, ctx);
+    return quorvel::applyMapped<quorvel::kWiFiObject>(1, ctx);
 }

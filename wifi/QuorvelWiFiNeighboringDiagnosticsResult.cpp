@@ -1,2 +1,6 @@
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiNeighboringDiagnosticsResult.def"
-#include "wifi/FrontEndExpansion.h"
+// The front ends of Device.WiFi.NeighboringWiFiDiagnostic.Result.{i}.
+#include "wifi/frontend/BeginFrontEnds.h"
+
+#include "wifi/QuorvelWiFiNeighboringDiagnosticsResult.def"
+
+#include "wifi/model/EndRows.h"

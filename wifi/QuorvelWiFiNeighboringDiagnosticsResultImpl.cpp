@@ -2,7 +2,12 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
+#include "wifi/QuorvelWiFiNeighboringDiagnosticsResultImpl.h"
+#include "wifi/Result.h"
+#include "wifi/model/Implementations.h"
+#include "wifi/model/Rows.h"
+#include "wifi/parsing/Text.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;
@@ -11,7 +16,7 @@ using quorvel::NeighboringWiFiResult;
 
 namespace {
 
-constexpr char kLogFile[] = "wifi/QuorvelWiFiNeighboringDiagnosticsResultImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiNeighboringDiagnosticsResultImpl";
 
 NeighboringWiFiResult* stores[quorvel::kRadios];
 
@@ -21,11 +26,10 @@ void release(uint32_t radioIndex) {
 }
 
 // Finds a result for a getter, which logs under its own name. Returns null when there is none.
-NeighboringWiFiResult* findFor(const quorvel::Site& getter, uint32_t k) {
+NeighboringWiFiResult* findFor(const char* getter, uint32_t k) {
     NeighboringWiFiResult* record = nullptr;
     if (QUORVEL_P_WiFiNeighboringDiagnosticsResultGetEntry(k, &record) == 0) return record;
-    Quorvel_LogPrint(quorvel::kLogError, kLogFile, quorvel::functionOf(getter).text(), __LINE__,
-                     "WiFiNeighboring Diagnostics Result Get Entry Fail");
+    QUORVEL_LOG(Error, getter, "WiFiNeighboring Diagnostics Result Get Entry Fail");
     return nullptr;
 }
 
@@ -44,19 +48,18 @@ uint32_t copyOut(const char (&member)[size], char* buf, uint32_t len) {
 
 }  // namespace
 
-#define MEMBER_FIELD(member) member
-#define RESULT_OUT_unsignedInt out
-#define RESULT_OUT_int out
-#define RESULT_OUT_string(capacity) buf, len
-#define PARAMETER(node, name, access, type, accepted, read, source, ...) \
-    uint32_t FUNCTION(name, GetImpl)(INSTANCES OUTPUT_##type) {          \
-        QUORVEL_SITE(QUORVEL_TEXT(FUNCTION(name, GetImpl)));             \
-        const NeighboringWiFiResult* record = findFor(site, i);          \
-        if (record == nullptr) return kFailed;                           \
-        return copyOut(record->MEMBER_##source, RESULT_OUT_##type);      \
+#define FIELD(member) record->member
+#define PARAMETER_ROW(prefix, depth, apply, node, name, stem, access, type, accepted, read, source, ...) \
+    uint32_t prefix##stem##GetImpl(uint32_t k, OUTPUT_##type) {                                          \
+        const NeighboringWiFiResult* record = findFor(__func__, k);                                      \
+        if (record == nullptr) return kFailed;                                                           \
+        return copyOut(source, PASS_OUTPUT_##type);                                                      \
     }
+#include "wifi/model/BeginRows.h"
+
 #include "wifi/QuorvelWiFiNeighboringDiagnosticsResult.def"
-#undef PARAMETER
+
+#include "wifi/model/EndRows.h"
 
 uint32_t WiFiNeighboringDiagnosticsResultApplyContextImpl(void*, uint32_t) {
     return kSuccess;
@@ -68,7 +71,7 @@ uint32_t WiFiNeighboringDiagnosticsResultInit(uint32_t radioIndex, uint32_t coun
     if (count == 0) return kSuccess;
     stores[radioIndex] = static_cast<NeighboringWiFiResult*>(calloc(count, sizeof(NeighboringWiFiResult)));
     if (stores[radioIndex] == nullptr) {
-        QUORVEL_LOG_ERROR("Memory allocation fail.");
+        QUORVEL_LOG(Error, __func__, "Memory allocation fail.");
         return kFailed;
     }
     *array = stores[radioIndex];
@@ -76,7 +79,7 @@ uint32_t WiFiNeighboringDiagnosticsResultInit(uint32_t radioIndex, uint32_t coun
 }
 
 void WiFiNeighboringDiagnosticsResultUnInit(void) {
-    // The third radio's results stay: meant.
+    // Quirk: the third radio's results stay.
     release(0);
     release(1);
 }
@@ -92,6 +95,6 @@ uint32_t QUORVEL_P_WiFiNeighboringDiagnosticsResultGetEntry(uint32_t k, Neighbor
         }
         position -= count;
     }
-    QUORVEL_LOG_ERROR("Invalid resultInstance[%d]", k);
+    QUORVEL_LOG(Error, __func__, "Invalid resultInstance[%d]", k);
     return kInvalidInput;
 }

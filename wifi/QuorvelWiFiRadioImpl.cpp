@@ -6,10 +6,16 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "wifi/DecimalText.h"
-#include "wifi/QuorvelWiFiInternal.h"
-#include "wifi/RadioChannel.h"
-#include "wifi/RadioRates.h"
+#include "wifi/Log.h"
+#include "wifi/QuorvelWiFiRadioImpl.h"
+#include "wifi/Result.h"
+#include "wifi/bridge/ManagerText.h"
+#include "wifi/bridge/Mapped.h"
+#include "wifi/model/Implementations.h"
+#include "wifi/parsing/DecimalText.h"
+#include "wifi/parsing/RadioRates.h"
+#include "wifi/parsing/Text.h"
+#include "wifi/records/ChannelRecords.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;
@@ -17,22 +23,25 @@ using quorvel::kSuccess;
 using quorvel::kWiFiRadioObject;
 using quorvel::ManagerText;
 using quorvel::readManager;
-using quorvel::readMapped;
+using quorvel::readNode;
 
 namespace {
-constexpr char kLogFile[] = "wifi/QuorvelWiFiRadioImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiRadioImpl";
 constexpr int32_t kFiveGigahertz = 1;
 }  // namespace
 
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiRadio.def"
-#include "wifi/ImplementationExpansion.h"
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFiRadio.def"
+
+#include "wifi/model/EndRows.h"
 
 // Reads.
 
 uint32_t WiFiRadioChannelGetImpl(uint32_t radio, uint32_t* out) {
     ManagerText value;
     if (!readManager(radio - 1, 0, "wlCurrentChannel", value)) {
-        QUORVEL_LOG_ERROR("wlcsm_mngr_get wlCurrentChannel FAIL");
+        QUORVEL_LOG(Error, __func__, "wlcsm_mngr_get wlCurrentChannel FAIL");
         return kFailed;
     }
     *out = static_cast<uint32_t>(value.number());
@@ -42,7 +51,7 @@ uint32_t WiFiRadioChannelGetImpl(uint32_t radio, uint32_t* out) {
 uint32_t WiFiRadioConfiguredChannelBandwidthGetImpl(uint32_t radio, uint32_t* out) {
     ManagerText value;
     if (!readManager(radio - 1, 0, "wlNBw", value)) {
-        QUORVEL_LOG_ERROR("wlcsm_mngr_get [%s] failure on radioInstance[%d]", "wlNBw", radio);
+        QUORVEL_LOG(Error, __func__, "wlcsm_mngr_get [%s] failure on radioInstance[%d]", "wlNBw", radio);
         return kFailed;
     }
     // The manager's codes for 20, 40, 80 and 160 MHz.
@@ -60,22 +69,22 @@ uint32_t WiFiRadioConfiguredChannelBandwidthGetImpl(uint32_t radio, uint32_t* ou
             *out = 4;
             return kSuccess;
         default:
-            QUORVEL_LOG_ERROR("Invalid WLNBW(%d) = %d", radio - 1, value.number());
+            QUORVEL_LOG(Error, __func__, "Invalid WLNBW(%d) = %d", radio - 1, value.number());
             return kFailed;
     }
 }
 
 uint32_t WiFiRadioOperatingChannelBandwidthGetImpl(uint32_t radio, uint32_t* out) {
     uint32_t value = 0;
-    const uint32_t result = readMapped(kWiFiRadioObject, radio, WiFiRadioNode::OperatingChannelBandwidth, &value);
-    *out = value + 1;  // whatever the result: meant
+    const uint32_t result = readNode<kWiFiRadioObject, WiFiRadioNode::OperatingChannelBandwidth>(radio, &value);
+    *out = value + 1;  // Quirk: stored whatever the result.
     return result;
 }
 
 uint32_t WiFiRadioRegulatoryDomainGetImpl(uint32_t radio, char* buf, uint32_t len) {
     constexpr uint32_t kDomainLength = 32;
     char domain[kDomainLength + 1] = {};
-    const uint32_t result = readMapped(kWiFiRadioObject, radio, WiFiRadioNode::RegulatoryDomain, domain, kDomainLength);
+    const uint32_t result = readNode<kWiFiRadioObject, WiFiRadioNode::RegulatoryDomain>(radio, domain, kDomainLength);
     char country[4] = {};
     (void)sscanf(domain, "%2s", country);  // a text without country leaves it empty
     country[strlen(country)] = 'I';
@@ -87,27 +96,27 @@ uint32_t WiFiRadioBasicDataTransmitRatesGetImpl(uint32_t radio, char* buf, uint3
     constexpr uint32_t kKeywordLength = 64;
     char keyword[kKeywordLength + 1] = {};
     const uint32_t result =
-        readMapped(kWiFiRadioObject, radio, WiFiRadioNode::BasicDataTransmitRates, keyword, kKeywordLength);
+        readNode<kWiFiRadioObject, WiFiRadioNode::BasicDataTransmitRates>(radio, keyword, kKeywordLength);
     if (result != 0) {
-        QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet BASICDATATRANSMITRATES FAIL");
+        QUORVEL_LOG(Error, __func__, "Quorvel_P_WiFiWlcsmMngrGet BASICDATATRANSMITRATES FAIL");
         return result;
     }
     ManagerText value;
     (void)readManager(radio - 1, 0, "wlBand", value);  // an unread band is band 0
     const int32_t band = value.number();
-    QUORVEL_LOG_TRAFFIC("wlBand[%d]", band);
+    QUORVEL_LOG(Traffic, __func__, "wlBand[%d]", band);
     value = {};
     (void)readManager(radio - 1, 0, "wlgMode", value);  // an unread mode is mode 0
     const int32_t gMode = value.number();
-    QUORVEL_LOG_TRAFFIC("wlgMode[%d]", gMode);
+    QUORVEL_LOG(Traffic, __func__, "wlgMode[%d]", gMode);
     if (band != 1 && band != 2) {
-        QUORVEL_LOG_ERROR("Invalid band[%d]", band);
+        QUORVEL_LOG(Error, __func__, "Invalid band[%d]", band);
         return kFailed;
     }
     const char* rates = quorvel::basicRatesToRead(band == 1 || gMode != 0, keyword);
     if (rates == nullptr) {
-        // Success all the same, and the output as it was: meant.
-        QUORVEL_LOG_ERROR("Fail: shouldn't go here.");
+        // Quirk: succeeds, and leaves the output unchanged.
+        QUORVEL_LOG(Error, __func__, "Fail: shouldn't go here.");
         return kSuccess;
     }
     quorvel::copyText(buf, len, rates);
@@ -133,8 +142,8 @@ void removeLetter(char* text, char letter) {
 }  // namespace
 
 uint32_t WiFiRadioOperationalDataTransmitRatesGetImpl(uint32_t radio, char* buf, uint32_t len) {
-    if (readMapped(kWiFiRadioObject, radio, WiFiRadioNode::OperationalDataTransmitRates, buf, len) != 0) {
-        QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_OPERATIONALDATATRANSMITRATES FAIL");
+    if (readNode<kWiFiRadioObject, WiFiRadioNode::OperationalDataTransmitRates>(radio, buf, len) != 0) {
+        QUORVEL_LOG(Error, __func__, "Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_OPERATIONALDATATRANSMITRATES FAIL");
         return kFailed;
     }
     str_replace(buf, ' ', ',');
@@ -143,11 +152,11 @@ uint32_t WiFiRadioOperationalDataTransmitRatesGetImpl(uint32_t radio, char* buf,
 }
 
 uint32_t WiFiRadioSupportedDataTransmitRatesGetImpl(uint32_t radio, char* buf, uint32_t len) {
-    if (readMapped(kWiFiRadioObject, radio, WiFiRadioNode::SupportedDataTransmitRates, buf, len) != 0) {
-        QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_SUPPORTEDDATATRANSMITRATES FAIL");
+    if (readNode<kWiFiRadioObject, WiFiRadioNode::SupportedDataTransmitRates>(radio, buf, len) != 0) {
+        QUORVEL_LOG(Error, __func__, "Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_SUPPORTEDDATATRANSMITRATES FAIL");
         return kFailed;
     }
-    // The b marks stay, unlike in the operational rates: meant.
+    // Quirk: the b marks stay, unlike in the operational rates.
     str_replace(buf, ' ', ',');
     return kSuccess;
 }
@@ -184,16 +193,16 @@ uint32_t WiFiRadioCtsProtectionEnableGetImpl(uint32_t radio, uint8_t* out) {
         *out = 0;
         return kSuccess;
     }
-    QUORVEL_LOG_ERROR("Invalid wlProtection[%s] in wlPhyType[%s] mode", protection.text, phyType.text);
+    QUORVEL_LOG(Error, __func__, "Invalid wlProtection[%s] in wlPhyType[%s] mode", protection.text, phyType.text);
     return kFailed;
 }
 
 uint32_t WiFiRadioTxChainMaskGetImpl(uint32_t radio, uint32_t* out) {
     *out = 0;
     uint32_t mask = 0;
-    const uint32_t result = readMapped(kWiFiRadioObject, radio, WiFiRadioNode::TxChainMask, &mask);
+    const uint32_t result = readNode<kWiFiRadioObject, WiFiRadioNode::TxChainMask>(radio, &mask);
     if (result != 0) {
-        QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_TXCHAINMASK Fail");
+        QUORVEL_LOG(Error, __func__, "Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_TXCHAINMASK Fail");
         return result;
     }
     *out = static_cast<uint32_t>(std::popcount(mask));
@@ -203,9 +212,9 @@ uint32_t WiFiRadioTxChainMaskGetImpl(uint32_t radio, uint32_t* out) {
 uint32_t WiFiRadioRxChainMaskGetImpl(uint32_t radio, uint32_t* out) {
     *out = 0;
     uint32_t mask = 0;
-    const uint32_t result = readMapped(kWiFiRadioObject, radio, WiFiRadioNode::RxChainMask, &mask);
+    const uint32_t result = readNode<kWiFiRadioObject, WiFiRadioNode::RxChainMask>(radio, &mask);
     if (result != 0) {
-        QUORVEL_LOG_ERROR("Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_RXCHAINMASK Fail");
+        QUORVEL_LOG(Error, __func__, "Quorvel_P_WiFiWlcsmMngrGet WIFIRADIO_RXCHAINMASK Fail");
         return result;
     }
     *out = static_cast<uint32_t>(std::popcount(mask));
@@ -229,7 +238,7 @@ uint32_t WiFiRadioUpTimeGetImpl(uint32_t radio, uint32_t* out) {
     *out = 0;
     Status status;
     if (WiFiRadioStatusGetImpl(radio, status.text, kStatusLength) != 0) {
-        QUORVEL_LOG_ERROR("Radio[%d] is not enabled, WiFiRadioStatusGetImpl failure.", radio);
+        QUORVEL_LOG(Error, __func__, "Radio[%d] is not enabled, WiFiRadioStatusGetImpl failure.", radio);
         return kFailed;
     }
     if (status.isUp()) {
@@ -262,12 +271,12 @@ uint32_t WiFiRadioBandUtilizationGetImpl(uint32_t radio, uint32_t* out) {
     const int32_t idle = value.number();
     if (idle > 100) {
         *out = 0;
-        QUORVEL_LOG_ERROR("Invalid WlBandUtilization");
+        QUORVEL_LOG(Error, __func__, "Invalid WlBandUtilization");
         return kFailed;
     }
-    // A negative share is not refused and leaves more than 100: meant.
+    // Quirk: a negative share is not refused and leaves more than 100.
     *out = 100 - static_cast<uint32_t>(idle);
-    QUORVEL_LOG_TRAFFIC("BandUtilization[%d]", *out);
+    QUORVEL_LOG(Traffic, __func__, "BandUtilization[%d]", *out);
     return kSuccess;
 }
 
@@ -291,7 +300,7 @@ uint32_t get_bsd_steering_policy(uint32_t radio, BsdSteeringPolicy* policy) {
     const PolicyName name(radio);
     const char* value = wlcsm_nvram_get(name.text);
     if (value == nullptr) {
-        QUORVEL_LOG_ERROR("wlcsm_nvram_get(%s) FAIL.", name.text);
+        QUORVEL_LOG(Error, __func__, "wlcsm_nvram_get(%s) FAIL.", name.text);
         return kFailed;
     }
     uint32_t extFlag = 0;
@@ -299,11 +308,11 @@ uint32_t get_bsd_steering_policy(uint32_t radio, BsdSteeringPolicy* policy) {
     (void)sscanf(value, "%d %d %d %d %d 0x%x", &policy->BwUtil, &policy->samplePeriod, &policy->consecutiveSampleCount,
                  &policy->RssiThreshold, &policy->PhyRateThreshold, &extFlag);
     policy->extFlag = static_cast<int32_t>(extFlag);
-    QUORVEL_LOG_TRAFFIC(
-        "wlcsm_nvram_get(%s) SUCCESS, value[%s], BwUtil[%d], samplePeriod[%d], consecutiveSampleCount[%d], "
-        "RssiThreshold[%d], pPhyRateThreshold[%d], extFlag[0x%x]",
-        name.text, value, policy->BwUtil, policy->samplePeriod, policy->consecutiveSampleCount, policy->RssiThreshold,
-        policy->PhyRateThreshold, extFlag);
+    QUORVEL_LOG(Traffic, __func__,
+                "wlcsm_nvram_get(%s) SUCCESS, value[%s], BwUtil[%d], samplePeriod[%d], consecutiveSampleCount[%d], "
+                "RssiThreshold[%d], pPhyRateThreshold[%d], extFlag[0x%x]",
+                name.text, value, policy->BwUtil, policy->samplePeriod, policy->consecutiveSampleCount,
+                policy->RssiThreshold, policy->PhyRateThreshold, extFlag);
     return kSuccess;
 }
 
@@ -346,7 +355,7 @@ uint32_t WiFiRadioBandSteeringPhyRateThresholdGetImpl(uint32_t radio, int32_t* o
 uint32_t set_bsd_steering_policy(uint32_t radio, int32_t value, uint32_t node) {
     BsdSteeringPolicy policy;
     if (get_bsd_steering_policy(radio, &policy) != 0) {
-        // The band is asked, but the default is 80 on every band, unlike the read's: meant.
+        // Quirk: the band is read, but the default is 80 on every band, unlike the read's.
         (void)operatingBand(radio);
         policy = {80, 5, 3, 0, 0, 0x40};
     }
@@ -361,17 +370,17 @@ uint32_t set_bsd_steering_policy(uint32_t radio, int32_t value, uint32_t node) {
             policy.PhyRateThreshold = value;
             break;
         default:
-            QUORVEL_LOG_ERROR("Invalid node[%d]", node);
+            QUORVEL_LOG(Error, __func__, "Invalid node[%d]", node);
             return kFailed;
     }
     char text[128];
     snprintf(text, sizeof text, "%d %d %d %d %d 0x%x", policy.BwUtil, policy.samplePeriod,
              policy.consecutiveSampleCount, policy.RssiThreshold, policy.PhyRateThreshold,
              static_cast<uint32_t>(policy.extFlag));
-    text[31] = '\0';  // a longer text is cut: meant
+    text[31] = '\0';  // Quirk: a longer text is cut.
     const PolicyName name(radio);
     if (wlcsm_nvram_set(name.text, text) != 0) {
-        QUORVEL_LOG_ERROR("wlcsm_nvram_set(%s, %s) FAIL.", name.text, text);
+        QUORVEL_LOG(Error, __func__, "wlcsm_nvram_set(%s, %s) FAIL.", name.text, text);
         return kFailed;
     }
     return kSuccess;
@@ -420,23 +429,23 @@ void sortByRssi(quorvel::ChannelNeighbour* neighbours, uint32_t count) {
 
 uint32_t WiFiRadioDcsChannelMetricsGetImpl(uint32_t radio, char* buf, uint32_t) {
     if (buf == nullptr) {
-        QUORVEL_LOG_TRAFFIC("DcsChannelMetrics is NULL");
+        QUORVEL_LOG(Traffic, __func__, "DcsChannelMetrics is NULL");
         return kFailed;
     }
     scanChannel(radio, buf);
     if (wlcsm_mngr_ci_scanresults(radio - 1, buf) != 0) {
-        QUORVEL_LOG_ERROR("DcsChannelMetrics fail to get scan results");
+        QUORVEL_LOG(Error, __func__, "DcsChannelMetrics fail to get scan results");
         return kFailed;
     }
     if (wlcsm_mngr_chanim_stats(radio - 1, buf) != 0) {
-        QUORVEL_LOG_ERROR("DcsChannelMetrics fail to get chanim_stats");
+        QUORVEL_LOG(Error, __func__, "DcsChannelMetrics fail to get chanim_stats");
         return kFailed;
     }
     auto record = recordAt<quorvel::DcsChannelMetricsRecord>(buf);
-    QUORVEL_LOG_TRAFFIC("*** DcsChannelMetrics result for channel %d ***\n", record.channel);
-    QUORVEL_LOG_TRAFFIC("noise: %d utilization: %d  txpower: %d (dbm)\n", record.noise, record.utilization,
-                        record.txpower);
-    QUORVEL_LOG_TRAFFIC("\n*** channel_rssi_count %d ***\n", record.count);
+    QUORVEL_LOG(Traffic, __func__, "*** DcsChannelMetrics result for channel %d ***\n", record.channel);
+    QUORVEL_LOG(Traffic, __func__, "noise: %d utilization: %d  txpower: %d (dbm)\n", record.noise, record.utilization,
+                record.txpower);
+    QUORVEL_LOG(Traffic, __func__, "\n*** channel_rssi_count %d ***\n", record.count);
     // A count beyond the record's entries comes from outside and is not believed.
     const uint32_t count =
         record.count < quorvel::kMaxChannelNeighbours ? record.count : quorvel::kMaxChannelNeighbours;
@@ -445,55 +454,55 @@ uint32_t WiFiRadioDcsChannelMetricsGetImpl(uint32_t radio, char* buf, uint32_t) 
     for (uint32_t n = 0; n < count; ++n) {
         const quorvel::ChannelNeighbour& neighbour = record.neighbours[n];
         const uint8_t* bssid = neighbour.bssid;
-        QUORVEL_LOG_TRAFFIC("index %d: BSSID: %02x:%02x:%02x:%02x:%02x:%02x ap_channelWidth: %d RSSI: %d\n", n,
-                            bssid[0], bssid[1], bssid[2], bssid[3], bssid[4], bssid[5], neighbour.channelWidth,
-                            neighbour.rssi);
+        QUORVEL_LOG(Traffic, __func__, "index %d: BSSID: %02x:%02x:%02x:%02x:%02x:%02x ap_channelWidth: %d RSSI: %d\n",
+                    n, bssid[0], bssid[1], bssid[2], bssid[3], bssid[4], bssid[5], neighbour.channelWidth,
+                    neighbour.rssi);
     }
     return kSuccess;
 }
 
 uint32_t WiFiRadioChannelStatsGetImpl(uint32_t radio, char* buf, uint32_t) {
     if (buf == nullptr) {
-        QUORVEL_LOG_TRAFFIC("ChannelStats is NULL");
+        QUORVEL_LOG(Traffic, __func__, "ChannelStats is NULL");
         return kFailed;
     }
     scanChannel(radio, buf);
     if (wlcsm_mngr_channelstats(radio - 1, buf) != 0) {
-        QUORVEL_LOG_ERROR("Channelstats fail to get results");
+        QUORVEL_LOG(Error, __func__, "Channelstats fail to get results");
         return kFailed;
     }
     using Count = unsigned long long;  // what %llu prints
     const auto record = recordAt<quorvel::ChannelStatsRecord>(buf);
-    QUORVEL_LOG_TRAFFIC("*** Channelstats result for channel %d ***\n", record.channel);
-    QUORVEL_LOG_TRAFFIC("noise: %d utilization: %d \n", record.noise, record.utilization);
-    QUORVEL_LOG_TRAFFIC("ch_utilization_total: %llu ch_utilization_busy: %llu \n", Count{record.ch_utilization_total},
-                        Count{record.ch_utilization_busy});
-    QUORVEL_LOG_TRAFFIC("ch_utilization_busy_tx: %llu ch_utilization_busy_rx: %llu \n",
-                        Count{record.ch_utilization_busy_tx}, Count{record.ch_utilization_busy_rx});
-    QUORVEL_LOG_TRAFFIC("ch_utilization_busy_self: %llu ch_utilization_busy_ext: %llu \n",
-                        Count{record.ch_utilization_busy_self}, Count{record.ch_utilization_busy_ext});
+    QUORVEL_LOG(Traffic, __func__, "*** Channelstats result for channel %d ***\n", record.channel);
+    QUORVEL_LOG(Traffic, __func__, "noise: %d utilization: %d \n", record.noise, record.utilization);
+    QUORVEL_LOG(Traffic, __func__, "ch_utilization_total: %llu ch_utilization_busy: %llu \n",
+                Count{record.ch_utilization_total}, Count{record.ch_utilization_busy});
+    QUORVEL_LOG(Traffic, __func__, "ch_utilization_busy_tx: %llu ch_utilization_busy_rx: %llu \n",
+                Count{record.ch_utilization_busy_tx}, Count{record.ch_utilization_busy_rx});
+    QUORVEL_LOG(Traffic, __func__, "ch_utilization_busy_self: %llu ch_utilization_busy_ext: %llu \n",
+                Count{record.ch_utilization_busy_self}, Count{record.ch_utilization_busy_ext});
     return kSuccess;
 }
 
 uint32_t WiFiRadioChannelStatsGet2Impl(uint32_t radio, void* record, uint32_t length) {
     if (record == nullptr) {
-        QUORVEL_LOG_TRAFFIC("ChannelStats is NULL");
+        QUORVEL_LOG(Traffic, __func__, "ChannelStats is NULL");
         return kFailed;
     }
     // What the manager does not fill, or the caller has no room for, reads as 0 in the log.
     if (wlcsm_mngr_getRadioChannelStats2(radio - 1, record, length) != 0) {
-        QUORVEL_LOG_ERROR("Channelstats2 fail to get results");
+        QUORVEL_LOG(Error, __func__, "Channelstats2 fail to get results");
         return kFailed;
     }
     quorvel::ChannelStats2Record result{};
     memcpy(&result, record, length < sizeof result ? length : sizeof result);
-    QUORVEL_LOG_TRAFFIC("*** Channelstats result\n");
-    QUORVEL_LOG_TRAFFIC("ch_Frequency: %u\n", result.ch_Frequency);
-    QUORVEL_LOG_TRAFFIC("ch_NoiseFloor: %d\n", result.ch_NoiseFloor);
-    QUORVEL_LOG_TRAFFIC("ch_Non80211Noise: %d\n", result.ch_Non80211Noise);
-    QUORVEL_LOG_TRAFFIC("ch_Max80211Rssi: %d\n", result.ch_Max80211Rssi);
-    QUORVEL_LOG_TRAFFIC("ch_ObssUtil: %u\n", result.ch_ObssUtil);
-    QUORVEL_LOG_TRAFFIC("ch_SelfBssUtil: %u\n", result.ch_SelfBssUtil);
+    QUORVEL_LOG(Traffic, __func__, "*** Channelstats result\n");
+    QUORVEL_LOG(Traffic, __func__, "ch_Frequency: %u\n", result.ch_Frequency);
+    QUORVEL_LOG(Traffic, __func__, "ch_NoiseFloor: %d\n", result.ch_NoiseFloor);
+    QUORVEL_LOG(Traffic, __func__, "ch_Non80211Noise: %d\n", result.ch_Non80211Noise);
+    QUORVEL_LOG(Traffic, __func__, "ch_Max80211Rssi: %d\n", result.ch_Max80211Rssi);
+    QUORVEL_LOG(Traffic, __func__, "ch_ObssUtil: %u\n", result.ch_ObssUtil);
+    QUORVEL_LOG(Traffic, __func__, "ch_SelfBssUtil: %u\n", result.ch_SelfBssUtil);
     return kSuccess;
 }
 
@@ -538,14 +547,13 @@ struct TerminatedText {
     ManagerText value;
     (void)readManager(staged.radio - 1, 0, "wlgMode", value);  // an unread mode is mode 0
     const int32_t gMode = value.number();
-    Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, "wlgMode[%d]", gMode);
+    QUORVEL_LOG(Traffic, function, "wlgMode[%d]", gMode);
     auto& field = staged.context.BasicDataTransmitRates;
     const TerminatedText rates(field);
     memset(field, 0, sizeof field);
     const char* keyword = quorvel::basicRatesKeyword(band == 1 || gMode != 0, rates.text);
     if (keyword == nullptr) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, function, __LINE__, "Invalid set of Basic Rates - %s\n",
-                         rates.text);
+        QUORVEL_LOG(Error, function, "Invalid set of Basic Rates - %s\n", rates.text);
         return false;
     }
     memcpy(field, keyword, strlen(keyword));
@@ -574,10 +582,9 @@ uint32_t chainMask(uint32_t chains) {
 }
 
 void applyGreenfield(const Staged& staged) {
-    // Writes "gf", while the read looks for "1": meant.
+    // Quirk: writes "gf", while the read looks for "1".
     if (wlcsm_mngr_set(staged.radio - 1, 0, "wlNPreambleType", staged.context.GreenfieldEnable != 0 ? "gf" : "") != 0) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, "WiFiRadioApplyContextImpl", __LINE__,
-                         "wlcsm_mngr_set wlNPreambleType fail.");
+        QUORVEL_LOG(Error, "WiFiRadioApplyContextImpl", "wlcsm_mngr_set wlNPreambleType fail.");
     }
     staged.clear(WiFiRadioNode::GreenfieldEnable);
 }
@@ -637,8 +644,8 @@ void applyRest(const Staged& staged) {
         staged.clear(WiFiRadioNode::pushRadioChannel2);
     }
     if (staged.has(WiFiRadioNode::RadarThreshold) && operatingBand(staged.radio) == 2) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, "WiFiRadioApplyContextImpl", __LINE__,
-                         "WiFiRadioRadarThreshold are only allowed to be set on 5G Radio");
+        QUORVEL_LOG(Error, "WiFiRadioApplyContextImpl",
+                    "WiFiRadioRadarThreshold are only allowed to be set on 5G Radio");
         staged.clear(WiFiRadioNode::RadarThreshold);
     }
     if (staged.has(WiFiRadioNode::OperationalDataTransmitRates)) {
@@ -657,7 +664,7 @@ uint32_t WiFiRadioApplyContextImpl(void* ctx, uint32_t radio) {
     auto& context = *static_cast<WiFiRadioContext*>(ctx);
     const Staged staged{context, radio};
     const int32_t band = applyBand(radio);
-    QUORVEL_LOG_TRAFFIC("wlBand[%d]", band);
+    QUORVEL_LOG(Traffic, __func__, "wlBand[%d]", band);
 
     if (staged.has(WiFiRadioNode::BasicDataTransmitRates) && !applyBasicRates(staged, band)) return kInvalidInput;
     if (staged.has(WiFiRadioNode::OperatingChannelBandwidth)) context.OperatingChannelBandwidth -= 1;
@@ -678,10 +685,10 @@ uint32_t WiFiRadioApplyContextImpl(void* ctx, uint32_t radio) {
     }
     if (staged.has(WiFiRadioNode::Channel) && context.Channel != 0) staged.write("AutoChannelEnable", "0");
     if (staged.has(WiFiRadioNode::Restart)) {
-        // Whatever value is staged, and nothing else of the context is written: meant.
+        // Quirk: restarts whatever value is staged, and writes nothing else of the context.
         (void)wlcsm_mngr_restart(radio - 1, 0, 1, 1);
         return kSuccess;
     }
     applyRest(staged);
-    return quorvel::applyMapped(kWiFiRadioObject, radio, ctx);
+    return quorvel::applyMapped<quorvel::kWiFiRadioObject>(radio, ctx);
 }

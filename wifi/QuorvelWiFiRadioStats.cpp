@@ -1,11 +1,21 @@
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiRadioStats.def"
-#define QUORVEL_OWN_CHECK
-#include "wifi/FrontEndExpansion.h"
+// The front ends of Device.WiFi.Radio.{i}.Stats.
+#include "wifi/frontend/Pattern.h"
 
-#define THIS_OBJECT WiFiRadioStats
+namespace quorvel {
 
-// Answers without a word: meant.
-uint32_t WiFiRadioStatsCheckContextNodeSet(void* ctx, uint32_t node) {
-    QUORVEL_RECORD(quorvel::NodeCheck, check, "WiFiRadioStatsCheckContextNodeSet", quorvel::kWiFiRadioStatsNodeLimit);
-    return quorvel::mayAskForNode(ctx, node, check) ? Quorvel_IsContextSetMap(ctx, node) : 0;
-}
+template <>
+struct FrontEnds<kWiFiRadioStatsObject> : Pattern {
+    // Quirk: logs nothing on success.
+    static uint32_t checkNode(void* ctx, uint32_t node, uint32_t limit, const Site& site) {
+        if (!mayAskForNode(ctx, node, limit, "Exceeded subnodes", site)) return 0;
+        return Quorvel_IsContextSetMap(ctx, node);
+    }
+};
+
+}  // namespace quorvel
+
+#include "wifi/frontend/BeginFrontEnds.h"
+
+#include "wifi/QuorvelWiFiRadioStats.def"
+
+#include "wifi/model/EndRows.h"

@@ -1,11 +1,17 @@
 // Radio statistics: counters from the `wl` utility and from the interfaces, and the state of the neighbour diagnostic.
 #include <unistd.h>
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 
-#include "wifi/NeighbourScan.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
+#include "wifi/QuorvelWiFiNeighboringDiagnosticsResultImpl.h"
+#include "wifi/QuorvelWiFiRadioStatsImpl.h"
+#include "wifi/QuorvelWiFiSSIDStatsImpl.h"
+#include "wifi/bridge/Reader.h"
+#include "wifi/model/Implementations.h"
+#include "wifi/parsing/NeighbourScan.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;
@@ -18,21 +24,16 @@ RadioDiagnosticsRecord radioDiagnostics[kRadios] = {{1, 0}, {1, 0}, {1, 0}};
 
 namespace {
 
-constexpr char kLogFile[] = "wifi/QuorvelWiFiRadioStatsImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiRadioStatsImpl";
 
-struct Keyword {
-    uint32_t node;
-    const char* text;
-};
-
-// Row n is node n; the empty keyword is a node that has none.
-#define PARAMETER(node, name, access, type, accepted, read, source, keyword, ...) {node, keyword},
-constexpr Keyword RadioStatsKeywordTable[] = {
-    {0, ""},
-#include "wifi/QuorvelWiFiRadioStats.def"
-};
-#undef PARAMETER
-static_assert(std::size(RadioStatsKeywordTable) == 16);
+// Keywords by node. Node 0 and nodes without a counter have the empty one.
+constexpr size_t kNodes = quorvel::model::nodeLimitOf(quorvel::kWiFiRadioStatsObject) + 1;
+constexpr auto kKeywords = [] {
+    std::array<const char*, kNodes> keywords{""};
+    for (const auto& parameter : quorvel::model::parametersOf(quorvel::kWiFiRadioStatsObject))
+        keywords[parameter.node] = parameter.variable.data();
+    return keywords;
+}();
 
 bool isRadio(uint32_t radio) {
     return radio != 0 && radio <= WiFiSystemMaxNumberOfRadios();
@@ -47,34 +48,41 @@ bool radioIsUp(uint32_t radio) {
 
 }  // namespace
 
-#define QUORVEL_COUNTER(node, name, type)                       \
-    uint32_t FUNCTION(name, GetImpl)(INSTANCES OUTPUT_##type) { \
-        return Quorvel_P_WiFiRadioStatsGet(i, node, out);       \
+template <>
+struct quorvel::Reads<quorvel::kWiFiRadioStatsObject> {
+    template <size_t row>
+    static uint32_t read(uint32_t radio, void* out) {
+        return Quorvel_P_WiFiRadioStatsGet(radio, model::kParameters[row].node, out);
     }
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiRadioStats.def"
-#include "wifi/ImplementationExpansion.h"
+};
+
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFiRadioStats.def"
+
+#include "wifi/model/EndRows.h"
 
 uint32_t Quorvel_P_WiFiRadioStatsGet(uint32_t radio, uint32_t node, void* out) {
-    if (!isRadio(radio) || node >= std::size(RadioStatsKeywordTable) || out == nullptr) {
-        QUORVEL_LOG_ERROR("Invalid radioInstance[%u] or nodeIdx[%u] or NULL pointer", radio, node);
+    if (!isRadio(radio) || node >= kNodes || out == nullptr) {
+        QUORVEL_LOG(Error, __func__, "Invalid radioInstance[%u] or nodeIdx[%u] or NULL pointer", radio, node);
         return kInvalidInput;
     }
     if (!radioIsUp(radio)) {
-        QUORVEL_LOG_ERROR("Radio[%u] is not Up, can't get stats.", radio);
+        QUORVEL_LOG(Error, __func__, "Radio[%u] is not Up, can't get stats.", radio);
         return kFailed;
     }
-    const char* keyword = RadioStatsKeywordTable[node].text;
+    const char* keyword = kKeywords[node];
     if (keyword[0] == '\0') {
-        QUORVEL_LOG_ERROR("Don't support node[%u] yet.", node);
+        QUORVEL_LOG(Error, __func__, "Don't support node[%u] yet.", node);
         return kFailed;
     }
-    QUORVEL_LOG_TRAFFIC("The keyword is [%s] for node[%u]", keyword, node);
+    QUORVEL_LOG(Traffic, __func__, "The keyword is [%s] for node[%u]", keyword, node);
     const bool isNoise = node == WiFiRadioStatsNode::Noise;
     char command[128];
     snprintf(command, sizeof command, "wl -i wl%d %s", static_cast<int>(radio - 1), isNoise ? "status" : "counters");
     FILE* output = popen(command, "r");
     if (output == nullptr) {
-        QUORVEL_LOG_ERROR("popen [%s] fail", command);
+        QUORVEL_LOG(Error, __func__, "popen [%s] fail", command);
         return kFailed;
     }
     char line[128];
@@ -82,8 +90,8 @@ uint32_t Quorvel_P_WiFiRadioStatsGet(uint32_t radio, uint32_t node, void* out) {
     while (found == nullptr && fgets(line, sizeof line, output) != nullptr)
         found = strstr(line, keyword);
     if (found == nullptr) {
-        // The counters are named for the noise too: meant.
-        QUORVEL_LOG_ERROR("Can't find keyword[%s] in \"wl counters\" output for node[%u]", keyword, node);
+        // Quirk: names the counters for the noise too.
+        QUORVEL_LOG(Error, __func__, "Can't find keyword[%s] in \"wl counters\" output for node[%u]", keyword, node);
         pclose(output);
         return kFailed;
     }
@@ -95,9 +103,10 @@ uint32_t Quorvel_P_WiFiRadioStatsGet(uint32_t radio, uint32_t node, void* out) {
         isNoise ? sscanf(number, "%d", reinterpret_cast<int32_t*>(&value)) : sscanf(number, "%u", &value);
     if (scanned == 1) memcpy(out, &value, sizeof value);
     if (isNoise) {
-        QUORVEL_LOG_TRAFFIC("Found keywokd[%s] value[%d] for node[%u]", keyword, static_cast<int32_t>(value), node);
+        QUORVEL_LOG(Traffic, __func__, "Found keywokd[%s] value[%d] for node[%u]", keyword, static_cast<int32_t>(value),
+                    node);
     } else {
-        QUORVEL_LOG_TRAFFIC("Found keywokd[%s] value[%u] for node[%u]", keyword, value, node);
+        QUORVEL_LOG(Traffic, __func__, "Found keywokd[%s] value[%u] for node[%u]", keyword, value, node);
     }
     pclose(output);
     return kSuccess;
@@ -110,8 +119,8 @@ uint32_t Quorvel_P_WiFiRadioStatsDiscardPacketsGet(uint32_t radio, uint32_t* sen
     snprintf(prefix, sizeof prefix, "wl%u", radio - 1);
     FILE* file = fopen("/proc/net/dev", "r");
     if (file == nullptr) {
-        // The text names the SSIDs' function: meant.
-        QUORVEL_LOG_ERROR("Quorvel_P_WiFiSSIDStatsGet fopen() fail !!");
+        // Quirk: the text names the SSIDs' function.
+        QUORVEL_LOG(Error, __func__, "Quorvel_P_WiFiSSIDStatsGet fopen() fail !!");
         return kFailed;
     }
     char header[512];
@@ -120,7 +129,7 @@ uint32_t Quorvel_P_WiFiRadioStatsDiscardPacketsGet(uint32_t radio, uint32_t* sen
     (void)!fgets(header, sizeof header, file);
     quorvel::NetDevStats stats{};
     while (Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext(file, &stats) == 0) {
-        // By prefix: wl0 and wl0.1, and of wl1 also wl10. Meant.
+        // Quirk: compares the prefix: wl0 counts wl0.1, and wl1 also wl10.
         if (strncmp(stats.ifName, prefix, strlen(prefix)) != 0) continue;
         *sent += stats.txDrops;
         *received += stats.rxDrops;
@@ -147,7 +156,7 @@ uint32_t WiFiRadioStatsDiscardPacketsReceivedGetImpl(uint32_t radio, uint32_t* o
 
 uint32_t WiFiRadioStatsDiagnosticsStateGetImpl(uint32_t radio, uint32_t* out) {
     if (!isRadio(radio)) {
-        QUORVEL_LOG_ERROR("Invalid radioInstance[%u]", radio);
+        QUORVEL_LOG(Error, __func__, "Invalid radioInstance[%u]", radio);
         return kInvalidInput;
     }
     *out = quorvel::radioDiagnostics[radio - 1].diagnosticsState;
@@ -156,7 +165,7 @@ uint32_t WiFiRadioStatsDiagnosticsStateGetImpl(uint32_t radio, uint32_t* out) {
 
 uint32_t WiFiRadioStatsNeighboringWiFiDiagnosticResultNumberOfEntriesGetImpl(uint32_t radio, uint32_t* out) {
     if (!isRadio(radio)) {
-        QUORVEL_LOG_ERROR("Invalid radioInstance[%u]", radio);
+        QUORVEL_LOG(Error, __func__, "Invalid radioInstance[%u]", radio);
         return kInvalidInput;
     }
     *out = quorvel::radioDiagnostics[radio - 1].resultNumberOfEntries;
@@ -167,13 +176,13 @@ uint32_t WiFiRadioStatsApplyContextImpl(void* ctx, uint32_t radio, uint32_t doSc
     constexpr uint32_t kRequested = 2;
     constexpr uint32_t kCompleted = 3;
     if (!isRadio(radio) || ctx == nullptr) {
-        QUORVEL_LOG_ERROR("Invalid radioInstance[%u] or Null pContext[%x]", radio,
-                          static_cast<unsigned>(reinterpret_cast<uintptr_t>(ctx)));
+        QUORVEL_LOG(Error, __func__, "Invalid radioInstance[%u] or Null pContext[%x]", radio,
+                    static_cast<unsigned>(reinterpret_cast<uintptr_t>(ctx)));
         return kInvalidInput;
     }
     if (WiFiRadioStatsCheckContextNodeSet(ctx, WiFiRadioStatsNode::DiagnosticsState) == 0) return kSuccess;
     if (static_cast<const WiFiRadioStatsContext*>(ctx)->DiagnosticsState != kRequested) {
-        QUORVEL_LOG_ERROR("Quorvel_IsContextSetMap WIFIRADIOSTATS_DIAGNOSTICSSTATE Fail");
+        QUORVEL_LOG(Error, __func__, "Quorvel_IsContextSetMap WIFIRADIOSTATS_DIAGNOSTICSSTATE Fail");
         return kInvalidInput;
     }
     const int index = static_cast<int>(radio - 1);
@@ -192,12 +201,12 @@ uint32_t WiFiRadioStatsApplyContextImpl(void* ctx, uint32_t radio, uint32_t doSc
     snprintf(path, sizeof path, "/var/wl%d_scanresults", index);
     FILE* file = fopen(path, "r");
     if (file == nullptr) {
-        QUORVEL_LOG_ERROR("fopen [%s] fail", path);
+        QUORVEL_LOG(Error, __func__, "fopen [%s] fail", path);
         return kFailed;
     }
     const uint32_t count = quorvel::countNeighbours(file);
     diagnostics.resultNumberOfEntries = count;
-    QUORVEL_LOG_TRAFFIC("wl -i wl%d scanresults: %d entries found.", index, count);
+    QUORVEL_LOG(Traffic, __func__, "wl -i wl%d scanresults: %d entries found.", index, count);
     quorvel::NeighboringWiFiResult* results = nullptr;
     if (WiFiNeighboringDiagnosticsResultInit(radio - 1, count, &results) != 0) {
         // No room for the results: there are none, so that none is asked for.

@@ -1,2 +1,6 @@
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiSSID.def"
-#include "wifi/FrontEndExpansion.h"
+// The front ends of Device.WiFi.SSID.{i}.
+#include "wifi/frontend/BeginFrontEnds.h"
+
+#include "wifi/QuorvelWiFiSSID.def"
+
+#include "wifi/model/EndRows.h"

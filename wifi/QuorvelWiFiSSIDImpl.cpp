@@ -1,9 +1,12 @@
 // SSIDs: plain reads and writes through the bridge.
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/bridge/Mapped.h"
 
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiSSID.def"
-#include "wifi/ImplementationExpansion.h"
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFiSSID.def"
+
+#include "wifi/model/EndRows.h"
 
 uint32_t WiFiSSIDApplyContextImpl(void* ctx, uint32_t ssid) {
-    return quorvel::applyMapped(quorvel::kWiFiSSIDObject, ssid, ctx);
+    return quorvel::applyMapped<quorvel::kWiFiSSIDObject>(ssid, ctx);
 }

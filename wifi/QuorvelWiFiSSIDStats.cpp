@@ -1,2 +1,6 @@
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiSSIDStats.def"
-#include "wifi/FrontEndExpansion.h"
+// The front ends of Device.WiFi.SSID.{i}.Stats.
+#include "wifi/frontend/BeginFrontEnds.h"
+
+#include "wifi/QuorvelWiFiSSIDStats.def"
+
+#include "wifi/model/EndRows.h"

@@ -1,8 +1,11 @@
 // SSID statistics: the counters of the interface that carries the SSID.
 #include <cstring>
 
-#include "wifi/DecimalText.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
+#include "wifi/QuorvelWiFiSSIDStatsImpl.h"
+#include "wifi/bridge/ManagerText.h"
+#include "wifi/bridge/Reader.h"
+#include "wifi/parsing/DecimalText.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;
@@ -11,7 +14,7 @@ using quorvel::NetDevStats;
 
 namespace {
 
-constexpr char kLogFile[] = "wifi/QuorvelWiFiSSIDStatsImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiSSIDStatsImpl";
 
 constexpr size_t kLineSize = 512;
 constexpr uint32_t kCounters = 16;  // of a line
@@ -19,14 +22,17 @@ constexpr uint32_t kHighestNode = 22;
 constexpr uint16_t kUnsupported = 0;
 
 // Where a node's counter stands in the record; 0, where the name is, for a node without one.
-#define SOURCE_COLUMN(member) offsetof(NetDevStats, member)
-#define SOURCE_NONE kUnsupported
-#define PARAMETER(node, name, access, type, accepted, read, source, ...) SOURCE_##source,
+constexpr uint16_t NONE = kUnsupported;
+#define COLUMN(member) offsetof(NetDevStats, member)
+#define PARAMETER_ROW(prefix, depth, apply, node, name, stem, access, type, accepted, read, source, ...) source,
 constexpr uint16_t kColumns[kHighestNode + 1] = {
     kUnsupported,
+#include "wifi/model/BeginRows.h"
+
 #include "wifi/QuorvelWiFiSSIDStats.def"
+
+#include "wifi/model/EndRows.h"
 };
-#undef PARAMETER
 
 struct InterfaceName {
     char text[32];
@@ -43,30 +49,38 @@ void dump(const NetDevStats& stats) {
         "RxBytes      %lu", "RxPkts       %lu", "RxErrors     %lu", "RxDrops      %lu", "RxFifo       %lu",
         "RxFrame      %lu", "RxCompressed %lu", "RxMulticast  %lu", "TxBytes      %lu", "TxPkts       %lu",
         "TxErrors     %lu", "TxDrops      %lu",
-        // The sent columns are labelled like the received ones by position, not by what they hold: meant.
+        // Quirk: the sent columns are labelled like the received ones, by position and not by what they hold.
         "TxFifo       %lu", "TxFrame      %lu", "TxCompressed %lu", "TxMulticast  %lu"};
     const char* function = "Quorvel_P_WiFiSSIDStatsGet";
-    Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, "------> Dump interface[%s] stats",
-                     stats.ifName);
-    Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, "interfacename %s", stats.ifName);
+    QUORVEL_LOG(Traffic, function, "------> Dump interface[%s] stats", stats.ifName);
+    QUORVEL_LOG(Traffic, function, "interfacename %s", stats.ifName);
     uint32_t counters[std::size(kCounterLines)];
     static_assert(offsetof(NetDevStats, txCompressed) + 4 == offsetof(NetDevStats, rxBytes) + sizeof counters);
     memcpy(counters, &stats.rxBytes, sizeof counters);
     for (size_t n = 0; n < std::size(kCounterLines); ++n) {
-        Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, function, __LINE__, kCounterLines[n],
-                         static_cast<unsigned long>(counters[n]));
+        QUORVEL_LOG(Traffic, function, kCounterLines[n], static_cast<unsigned long>(counters[n]));
     }
 }
 
 }  // namespace
 
-#define QUORVEL_COUNTER(node, name, type)                       \
-    uint32_t FUNCTION(name, GetImpl)(INSTANCES OUTPUT_##type) { \
-        return Quorvel_P_WiFiSSIDStatsGet(i, node, out);        \
+template <>
+struct quorvel::Reads<quorvel::kWiFiSSIDStatsObject> {
+    template <size_t row>
+    static uint32_t read(uint32_t ssid, uint32_t* out) {
+        return Quorvel_P_WiFiSSIDStatsGet(ssid, model::kParameters[row].node, out);
     }
-#define QUORVEL_INERT_APPLY
-#define QUORVEL_DEFINITION "wifi/QuorvelWiFiSSIDStats.def"
-#include "wifi/ImplementationExpansion.h"
+};
+
+#include "wifi/frontend/BeginImplementations.h"
+
+#include "wifi/QuorvelWiFiSSIDStats.def"
+
+#include "wifi/model/EndRows.h"
+
+uint32_t WiFiSSIDStatsApplyContextImpl(void*, uint32_t) {
+    return kSuccess;
+}
 
 namespace {
 
@@ -115,17 +129,15 @@ enum class Line { kEnd, kSkipped, kRead };
 Line readNext(FILE* stream, char (&line)[kLineSize], const Wanted& wanted, NetDevStats& record) {
     static constexpr char kFunction[] = "Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext";
     if (fgets(line, sizeof line, stream) == nullptr) {
-        Quorvel_LogPrint(quorvel::kLogTraffic, kLogFile, kFunction, __LINE__, "file reach the end \n");
+        QUORVEL_LOG(Traffic, kFunction, "file reach the end \n");
         return Line::kEnd;
     }
     const Name name(line);
     const char* at = name.text + name.length;
     const bool skipped = wanted.name != nullptr && !name.is(wanted.name, wanted.length);
-    const bool whole = skipped
-                           ? quorvel::beginsWithCounters(at, static_cast<size_t>(line + sizeof line - at), kCounters)
-                           : parseCounters(at, record);
+    const bool whole = skipped ? quorvel::beginsWithCounters(at, kCounters) : parseCounters(at, record);
     if (name.length == 0 || !whole) {
-        Quorvel_LogPrint(quorvel::kLogError, kLogFile, kFunction, __LINE__, "failed reading at line %s \n", line);
+        QUORVEL_LOG(Error, kFunction, "failed reading at line %s \n", line);
         return Line::kEnd;
     }
     if (skipped) return Line::kSkipped;
@@ -144,14 +156,14 @@ uint32_t Quorvel_P_WiFiSSIDStatsNetDevStatsGetNext(FILE* stream, NetDevStats* re
 
 uint32_t Quorvel_P_WiFiSSIDStatsGet(uint32_t ssid, uint32_t node, uint32_t* out) {
     if (ssid == 0 || ssid > 8 * WiFiSystemMaxNumberOfRadios() || node > kHighestNode || out == nullptr) {
-        QUORVEL_LOG_ERROR("Invalid sSIDInstance[%u] or nodeIdx[%u] or NULL pointer", ssid, node);
+        QUORVEL_LOG(Error, __func__, "Invalid sSIDInstance[%u] or nodeIdx[%u] or NULL pointer", ssid, node);
         return kInvalidInput;
     }
     const InterfaceName name(ssid);
-    QUORVEL_LOG_TRAFFIC("Looking for stats for interface[%s]", name.text);
+    QUORVEL_LOG(Traffic, __func__, "Looking for stats for interface[%s]", name.text);
     FILE* file = fopen("/proc/net/dev", "r");
     if (file == nullptr) {
-        QUORVEL_LOG_ERROR("Quorvel_P_WiFiSSIDStatsGet fopen() fail !!");
+        QUORVEL_LOG(Error, __func__, "Quorvel_P_WiFiSSIDStatsGet fopen() fail !!");
         return kFailed;
     }
     char text[kLineSize] = {};
@@ -165,9 +177,9 @@ uint32_t Quorvel_P_WiFiSSIDStatsGet(uint32_t ssid, uint32_t node, uint32_t* out)
         line = readNext(file, text, wanted, stats);
     uint32_t result = kFailed;
     if (line != Line::kRead) {
-        QUORVEL_LOG_ERROR("Don't find interface[%s] in net_dev_stats", name.text);
+        QUORVEL_LOG(Error, __func__, "Don't find interface[%s] in net_dev_stats", name.text);
     } else if (kColumns[node] == kUnsupported) {
-        QUORVEL_LOG_ERROR("Don't support stats for node[%u] yet.", node);
+        QUORVEL_LOG(Error, __func__, "Don't support stats for node[%u] yet.", node);
     } else {
         memcpy(out, reinterpret_cast<const char*>(&stats) + kColumns[node], sizeof *out);
         dump(stats);

@@ -1,17 +1,19 @@
 // System operations: fixed dimensions, the access-point slot table, and commands to the manager as a whole.
 #include <wlcsm.h>
 
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
+#include "wifi/bridge/ManagerText.h"
+#include "wifi/frontend/FrontEnd.h"
 
+using quorvel::kAccessPoints;
+using quorvel::kAccessPointsPerRadio;
 using quorvel::kFailed;
 using quorvel::kSuccess;
 
 namespace {
 
-constexpr char kLogFile[] = "wifi/QuorvelWiFiSystem";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiSystem";
 
-constexpr uint32_t kAccessPointsPerRadio = 8;
-constexpr uint32_t kAccessPoints = quorvel::kRadios * kAccessPointsPerRadio;
 constexpr uint32_t kNoRadio = 0xFFFFFFFF;
 
 // Which access point each radio's slots hold; 0 is a free slot. Read and written without a lock, as the host is told.
@@ -45,25 +47,25 @@ Slot find(uint32_t ap) {
 
 bool isRadio(const char* function, uint32_t radio) {
     if (radio != 0 && radio <= quorvel::kRadios) return true;
-    QUORVEL_LOG_AS(function, quorvel::kLogError, "Invalid input params radioIndex:%d WiFiSystemMaxNumberOfRadios():%d",
-                   radio, WiFiSystemMaxNumberOfRadios());
+    QUORVEL_LOG(Error, function, "Invalid input params radioIndex:%d WiFiSystemMaxNumberOfRadios():%d", radio,
+                WiFiSystemMaxNumberOfRadios());
     return false;
 }
 
 bool isAccessPoint(const char* function, uint32_t ap) {
     if (ap != 0 && ap <= kAccessPoints) return true;
-    QUORVEL_LOG_AS(function, quorvel::kLogError, "Invalid input params accessPointIndex:%d max:%d", ap, kAccessPoints);
+    QUORVEL_LOG(Error, function, "Invalid input params accessPointIndex:%d max:%d", ap, kAccessPoints);
     return false;
 }
 
 uint32_t lock(const char* function) {
     const uint32_t result = WiFiLock();
-    if (result != 0) QUORVEL_LOG_AS(function, quorvel::kLogError, "Lock failed, result %d", result);
+    if (result != 0) QUORVEL_LOG(Error, function, "Lock failed, result %d", result);
     return result;
 }
 
 uint32_t succeed(const char* function) {
-    QUORVEL_LOG_AS(function, quorvel::kLogTrace, "%s DONE", function);
+    QUORVEL_LOG(Trace, function, "%s DONE", function);
     return kSuccess;
 }
 
@@ -72,12 +74,12 @@ uint32_t unlock(const char* function, bool failed) {
     const uint32_t result = WiFiUnlock();
     if (failed) return kFailed;
     if (result == 0) return succeed(function);
-    QUORVEL_LOG_AS(function, quorvel::kLogError, "Unlock failed, result %d", result);
+    QUORVEL_LOG(Error, function, "Unlock failed, result %d", result);
     return result;
 }
 
 uint32_t failWithoutMatch(const char* function) {
-    QUORVEL_LOG_AS(function, quorvel::kLogError, "No access point match found");
+    QUORVEL_LOG(Error, function, "No access point match found");
     return kFailed;
 }
 
@@ -94,7 +96,7 @@ uint32_t WiFiSystemMaxNumberOfAccessPointsPerRadio(void) {
 uint32_t WiFiSystemInit(void) {
     if (const uint32_t result = lock(__func__)) return result;
     const bool failed = wlcsm_mngr_wifi_hal_started(0, 10, 1) == 0;
-    if (failed) QUORVEL_LOG_ERROR("wlcsm_mngr_run_cmd - WLCSM_MNGR_CMD_WIFI_HAL_STARTED, FAIL.");
+    if (failed) QUORVEL_LOG(Error, __func__, "wlcsm_mngr_run_cmd - WLCSM_MNGR_CMD_WIFI_HAL_STARTED, FAIL.");
     return unlock(__func__, failed);
 }
 
@@ -103,7 +105,7 @@ uint32_t WiFiSystemStartStopSecurityDaemons(uint32_t start, uint32_t index) {
     constexpr uint32_t kStop = 8;
     if (const uint32_t result = lock(__func__)) return result;
     const bool failed = wlcsm_mngr_start_stop_services(index, 0, 1, start != 0 ? kStart : kStop) == 0;
-    if (failed) QUORVEL_LOG_ERROR("wlcsm_mngr_start_stop_security_daemons: FAIL.");
+    if (failed) QUORVEL_LOG(Error, __func__, "wlcsm_mngr_start_stop_security_daemons: FAIL.");
     return unlock(__func__, failed);
 }
 
@@ -119,7 +121,7 @@ uint32_t WiFiSystemRadioInit(uint32_t radio) {
     if (!isRadio(__func__, radio)) return kFailed;
     if (const uint32_t result = lock(__func__)) return result;
     const bool failed = wlcsm_mngr_restart(radio - 1, 0, 0, 1) == 0;
-    if (failed) QUORVEL_LOG_ERROR("wlcsm_mngr_restart: radio[%d], FAIL.", radio - 1);
+    if (failed) QUORVEL_LOG(Error, __func__, "wlcsm_mngr_restart: radio[%d], FAIL.", radio - 1);
     return unlock(__func__, failed);
 }
 
@@ -127,7 +129,7 @@ uint32_t WiFiSystemResetRadioToFactory(uint32_t radio) {
     if (!isRadio(__func__, radio)) return kFailed;
     if (const uint32_t result = lock(__func__)) return result;
     const bool failed = wlcsm_mngr_set(radio - 1, 0, "wlResetRadio", "1") != 0;
-    if (failed) QUORVEL_LOG_ERROR("wlcsm_mngr_set wlResetRadio FAIL, radio[%d]", radio - 1);
+    if (failed) QUORVEL_LOG(Error, __func__, "wlcsm_mngr_set wlResetRadio FAIL, radio[%d]", radio - 1);
     return unlock(__func__, failed);
 }
 
@@ -135,7 +137,7 @@ uint32_t WiFiSystemResetRadiosToFactory(void) {
     for (uint32_t radio = 1; radio <= WiFiSystemMaxNumberOfRadios(); ++radio) {
         const uint32_t result = WiFiSystemResetRadioToFactory(radio);
         if (result == 0) continue;
-        QUORVEL_LOG_ERROR("WiFiSystemResetRadioToFactory FAIL result %d", result);
+        QUORVEL_LOG(Error, __func__, "WiFiSystemResetRadioToFactory FAIL result %d", result);
         return result;
     }
     return succeed(__func__);
@@ -169,44 +171,46 @@ uint32_t WiFiSystemAccessPointCreate(uint32_t radio, uint32_t ap) {
         slot = ap;
         return succeed(__func__);
     }
-    // In a full row the access point stays without a slot: meant.
+    // Quirk: in a full row the access point stays without a slot.
     return failWithoutMatch(__func__);
 }
 
 uint32_t WiFiSystemResetAccessPointToFactory(uint32_t ap) {
-    // Looked up before the lock and not checked: the manager answers for an unknown access point. Meant.
+    // Quirk: looked up before the lock and not checked; the manager answers for an unknown access point.
     const uint32_t radio = WiFiSystemAccessPointRadioInstanceGet(ap);
-    // By its number, not by the slot it may have been moved to: meant.
+    // Quirk: its position follows its number, not the slot that it may have been moved to.
     const uint32_t sub = quorvel::subIndex(ap);
     if (const uint32_t result = lock(__func__)) return result;
     const bool failed = wlcsm_mngr_set(radio - 1, sub, "wlResetAP", "1") != 0;
     if (failed) {
-        QUORVEL_LOG_ERROR("wlcsm_mngr_set wlResetAP FAIL, radio[%d] accessPointIndex[%d]", radio - 1, sub);
+        QUORVEL_LOG(Error, __func__, "wlcsm_mngr_set wlResetAP FAIL, radio[%d] accessPointIndex[%d]", radio - 1, sub);
     }
     return unlock(__func__, failed);
 }
 
 // The system object's front ends. It has no parameters and so no definition.
 
-#define THIS_OBJECT WiFiSystem
+namespace {
+constexpr uint32_t kContextSize = quorvel::kContextSizes[quorvel::kWiFiSystemObject];
+}
 
 uint32_t WiFiSystemInitContext(void* ctx) {
-    QUORVEL_SITE("WiFiSystemInitContext");
-    return quorvel::initContext(ctx, site);
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiSystemObject, __func__);
+    return quorvel::initContext(ctx, kContextSize, site);
 }
 
 uint32_t WiFiSystemCheckContextNodeSet(void* ctx, uint32_t node) {
-    QUORVEL_RECORD(quorvel::NodeCheck, check, "WiFiSystemCheckContextNodeSet", 0);
-    return quorvel::checkContextNodeSet(ctx, node, check) != 0 ? 1 : 0;
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiSystemObject, __func__);
+    return quorvel::checkContextNodeSet(ctx, node, 0, site) != 0 ? 1 : 0;
 }
 
 uint32_t WiFiSystemApplyContext(void* ctx) {
-    QUORVEL_SITE("WiFiSystemApplyContext");
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiSystemObject, __func__);
     uint32_t result = quorvel::beginApply(ctx, site);
     if (result != 0) return result;
     result = quorvel::unlock(WiFiSystemApplyContextImpl(ctx), site);
     if (result != 0) return result;
-    // Clears the marks instead of initialising the context again: meant.
+    // Quirk: clears the marks instead of initialising the context again.
     (void)Quorvel_ContextZeroSetMap(ctx);
     quorvel::logDone(site);
     return kSuccess;
@@ -217,9 +221,9 @@ uint32_t WiFiSystemApplyContextImpl(void*) {
 }
 
 uint32_t WiFiSystemInstanceGet(void* ctx) {
-    QUORVEL_SITE("WiFiSystemInstanceGet");
+    static constexpr auto site = quorvel::siteOf(quorvel::kWiFiSystemObject, __func__);
     quorvel::logEnter(site);
-    (void)quorvel::initialiseContext(ctx, site);  // a context that the host refuses stays as it is
+    (void)Quorvel_ContextInit(ctx, kContextSize);  // a context that the host refuses stays as it is
     quorvel::logDone(site);
     return kSuccess;
 }

@@ -11,23 +11,18 @@ namespace quorvel {
 /// Unsigned integer of pointer size: 32 bits on the target.
 using Word = std::uintptr_t;
 
-inline constexpr size_t kObjectsInTable = 19;
-inline constexpr size_t kParametersInTable = 245;
+inline constexpr size_t kObjectsInTable = 0
+#define OBJECT_ROW(...) +1
+#include "wifi/model/DataModel.def"
+    ;
+inline constexpr size_t kParametersInTable = 0
+#define PARAMETER_ROW(...) +1
+#include "wifi/model/DataModel.def"
+    ;
 inline constexpr size_t kWordsPerEntry = 72;
 
 enum TypeCode : Word { kTypeString = 0, kTypeBoolean = 2, kTypeUnsignedInt = 3, kTypeInt = 4 };
 enum AccessCode : Word { kReadOnly = 1, kWritable = 256 };
-
-/// The word of an entry that holds the parameter's name.
-inline constexpr size_t kNameWord = 1;
-
-/// Where the row of the definitions stands in the table: in its place, but for Radio's BandUtilization (node 58), which
-/// stands before Restart and ResetToFactory (nodes 56 and 57). Meant.
-constexpr size_t entryOfRow(size_t row) {
-    constexpr size_t kRestart = 10 + 55;
-    if (row == kRestart || row == kRestart + 1) return row + 1;
-    return row == kRestart + 2 ? kRestart : row;
-}
 
 /// One word of an entry: a number, a text, or a function of one of the signatures in use.
 union TableWord {

@@ -6,12 +6,12 @@
 
 #include "bench/counts/NullPlatform.h"
 #include "bench/counts/Operation.h"
-#include "wifi/QuorvelWiFiContexts.h"
-#include "wifi/QuorvelWiFiExports.h"
-#include "wifi/QuorvelWiFiTable.h"
-#ifdef QUORVEL_BENCH_CONSOLE_HOST
 #include "gateway/hostd/Accessors.h"
 #include "gateway/hostd/DataModel.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/QuorvelWiFiTable.h"
+#include "wifi/model/Contexts.h"
+#ifdef QUORVEL_BENCH_CONSOLE_HOST
 #endif
 
 namespace quorvel::bench {

@@ -12,8 +12,8 @@
 
 #include "bench/counts/NullPlatform.h"
 #include "bench/counts/Operation.h"
-#include "wifi/QuorvelWiFiContexts.h"
 #include "wifi/QuorvelWiFiTable.h"
+#include "wifi/model/Contexts.h"
 
 namespace {
 
@@ -172,11 +172,11 @@ void settersAndApplies(const std::string& prefix, const TableEntry& entry, unsig
 
 void snapshots() {
     const auto ctx = reinterpret_cast<std::uintptr_t>(context);
-#define OBJECT(...)                                                                                                 \
-    measure(QUORVEL_TEXT(OBJECT_FUNCTION(InstanceGet)), inSnapshots, [&] {                                          \
-        return reinterpret_cast<Three>(reinterpret_cast<std::uintptr_t>(&OBJECT_FUNCTION(InstanceGet)))(ctx, 1, 1); \
+#define OBJECT_ROW(prefix, ...)                                                                            \
+    measure(#prefix "InstanceGet", inSnapshots, [&] {                                                      \
+        return reinterpret_cast<Three>(reinterpret_cast<std::uintptr_t>(&prefix##InstanceGet))(ctx, 1, 1); \
     });
-#include "wifi/QuorvelWiFiDataModel.def"
+#include "wifi/model/DataModel.def"
 }
 
 void* measureAll(void*) {

@@ -1,12 +1,11 @@
-#include "wifi/DecimalText.h"
+#include "wifi/parsing/DecimalText.h"
+#include "fuzz/Input.h"
 
 #include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-
-#include "fuzz/Input.h"
 
 // Numbers as the library reads and writes them, against the C library's own reading and writing.
 
@@ -29,8 +28,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
 
     unsigned long any = 0;
     const bool three = std::sscanf(text.c_str(), "%lu %lu %lu", &any, &any, &any) == 3;
-    require(quorvel::beginsWithCounters(text.c_str(), text.size() + 1, 3) == three,
-            "numbers in a row are the C library's");
+    require(quorvel::beginsWithCounters(text.c_str(), 3) == three, "numbers in a row are the C library's");
 
     char written[16];
     const char* behind = quorvel::appendDecimal(written, counter);

@@ -3,13 +3,16 @@
 
 #include "fuzz/ScriptedRun.h"
 #include "tests/wifi/DataModel.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/bridge/ManagerText.h"
+#include "wifi/model/Mapping.h"
 
 // Any text as the answer to a variable's read: through the generic get with every conversion, through every mapped
 // node, and through every getter of the data model.
 
 namespace {
 
+using quorvel::Mapping;
 using quorvel::MappingRow;
 using quorvel::datamodel::Parameter;
 using quorvel::datamodel::Type;
@@ -24,21 +27,15 @@ constexpr MappingRow kConversions[] = {
     {6, 142, "ODD", "v"},     {7, 142, "CHAR", "v"},
 };
 
-struct Mapping {
-    const MappingRow* rows;
-    std::uint32_t count;
-};
-
 constexpr Mapping kMappings[] = {
     {kConversions, std::size(kConversions)},
-    {quorvel::kWiFiMapping, std::size(quorvel::kWiFiMapping)},
-    {quorvel::kWiFiRadioMapping, std::size(quorvel::kWiFiRadioMapping)},
-    {quorvel::kWiFiSSIDMapping, std::size(quorvel::kWiFiSSIDMapping)},
-    {quorvel::kWiFiAccessPointMapping, std::size(quorvel::kWiFiAccessPointMapping)},
-    {quorvel::kWiFiAccessPointAccessPointControlFilterTableMapping,
-     std::size(quorvel::kWiFiAccessPointAccessPointControlFilterTableMapping)},
-    {quorvel::kWiFiAccessPointSecurityMapping, std::size(quorvel::kWiFiAccessPointSecurityMapping)},
-    {quorvel::kWiFiAccessPointWPSMapping, std::size(quorvel::kWiFiAccessPointWPSMapping)},
+    quorvel::mappingOf<quorvel::kWiFiObject>(),
+    quorvel::mappingOf<quorvel::kWiFiRadioObject>(),
+    quorvel::mappingOf<quorvel::kWiFiSSIDObject>(),
+    quorvel::mappingOf<quorvel::kWiFiAccessPointObject>(),
+    quorvel::mappingOf<quorvel::kWiFiAccessPointAccessPointControlFilterTableObject>(),
+    quorvel::mappingOf<quorvel::kWiFiAccessPointSecurityObject>(),
+    quorvel::mappingOf<quorvel::kWiFiAccessPointWPSObject>(),
 };
 
 void readGeneric(const Mapping& mapping, std::uint32_t length) {

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <quorvel.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -7,11 +8,13 @@
 #include <type_traits>
 #include <vector>
 
-#include <quorvel.h>
-#include "wifi/QuorvelWiFiContexts.h"
-#include "wifi/QuorvelWiFiInternal.h"
 #include "wifi/QuorvelWiFiTable.h"
-#include "wifi/RadioChannel.h"
+#include "wifi/model/Contexts.h"
+#include "wifi/model/Mapping.h"
+#include "wifi/records/ChannelRecords.h"
+#include "wifi/records/NeighbourResult.h"
+#include "wifi/records/NetDevStats.h"
+#include "wifi/records/Station.h"
 
 // The records that the library exchanges with the host and the manager, to the byte, on every platform, and the
 // signatures that follow no pattern.
@@ -116,7 +119,7 @@ constexpr std::size_t widthOf(Kind kind, std::size_t capacity) {
     return 4;
 }
 
-struct Field {
+struct ExpectedField {
     const char* object;
     const char* name;
     unsigned node;
@@ -126,12 +129,12 @@ struct Field {
     std::size_t size;
 };
 
-constexpr Field kFields[] = {
+constexpr ExpectedField kExpectedFields[] = {
 #define PARAMETER(prefix, depth, node, name, stem, type, access, capacity, low, high) \
     {#prefix, #name, node, Kind::type, capacity, offsetof(prefix##Context, name), sizeof(prefix##Context::name)},
 #include "tests/wifi/DataModelRows.inc"
 };
-static_assert(std::size(kFields) == 245);
+static_assert(std::size(kExpectedFields) == 245);
 
 struct Size {
     const char* object;
@@ -154,17 +157,18 @@ TEST(Contexts, HaveTheirSizes) {
 
 TEST(Contexts, HaveOneFieldPerNodeInNodeOrderNaturallyAligned) {
     // The table lists three of the radio's nodes in another order.
-    std::vector<Field> fields(std::begin(kFields), std::end(kFields));
+    std::vector<ExpectedField> fields(std::begin(kExpectedFields), std::end(kExpectedFields));
     for (auto first = fields.begin(); first != fields.end();) {
-        const auto last = std::find_if(
-            first, fields.end(), [first](const Field& field) { return std::strcmp(field.object, first->object) != 0; });
-        std::sort(first, last, [](const Field& a, const Field& b) { return a.node < b.node; });
+        const auto last = std::find_if(first, fields.end(), [first](const ExpectedField& field) {
+            return std::strcmp(field.object, first->object) != 0;
+        });
+        std::sort(first, last, [](const ExpectedField& a, const ExpectedField& b) { return a.node < b.node; });
         first = last;
     }
     std::string object;
     std::size_t end = 0;
     unsigned node = 0;
-    for (const Field& field : fields) {
+    for (const ExpectedField& field : fields) {
         if (object != field.object) {
             object = field.object;
             end = 132;

@@ -1,5 +1,5 @@
 // The library's own numbers in texts are those of the C library, at every boundary.
-#include "wifi/DecimalText.h"
+#include "wifi/parsing/DecimalText.h"
 
 #include <gtest/gtest.h>
 
@@ -116,16 +116,7 @@ TEST(BeginsWithCounters, IsWhatSscanfReads) {
     for (const std::string& text : lines) {
         unsigned long number = 0;
         const bool expected = std::sscanf(text.c_str(), "%lu %lu %lu", &number, &number, &number) == 3;
-        for (std::size_t place = 0; place < sizeof(long); ++place) {
-            alignas(long) char line[256];
-            std::memset(line, '7', sizeof line);
-            std::memcpy(line + place, text.c_str(), text.size() + 1);
-            EXPECT_EQ(quorvel::beginsWithCounters(line + place, sizeof line - place, 3), expected)
-                << '"' << text << "\" at " << place;
-            // Nothing to look at but the text.
-            EXPECT_EQ(quorvel::beginsWithCounters(line + place, text.size() + 1, 3), expected)
-                << '"' << text << "\" alone at " << place;
-        }
+        EXPECT_EQ(quorvel::beginsWithCounters(text.c_str(), 3), expected) << '"' << text << '"';
     }
 }
 

@@ -8,7 +8,7 @@
 #include "tests/wifi/StationRecord.h"
 #include "tests/wifi/platform/FreshProcess.h"
 #include "wifi/QuorvelWiFiExports.h"
-#include "wifi/QuorvelWiFiImplementations.h"
+#include "wifi/model/Implementations.h"
 
 // Access points: mapped parameters, the filter's modes, station walks and the beacon rate.
 

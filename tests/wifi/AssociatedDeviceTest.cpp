@@ -7,8 +7,9 @@
 #include "tests/wifi/DataModel.h"
 #include "tests/wifi/StationRecord.h"
 #include "tests/wifi/platform/PlatformTest.h"
+#include "wifi/QuorvelWiFiAccessPointAssociatedDeviceImpl.h"
 #include "wifi/QuorvelWiFiExports.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/model/Contexts.h"
 
 // Associated devices: fields of the manager's station record.
 

@@ -8,7 +8,8 @@
 
 #include "tests/wifi/LogLines.h"
 #include "tests/wifi/platform/PlatformTest.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/model/Implementations.h"
 
 // Channel measurements: binary records, byte for byte.
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <quorvel.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -8,6 +9,8 @@
 #include "tests/wifi/BridgeRow.h"
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"
+#include "wifi/model/Contexts.h"
+#include "wifi/model/Mapping.h"
 
 // The generic write of a context's marked nodes.
 
@@ -213,21 +216,33 @@ TEST_F(GenericApply, GoesOnAfterAFailedWrite) {
     EXPECT_EQ(platform.logTexts(2), Texts{success("signed", "0")});
 }
 
-TEST_F(GenericApply, BoundsATextThatFillsItsFieldByTheField) {
-    mark(5);
-    context.write(142, "abcdefghij");
-    context.put<std::uint32_t>(152, 0x44434241U);  // what follows the field must not be taken for text
-    EXPECT_EQ(apply(), 0U);
-    EXPECT_EQ(written(), Texts{set("text", "abcdefghij")});
+TEST_F(GenericApply, BoundsATextOfTheLibrarysOwnTablesByTheField) {
+    GuardedBlock ssid(sizeof(WiFiSSIDContext));
+    ASSERT_EQ(WiFiSSIDInitContext(ssid.get()), 0U);
+    ssid.write(offsetof(WiFiSSIDContext, Alias), std::string(sizeof WiFiSSIDContext::Alias, 'a'));
+    ssid.write(offsetof(WiFiSSIDContext, Name), "what follows the field is not its text");
+    ASSERT_EQ(Quorvel_ContextSetMap(ssid.get(), WiFiSSIDNode::Alias), 0U);
+    platform.forget();
+    const auto table = quorvel::mappingOf<quorvel::kWiFiSSIDObject>();
+    EXPECT_EQ(Quorvel_P_WiFiApplyContext(1, 1, ssid.get(), table.rows, table.count), 0U);
+    EXPECT_EQ(written(), Texts{set("sAlias", std::string(sizeof WiFiSSIDContext::Alias, 'a'))});
 }
 
-TEST_F(GenericApply, BoundsATextByTheNearestFieldBehindIt) {
-    const Row table[] = {
-        {5, 0, "", ""}, {1, 144, "CHAR", "far"}, {2, 132, "CHAR", "text"}, {3, 140, "CHAR", "near"}, {4, 134, "", ""}};
+TEST_F(GenericApply, BoundsATextOfAForeignTableByAValuesSize) {
+    const Row table[] = {{5, 0, "", ""}, {1, 144, "CHAR", "far"}, {2, 132, "CHAR", "text"}, {3, 140, "CHAR", "near"}};
     mark(2);
-    context.write(132, std::string(32, 'x'));
-    EXPECT_EQ(apply(4, table), 0U);  // the last row is beyond the count
-    EXPECT_EQ(written(), Texts{set("text", "xxxxxxxx")});
+    context.write(132, std::string(31, 'x') + std::string(1, '\0'));
+    EXPECT_EQ(apply(4, table), 0U);
+    EXPECT_EQ(written(), Texts{set("text", std::string(31, 'x'))});
+}
+
+TEST_F(GenericApply, ReadsTheMarkedRowsOfAForeignTableOnly) {
+    // As long as the rows are, so that the address sanitizer sees a read behind them.
+    const std::vector<Row> table = {{5, 0, "", ""}, {1, 132, "CHAR", "text"}};
+    mark(1);
+    context.write(132, std::string("abc") + std::string(1, '\0'));
+    EXPECT_EQ(apply(kCount, table.data()), 0U);
+    EXPECT_EQ(written(), Texts{set("text", "abc")});
 }
 
 TEST_F(GenericApply, TakesAThousandAndTwentyFourBytesOfATextWithoutEnd) {

@@ -7,7 +7,7 @@
 #include "tests/wifi/BridgeRow.h"
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/model/Mapping.h"
 
 // The generic read of a manager variable.
 
@@ -239,7 +239,8 @@ TEST_F(GenericGet, FailsForANodeWithoutVariable) {
     EXPECT_EQ(platform.callTexts(), Texts{});
     EXPECT_EQ(value, 7U);
     // PacketAggregationEnable, which its own code answers for.
-    EXPECT_EQ(Quorvel_P_WiFiWlcsmMngrGet(1, 1, 35, quorvel::kWiFiRadioMapping, &value, 0, 0, 0), 1);
+    EXPECT_EQ(
+        Quorvel_P_WiFiWlcsmMngrGet(1, 1, 35, quorvel::mappingOf<quorvel::kWiFiRadioObject>().rows, &value, 0, 0, 0), 1);
     EXPECT_TRUE(platform.logged(0, "Couldn't find node[35] in the mapping table."));
     EXPECT_EQ(value, 7U);
 }

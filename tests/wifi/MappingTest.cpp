@@ -8,7 +8,7 @@
 
 #include "tests/wifi/DataModel.h"
 #include "tests/wifi/platform/PlatformTest.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/model/Mapping.h"
 
 // The tables that bind nodes to the manager's variables, row by row.
 
@@ -36,15 +36,20 @@ struct MappingOfObject {
     std::size_t count;
 };
 
+template <ObjectIndex object>
+MappingOfObject tableOf(const char* prefix) {
+    constexpr Mapping kMapping = mappingOf<object>();
+    return {prefix, object, kMapping.rows, kMapping.count};
+}
+
 const MappingOfObject kTables[] = {
-    {"WiFi", 1, kWiFiMapping, std::size(kWiFiMapping)},
-    {"WiFiRadio", 2, kWiFiRadioMapping, std::size(kWiFiRadioMapping)},
-    {"WiFiSSID", 5, kWiFiSSIDMapping, std::size(kWiFiSSIDMapping)},
-    {"WiFiAccessPoint", 7, kWiFiAccessPointMapping, std::size(kWiFiAccessPointMapping)},
-    {"WiFiAccessPointAccessPointControlFilterTable", 8, kWiFiAccessPointAccessPointControlFilterTableMapping,
-     std::size(kWiFiAccessPointAccessPointControlFilterTableMapping)},
-    {"WiFiAccessPointSecurity", 9, kWiFiAccessPointSecurityMapping, std::size(kWiFiAccessPointSecurityMapping)},
-    {"WiFiAccessPointWPS", 11, kWiFiAccessPointWPSMapping, std::size(kWiFiAccessPointWPSMapping)},
+    tableOf<kWiFiObject>("WiFi"),
+    tableOf<kWiFiRadioObject>("WiFiRadio"),
+    tableOf<kWiFiSSIDObject>("WiFiSSID"),
+    tableOf<kWiFiAccessPointObject>("WiFiAccessPoint"),
+    tableOf<kWiFiAccessPointAccessPointControlFilterTableObject>("WiFiAccessPointAccessPointControlFilterTable"),
+    tableOf<kWiFiAccessPointSecurityObject>("WiFiAccessPointSecurity"),
+    tableOf<kWiFiAccessPointWPSObject>("WiFiAccessPointWPS"),
 };
 
 TEST(Mapping, BeginsWithTheObjectsIndex) {

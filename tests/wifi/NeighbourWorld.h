@@ -8,7 +8,10 @@
 #include <string>
 
 #include "tests/wifi/platform/PlatformTest.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/QuorvelWiFiNeighboringDiagnosticsResultImpl.h"
+#include "wifi/model/Contexts.h"
+#include "wifi/model/Implementations.h"
 
 namespace quorvel::scripted {
 

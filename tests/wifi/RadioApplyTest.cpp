@@ -8,7 +8,10 @@
 
 #include "tests/wifi/LogLines.h"
 #include "tests/wifi/platform/PlatformTest.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/QuorvelWiFiRadioImpl.h"
+#include "wifi/model/Contexts.h"
+#include "wifi/model/Implementations.h"
 
 // Committing a radio's staged values: which step does what, in which order, and which nodes are left to the generic
 // write.

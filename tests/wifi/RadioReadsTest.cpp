@@ -9,7 +9,9 @@
 
 #include "tests/wifi/LogLines.h"
 #include "tests/wifi/platform/PlatformTest.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/QuorvelWiFiRadioImpl.h"
+#include "wifi/model/Implementations.h"
 
 // A radio's reads. Radio 2 is radio index 1 at the manager.
 

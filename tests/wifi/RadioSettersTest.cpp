@@ -6,7 +6,8 @@
 #include <vector>
 
 #include "tests/wifi/platform/PlatformTest.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/model/Contexts.h"
 
 // What a radio's setters accept, and where they keep it.
 

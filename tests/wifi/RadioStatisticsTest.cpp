@@ -8,7 +8,11 @@
 #include "tests/wifi/LogLines.h"
 #include "tests/wifi/platform/FreshProcess.h"
 #include "tests/wifi/platform/PlatformTest.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/QuorvelWiFiNeighboringDiagnosticsResultImpl.h"
+#include "wifi/QuorvelWiFiRadioStatsImpl.h"
+#include "wifi/QuorvelWiFiSSIDStatsImpl.h"
+#include "wifi/model/Contexts.h"
 
 // A radio's counters, out of what `wl` prints and out of the interfaces' counters.
 

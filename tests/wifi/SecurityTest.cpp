@@ -5,8 +5,10 @@
 #include <vector>
 
 #include "tests/wifi/MappedParameters.h"
+#include "wifi/QuorvelWiFiAccessPointSecurityImpl.h"
 #include "wifi/QuorvelWiFiExports.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/model/Contexts.h"
+#include "wifi/model/Implementations.h"
 
 // Security: mapped parameters, mode names in both directions, WEP modes told by the key, and the reset rule.
 

@@ -9,7 +9,8 @@
 #include "tests/wifi/WillingWorld.h"
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiNeighboringDiagnosticsResultImpl.h"
+#include "wifi/model/Contexts.h"
 
 // One call reads every readable parameter of an instance into a context.
 

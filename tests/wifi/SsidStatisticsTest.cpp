@@ -8,7 +8,9 @@
 #include "tests/wifi/LogLines.h"
 #include "tests/wifi/platform/FreshProcess.h"
 #include "tests/wifi/platform/PlatformTest.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/QuorvelWiFiSSIDStatsImpl.h"
+#include "wifi/model/Contexts.h"
 
 // The counters of the interface that carries an SSID.
 

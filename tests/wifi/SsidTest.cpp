@@ -6,7 +6,8 @@
 
 #include "tests/wifi/platform/FreshProcess.h"
 #include "tests/wifi/platform/PlatformTest.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/model/Contexts.h"
 
 // SSIDs: every parameter is a variable of the manager.
 

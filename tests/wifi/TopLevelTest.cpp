@@ -6,7 +6,7 @@
 
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"
-#include "wifi/QuorvelWiFiImplementations.h"
+#include "wifi/model/Implementations.h"
 
 // The object at the root of the data model.
 

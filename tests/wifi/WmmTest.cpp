@@ -4,8 +4,9 @@
 #include <vector>
 
 #include "tests/wifi/platform/PlatformTest.h"
+#include "wifi/QuorvelWiFiAccessPointACImpl.h"
 #include "wifi/QuorvelWiFiExports.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/model/Contexts.h"
 
 // WMM access categories: fields of one non-volatile text each.
 

@@ -1,4 +1,6 @@
 // The listener for station events: its thread, registration and deregistration.
+#include "wifi/listener/Listener.h"
+
 #include <pthread.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -9,9 +11,12 @@
 #include <cstdlib>
 
 #include "host/stationevents.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
+#include "wifi/Result.h"
 #include "wifi/listener/ListenerSocket.h"
 #include "wifi/listener/StationEvents.h"
+#include "wifi/model/Implementations.h"
+#include "wifi/parsing/Text.h"
 
 using quorvel::kFailed;
 using quorvel::kSuccess;
@@ -21,7 +26,7 @@ pthread_t qvlThreadId;
 
 namespace {
 
-constexpr char kLogFile[] = "wifi/QuorvelWiFiImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiImpl";
 constexpr char kListener[] = "qvl_thread_main_loop";
 constexpr size_t kReceiveSize = 4096;
 
@@ -76,7 +81,7 @@ void* qvl_thread_main_loop(void* callback) {
     auto* buffer =
         static_cast<uint8_t*>(calloc(1, kReceiveSize));  // Quirk: one buffer is left behind for each registration.
     if (buffer == nullptr) {
-        QUORVEL_LOG_ERROR("%s:%d malloc fails!\n", __func__, __LINE__);
+        QUORVEL_LOG(Error, __func__, "%s:%d malloc fails!\n", __func__, __LINE__);
         return nullptr;
     }
     for (;;) {
@@ -106,18 +111,18 @@ void cancelListener() {
 uint32_t WiFiNewAPAssociatedDeviceCallbackRegisterImpl(AssociatedDeviceCallback callback) {
     pthread_t thread{};
     if (pthread_create(&thread, nullptr, qvl_thread_main_loop, reinterpret_cast<void*>(callback)) != 0) {
-        QUORVEL_LOG_ERROR("create thread fail. \n");
+        QUORVEL_LOG(Error, __func__, "create thread fail. \n");
         cancelListener();
         return kFailed;
     }
     qvlThreadId = thread;
-    QUORVEL_LOG_TRAFFIC("create thread success. \n");
+    QUORVEL_LOG(Traffic, __func__, "create thread success. \n");
     return kSuccess;
 }
 
 uint32_t WiFiNewAPAssociatedDeviceCallbackDeRegisterImpl(void) {
     cancelListener();
     quorvel::endListenerGeneration();
-    QUORVEL_LOG_TRAFFIC("Deregister done.");
+    QUORVEL_LOG(Traffic, __func__, "Deregister done.");
     return kSuccess;
 }

@@ -4,13 +4,13 @@
 #include <cstring>
 
 #include "host/stationevents.h"
-#include "wifi/QuorvelWiFiInternal.h"
+#include "wifi/Log.h"
 
 namespace quorvel {
 
 namespace {
 
-constexpr char kLogFile[] = "wifi/QuorvelWiFiImpl";
+constexpr const char* kLogFile = "wifi/QuorvelWiFiImpl";
 constexpr char kListener[] = "qvl_thread_main_loop";
 
 void copyDetails(StationEventRecord& station, const uint8_t* message) {
@@ -43,14 +43,14 @@ size_t handleEvent(const uint8_t* message, size_t length, AssociatedDeviceCallba
     char mac[32] = {};
     formatMac(mac, header.mac);
     // Quirk: an event with an unknown code is logged as an association too.
-    QUORVEL_LOG_AS(kListener, quorvel::kLogTraffic, "New STA Association Event on wl%d.%d, Event[%d], STA MAC[%s]",
-                   header.radio, header.bss, header.event, mac);
+    QUORVEL_LOG(Traffic, kListener, "New STA Association Event on wl%d.%d, Event[%d], STA MAC[%s]", header.radio,
+                header.bss, header.event, mac);
     // Quirk: the line says "recev".
     printf("%s: recev event on wl%d.%d Event=%d STA MAC=[%s] len=%d\n", kListener, static_cast<int>(header.radio),
            static_cast<int>(header.bss), static_cast<int>(header.event), mac, static_cast<int>(length));
     fflush(stdout);
     if (header.event != QUORVEL_EVENT_DETAILS && header.event != QUORVEL_EVENT_STATION) {
-        QUORVEL_LOG_AS(kListener, quorvel::kLogError, "Invalid STA event[%d]", header.event);
+        QUORVEL_LOG(Error, kListener, "Invalid STA event[%d]", header.event);
         return 0;
     }
     StationEventRecord station{};
@@ -59,7 +59,7 @@ size_t handleEvent(const uint8_t* message, size_t length, AssociatedDeviceCallba
     if (header.event == QUORVEL_EVENT_DETAILS) {
         taken = sizeof(StationDetailsEvent);
         if (length < taken) {
-            QUORVEL_LOG_AS(kListener, quorvel::kLogError, "message length too short[%d]", static_cast<int>(length));
+            QUORVEL_LOG(Error, kListener, "message length too short[%d]", static_cast<int>(length));
             return 0;
         }
         copyDetails(station, message);

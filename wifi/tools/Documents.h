@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace quorvel::definitions {
+namespace quorvel::model {
 
 /// Returns docs/data-model.md: one table per object.
 [[nodiscard]] std::string markdown();
@@ -11,4 +11,4 @@ namespace quorvel::definitions {
 /// Returns data-model.json: {"objects": [...], "parameters": [...]}, one line a parameter.
 [[nodiscard]] std::string json();
 
-}  // namespace quorvel::definitions
+}  // namespace quorvel::model

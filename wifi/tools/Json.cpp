@@ -1,7 +1,7 @@
 #include "wifi/tools/Documents.h"
 #include "wifi/tools/Wording.h"
 
-namespace quorvel::definitions {
+namespace quorvel::model {
 namespace {
 
 // Definitions hold printable characters only.
@@ -23,7 +23,7 @@ std::string textOrNull(std::string_view value) {
 }
 
 std::string capacityOf(const Type& type) {
-    return type.kind == Kind::string ? std::to_string(type.capacity) : "null";
+    return type.kind == Kind::kString ? std::to_string(type.capacity) : "null";
 }
 
 // [low, high] of a number or of a text's length; a text of any length has its capacity as the bound.
@@ -34,8 +34,9 @@ std::string bounds(const Parameter& parameter, Accepted::Rule rule) {
 
 std::string objectLine(const Object& object) {
     return "{\"path\": " + text("Device." + std::string(object.path) + ".") +
-           ", \"functions\": " + text(object.prefix) + ", \"parameters\": " + std::to_string(object.parameters) +
-           ", \"contextSize\": " + std::to_string(object.contextSize) + "}";
+           ", \"functions\": " + text(object.prefix) +
+           ", \"parameters\": " + std::to_string(parametersOf(object.index).size()) +
+           ", \"contextSize\": " + std::to_string(kContextSizes[object.index]) + "}";
 }
 
 std::string parameterLine(const Object& object, const Parameter& parameter) {
@@ -50,8 +51,8 @@ std::string parameterLine(const Object& object, const Parameter& parameter) {
     add("access", text(accessText(parameter.access)));
     add("readable", truth(readable(parameter)));
     add("writable", truth(writable(parameter)));
-    add("range", bounds(parameter, Accepted::Rule::range));
-    add("lengths", bounds(parameter, Accepted::Rule::lengths));
+    add("range", bounds(parameter, Accepted::Rule::kRange));
+    add("lengths", bounds(parameter, Accepted::Rule::kLengths));
     add("accepts", textOrNull(rangeText(parameter)));
     add("unit", textOrNull(parameter.unit));
     add("read", text(readName(parameter.read)));
@@ -69,12 +70,12 @@ std::string parameterLine(const Object& object, const Parameter& parameter) {
 std::string json() {
     std::string objectLines;
     std::string parameterLines;
-    for (const Object& object : objects()) {
+    for (const Object& object : kObjects) {
         objectLines += (objectLines.empty() ? "" : ",\n") + objectLine(object);
-        for (const Parameter& parameter : parametersOf(object))
+        for (const Parameter& parameter : parametersOf(object.index))
             parameterLines += (parameterLines.empty() ? "" : ",\n") + parameterLine(object, parameter);
     }
     return "{\"objects\": [\n" + objectLines + "\n], \"parameters\": [\n" + parameterLines + "\n]}\n";
 }
 
-}  // namespace quorvel::definitions
+}  // namespace quorvel::model

@@ -1,7 +1,7 @@
 #include "wifi/tools/Documents.h"
 #include "wifi/tools/Wording.h"
 
-namespace quorvel::definitions {
+namespace quorvel::model {
 namespace {
 
 constexpr std::string_view kIntroduction =
@@ -35,9 +35,9 @@ std::string cell(std::string_view text) {
 }
 
 std::string objectLink(const Object& object) {
-    return "| [`Device." + std::string(object.path) + ".`](#" + std::to_string(object.number) + "-" +
-           std::string(object.prefix) + ") | " + std::to_string(object.parameters) + " | `" +
-           std::string(object.prefix) + "` | " + std::to_string(object.contextSize) + " |\n";
+    return "| [`Device." + std::string(object.path) + ".`](#" + std::to_string(object.index) + "-" +
+           std::string(object.prefix) + ") | " + std::to_string(parametersOf(object.index).size()) + " | `" +
+           std::string(object.prefix) + "` | " + std::to_string(kContextSizes[object.index]) + " |\n";
 }
 
 std::string row(const Parameter& parameter) {
@@ -51,18 +51,18 @@ std::string row(const Parameter& parameter) {
 std::string markdown() {
     std::string text(kIntroduction);
     text += "\n## Objects\n\n| Object | Parameters | Functions | Context, bytes |\n|---|---|---|---|\n";
-    for (const Object& object : objects())
+    for (const Object& object : kObjects)
         text += objectLink(object);
-    for (const Object& object : objects()) {
-        const std::string number = std::to_string(object.number);
+    for (const Object& object : kObjects) {
+        const std::string number = std::to_string(object.index);
         text +=
             "\n<a id=\"" + number + "-" + std::string(object.prefix) + "\"></a>\n## `Device." +
             std::string(object.path) +
             ".`\n\n| Parameter | Type | Access | Range | Unit | Source | Remarks |\n|---|---|---|---|---|---|---|\n";
-        for (const Parameter& parameter : parametersOf(object))
+        for (const Parameter& parameter : parametersOf(object.index))
             text += row(parameter);
     }
     return text;
 }
 
-}  // namespace quorvel::definitions
+}  // namespace quorvel::model

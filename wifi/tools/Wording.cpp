@@ -2,7 +2,7 @@
 
 #include <cctype>
 
-namespace quorvel::definitions {
+namespace quorvel::model {
 namespace {
 
 constexpr std::string_view kMember = "FIELD(";
@@ -31,11 +31,13 @@ std::string variableText(const Parameter& parameter) {
 }
 
 std::string ownText(const Parameter& parameter) {
-    if (parameter.source.starts_with(kContention))
-        return "number " + std::string(argumentOf(parameter.source, kContention)) +
-               " (from 0) of the category's non-volatile contention parameters";
     if (!parameter.variable.empty()) return quoted(parameter.variable) + ", by a function of its own";
     return "a function of its own";
+}
+
+std::string contentionText(const Parameter& parameter) {
+    return "number " + std::string(argumentOf(parameter.source, kContention)) +
+           " (from 0) of the category's non-volatile contention parameters";
 }
 
 std::string inertText(const Parameter& parameter) {
@@ -63,13 +65,13 @@ std::string memberText(const Parameter& parameter, std::string_view record) {
 
 std::string_view typeName(const Type& type) {
     switch (type.kind) {
-        case Kind::boolean:
+        case Kind::kBoolean:
             return "boolean";
-        case Kind::unsignedInt:
+        case Kind::kUnsignedInt:
             return "unsignedInt";
-        case Kind::integer:
+        case Kind::kInt:
             return "int";
-        case Kind::string:
+        case Kind::kString:
             return "string";
     }
     return "";
@@ -77,19 +79,20 @@ std::string_view typeName(const Type& type) {
 
 std::string typeText(const Type& type) {
     std::string name(typeName(type));
-    if (type.kind != Kind::string) return name;
+    if (type.kind != Kind::kString) return name;
     return name + "(" + std::to_string(type.capacity) + ")";
 }
 
 std::string_view accessText(Access access) {
     switch (access) {
-        case Access::RO:
+        case Access::kReadOnly:
             return "read";
-        case Access::RW:
+        case Access::kStaged:
             return "read, write";
-        case Access::WO:
+        case Access::kStagedOnly:
             return "write";
-        case Access::RW_NOW:
+        case Access::kAtOnce:
+        case Access::kCommand:
             return "read, write at once";
     }
     return "";
@@ -99,39 +102,41 @@ std::string rangeText(const Parameter& parameter) {
     const std::string low = std::to_string(parameter.accepted.low);
     const std::string high = std::to_string(parameter.accepted.high);
     switch (parameter.accepted.rule) {
-        case Accepted::Rule::none:
+        case Accepted::Rule::kNone:
             return "";
-        case Accepted::Rule::range:
+        case Accepted::Rule::kRange:
             return low + " to " + high;
-        case Accepted::Rule::lengths:
+        case Accepted::Rule::kLengths:
             return (low == high ? low : low + " or " + high) + " characters";
-        case Accepted::Rule::any:
+        case Accepted::Rule::kAny:
             break;
     }
-    if (parameter.type.kind == Kind::boolean) return "0 or 1";
-    if (parameter.type.kind == Kind::string) return "up to " + std::to_string(parameter.type.capacity) + " characters";
+    if (parameter.type.kind == Kind::kBoolean) return "0 or 1";
+    if (parameter.type.kind == Kind::kString) return "up to " + std::to_string(parameter.type.capacity) + " characters";
     return "any";
 }
 
 std::string sourceText(const Parameter& parameter) {
     switch (parameter.read) {
-        case Read::MAPPED:
+        case Read::kMapped:
             return variableText(parameter);
-        case Read::BYPASSED:
-        case Read::OWN:
+        case Read::kBypassed:
+        case Read::kOwn:
             return ownText(parameter);
-        case Read::INERT:
+        case Read::kInert:
             return inertText(parameter);
-        case Read::STATION:
+        case Read::kStation:
             return "the manager's information on one station";
-        case Read::NONE:
+        case Read::kNone:
             return "none: not readable";
-        case Read::COUNTER:
+        case Read::kCounter:
             return counterText(parameter);
-        case Read::RESULT:
+        case Read::kContention:
+            return contentionText(parameter);
+        case Read::kResult:
             return memberText(parameter, "the stored scan result");
-        case Read::STATION_TEXT:
-        case Read::STATION_NUMBER:
+        case Read::kStationText:
+        case Read::kStationNumber:
             return memberText(parameter, "the manager's station record");
     }
     return "";
@@ -139,28 +144,30 @@ std::string sourceText(const Parameter& parameter) {
 
 std::string_view readName(Read read) {
     switch (read) {
-        case Read::MAPPED:
+        case Read::kMapped:
             return "MAPPED";
-        case Read::BYPASSED:
+        case Read::kBypassed:
             return "BYPASSED";
-        case Read::OWN:
+        case Read::kOwn:
             return "OWN";
-        case Read::INERT:
+        case Read::kInert:
             return "INERT";
-        case Read::STATION:
+        case Read::kStation:
             return "STATION";
-        case Read::NONE:
+        case Read::kNone:
             return "NONE";
-        case Read::COUNTER:
+        case Read::kCounter:
             return "COUNTER";
-        case Read::RESULT:
+        case Read::kContention:
+            return "CONTENTION";
+        case Read::kResult:
             return "RESULT";
-        case Read::STATION_TEXT:
+        case Read::kStationText:
             return "STATION_TEXT";
-        case Read::STATION_NUMBER:
+        case Read::kStationNumber:
             return "STATION_NUMBER";
     }
     return "";
 }
 
-}  // namespace quorvel::definitions
+}  // namespace quorvel::model

@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "wifi/tools/Definitions.h"
+#include "wifi/model/Contexts.h"
 
-namespace quorvel::definitions {
+namespace quorvel::model {
 
 /// Returns "boolean", "unsignedInt", "int" or "string".
 [[nodiscard]] std::string_view typeName(const Type& type);
@@ -25,4 +25,4 @@ namespace quorvel::definitions {
 /// Returns the `read` column as it is written.
 [[nodiscard]] std::string_view readName(Read read);
 
-}  // namespace quorvel::definitions
+}  // namespace quorvel::model

@@ -28,7 +28,7 @@ int main(int count, char** arguments) {
     if (count < 2 || count > 3) return usage();
     const std::string_view form = arguments[1];
     if (form != "markdown" && form != "json") return usage();
-    const std::string document = form == "markdown" ? quorvel::definitions::markdown() : quorvel::definitions::json();
+    const std::string document = form == "markdown" ? quorvel::model::markdown() : quorvel::model::json();
 
     const char* name = count == 3 ? arguments[2] : "standard output";
     std::FILE* file = count == 3 ? std::fopen(name, "w") : stdout;

@@ -1,0 +1,80 @@
+#include "wifi/frontend/Staging.h"
+
+#include <cstring>
+
+namespace quorvel {
+namespace {
+
+uint32_t beginStaging(void* ctx, const Site& site) {
+    logEnter(site);
+    return checkContext(ctx, site);
+}
+
+uint32_t endStaging(void* ctx, const StagingSite& site) {
+    (void)Quorvel_ContextSetMap(ctx, site.node);  // an initialised context takes every node
+    logDone(site);
+    return kSuccess;
+}
+
+uint32_t outOfRange(const Site& site) {
+    return refuse(site, kValueOutOfRange, "Value out of range");
+}
+
+char* fieldOf(void* ctx, const StagingSite& site) {
+    return static_cast<char*>(ctx) + site.offset;
+}
+
+uint32_t storeWord(void* ctx, uint32_t value, const StagingSite& site) {
+    memcpy(fieldOf(ctx, site), &value, sizeof value);
+    return endStaging(ctx, site);
+}
+
+// Refuses a null text and one that is longer than the field.
+uint32_t beginStagingText(void* ctx, const char* src, uint32_t len, const TextStagingSite& site) {
+    if (const uint32_t result = beginStaging(ctx, site)) return result;
+    if (src == nullptr) return refuse(site, kInvalidInput, "Invalid input params");
+    if (len > site.capacity) return outOfRange(site);
+    return kSuccess;
+}
+
+}  // namespace
+
+uint32_t stageBoolean(void* ctx, uint32_t value, const StagingSite& site) {
+    if (const uint32_t result = beginStaging(ctx, site)) return result;
+    if (value > 1) return outOfRange(site);
+    *fieldOf(ctx, site) = static_cast<char>(value);
+    return endStaging(ctx, site);
+}
+
+uint32_t stageWord(void* ctx, uint32_t value, const StagingSite& site) {
+    if (const uint32_t result = beginStaging(ctx, site)) return result;
+    return storeWord(ctx, value, site);
+}
+
+uint32_t stageWordInRange(void* ctx, uint32_t value, const RangeStagingSite& site) {
+    if (const uint32_t result = beginStaging(ctx, site)) return result;
+    if (value < site.low || value > site.high) return outOfRange(site);
+    return storeWord(ctx, value, site);
+}
+
+uint32_t stageText(void* ctx, const char* src, uint32_t len, const TextStagingSite& site) {
+    if (const uint32_t result = beginStagingText(ctx, src, len, site)) return result;
+    fillField(fieldOf(ctx, site), site.capacity, src, len);
+    return endStaging(ctx, site);
+}
+
+uint32_t stageTextOfLength(void* ctx, const char* src, uint32_t len, const LengthStagingSite& site) {
+    if (const uint32_t result = beginStagingText(ctx, src, len, site)) return result;
+    const size_t length = strnlen(src, len);
+    if (length != site.one && length != site.other) return outOfRange(site);
+    fillField(fieldOf(ctx, site), site.capacity, src, len);
+    return endStaging(ctx, site);
+}
+
+void fillField(char* field, size_t capacity, const char* src, size_t len) {
+    const size_t length = strnlen(src, len);
+    memcpy(field, src, length);
+    memset(field + length, 0, capacity - length);
+}
+
+}  // namespace quorvel
