@@ -11,8 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "console/commandline/Completion.h"
-#include "console/commandline/Dispatcher.h"
+#include "console/Dispatcher.h"
 
 namespace {
 
@@ -43,7 +42,7 @@ int main(int argc, char** argv) {
     // Asked by the completion scripts of shells.
     if (!words.empty() && words.front() == "__complete") {
         words.erase(words.begin());
-        return quorvel::console::printCompletions(session, words);
+        return quorvel::console::printCompletions(words, session);
     }
     return withOutputChecked(quorvel::console::dispatch(std::move(words), session));
 }

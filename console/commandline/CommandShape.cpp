@@ -35,7 +35,11 @@ std::vector<std::string> CommandShape::optionNames() const {
     return names;
 }
 
-CommandShape shapeOf(const CLI::App& app) {
+CommandShape shapeOf(const CLI::App& app, const ArgumentKinds& kinds) {
+    const auto kindOf = [&kinds](const CLI::Option* option) {
+        const auto found = kinds.find(option);
+        return found == kinds.end() ? ArgumentKind::kOther : found->second;
+    };
     CommandShape shape;
     shape.name = app.get_name();
     shape.heading = app.get_group();
@@ -46,14 +50,14 @@ CommandShape shapeOf(const CLI::App& app) {
     for (const CLI::Option* option : app.get_options()) {
         if (option->get_positional()) {
             shape.positionals.push_back({option->get_name(true), option->get_description(), option->get_required(),
-                                         option->get_items_expected_max() > 1});
+                                         option->get_items_expected_max() > 1, kindOf(option)});
             continue;
         }
         for (const std::string& name : option->get_lnames())
-            shape.options.push_back({"--" + name, valueName(*option), option->get_description()});
+            shape.options.push_back({"--" + name, valueName(*option), option->get_description(), kindOf(option)});
     }
     for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
-        shape.verbs.push_back(shapeOf(*verb));
+        shape.verbs.push_back(shapeOf(*verb, kinds));
     }
     return shape;
 }

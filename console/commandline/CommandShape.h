@@ -1,11 +1,13 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
 namespace CLI {
 class App;
-}
+class Option;
+}  // namespace CLI
 
 namespace quorvel::console {
 
@@ -15,18 +17,42 @@ inline constexpr const char* kAirVerbs = "Radios and stations";
 inline constexpr const char* kBoardVerbs = "The board";
 inline constexpr const char* kManyVerbs = "Many commands, checks and help";
 
+/// What an argument or the value of an option stands for: completion offers values by it.
+enum class ArgumentKind {
+    kOther,  ///< nothing to offer
+    kAccessPoint,
+    kAssignment,  ///< PATH=VALUE
+    kBoard,       ///< a shipped board's name, or a file
+    kChannel,     ///< of the radio given before it
+    kFile,
+    kFolder,
+    kLogLevel,
+    kMac,  ///< of a station
+    kPath,
+    kRadio,
+    kRadioOrPath,
+    kScenario,  ///< a shipped scenario's name, or a file
+    kVerb,
+    kWpsAction,
+};
+
+/// The kinds of the arguments and options that have one.
+using ArgumentKinds = std::map<const CLI::Option*, ArgumentKind>;
+
 /// What a command line can be made of: the program, a verb, or a verb's verb. Help and completion are made from it.
 struct CommandShape {
     struct Option {
         std::string name;   ///< "--board"
         std::string value;  ///< "NAME|FILE"; empty for a flag
         std::string description;
+        ArgumentKind kind = ArgumentKind::kOther;  ///< of the value
     };
     struct Positional {
         std::string name;  ///< "PATH"
         std::string description;
         bool required = false;
         bool many = false;
+        ArgumentKind kind = ArgumentKind::kOther;
     };
 
     std::string name;
@@ -43,7 +69,7 @@ struct CommandShape {
     [[nodiscard]] std::vector<std::string> optionNames() const;
 };
 
-/// Returns the shape of a command line that CLI11 parses.
-[[nodiscard]] CommandShape shapeOf(const CLI::App& app);
+/// Returns the shape of a command line that CLI11 parses, whose arguments have these kinds.
+[[nodiscard]] CommandShape shapeOf(const CLI::App& app, const ArgumentKinds& kinds);
 
 }  // namespace quorvel::console

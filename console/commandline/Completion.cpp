@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 
 #include "console/commandline/Assignment.h"
-#include "console/commandline/Dispatcher.h"
 #include "console/commandline/Documentation.h"
 #include "gateway/launch/Shipped.h"
 
@@ -30,17 +28,17 @@ constexpr Choice kChoices[] = {{"ModeEnabled", "ModesSupported"},
 
 class Completer {
   public:
-    Completer(Session& session, const std::vector<std::string>& words) : session_(session), words_(words) {}
+    Completer(Session& session, const CommandShape& program, const std::vector<std::string>& words)
+        : session_(session), program_(program), words_(words) {}
 
     Candidates run() {
-        const CommandShape program = commandShape();
-        const CommandShape* verb = &program;
+        const CommandShape* verb = &program_;
         for (std::size_t i = 0; i + 1 < words_.size(); ++i) {
             const std::string& word = words_[i];
             if (word.starts_with('-') && word.size() > 1) {
-                const CommandShape::Option* const option = optionOf(program, *verb, word);
+                const CommandShape::Option* const option = optionOf(*verb, word);
                 if (option == nullptr || option->value.empty()) continue;
-                if (++i + 1 == words_.size()) return optionValues(*option, current());
+                if (++i + 1 == words_.size()) return values(option->kind, current());
                 continue;
             }
             if (const CommandShape* const inner = verb->verb(word); inner != nullptr && given_.empty()) {
@@ -49,13 +47,12 @@ class Completer {
                 given_.push_back(word);
             }
         }
-        if (current().starts_with('-') && current().size() > 1) return options(program, *verb);
+        if (current().starts_with('-') && current().size() > 1) return options(*verb);
         if (!verb->verbs.empty() && given_.empty()) return fitting(verb->verbNames(), current());
-        if (verb->name == "help") return helpWords(program);
         if (verb->positionals.empty()) return {};
         const std::size_t last = verb->positionals.size() - 1;
         if (given_.size() > last && !verb->positionals[last].many) return {};
-        return values(*verb, verb->positionals[std::min(given_.size(), last)].name);
+        return values(verb->positionals[std::min(given_.size(), last)].kind, current());
     }
 
   private:
@@ -73,9 +70,8 @@ class Completer {
         return fitting(all, current());
     }
 
-    static const CommandShape::Option* optionOf(const CommandShape& program, const CommandShape& verb,
-                                                const std::string& name) {
-        for (const CommandShape* shape : {&verb, &program}) {
+    [[nodiscard]] const CommandShape::Option* optionOf(const CommandShape& verb, const std::string& name) const {
+        for (const CommandShape* shape : {&verb, &program_}) {
             for (const CommandShape::Option& option : shape->options) {
                 if (option.name == name) return &option;
             }
@@ -83,30 +79,21 @@ class Completer {
         return nullptr;
     }
 
-    [[nodiscard]] Candidates options(const CommandShape& program, const CommandShape& verb) const {
+    [[nodiscard]] Candidates options(const CommandShape& verb) {
         if (const std::size_t sign = current().find('='); sign != std::string::npos) {
-            const CommandShape::Option* const option = optionOf(program, verb, current().substr(0, sign));
-            Candidates all = option == nullptr ? Candidates{} : optionValues(*option, current().substr(sign + 1));
+            const CommandShape::Option* const option = optionOf(verb, current().substr(0, sign));
+            Candidates all = option == nullptr ? Candidates{} : values(option->kind, current().substr(sign + 1));
             for (std::string& value : all)
                 value.insert(0, current().substr(0, sign + 1));
             return all;
         }
         Candidates all = verb.optionNames();
-        for (const std::string& name : program.optionNames()) {
+        for (const std::string& name : program_.optionNames()) {
             if (std::find(all.begin(), all.end(), name) == all.end()) all.push_back(name);
         }
-        // A verb does nothing with the version, which "version" tells.
-        if (&verb != &program) std::erase(all, "--version");
+        // No verb takes --version: "version" is a verb of its own.
+        if (&verb != &program_) std::erase(all, "--version");
         return fitting(all);
-    }
-
-    [[nodiscard]] Candidates optionValues(const CommandShape::Option& option, const std::string& begun) const {
-        if (option.value == "LEVEL") return fitting({"0", "1", "2", "3"}, begun);
-        Candidates found;
-        if (option.name == "--board") found = fitting(shippedNames(session_.options, "boards"), begun);
-        // Files come second to names.
-        const bool files = option.value.ends_with("FILE") || option.value == "DIR";
-        return files && found.empty() ? filesAt(begun, option.value == "DIR") : found;
     }
 
     // Files, folders with a slash behind them; hidden ones only when they are asked for.
@@ -126,32 +113,65 @@ class Completer {
         return found;
     }
 
-    [[nodiscard]] Candidates helpWords(const CommandShape& program) const {
-        const CommandShape* verb = &program;
+    [[nodiscard]] Candidates helpWords() const {
+        const CommandShape* verb = &program_;
         for (const std::string& word : given_)
             verb = verb == nullptr ? nullptr : verb->verb(word);
         return verb == nullptr ? Candidates{} : fitting(verb->verbNames());
     }
 
-    [[nodiscard]] Candidates values(const CommandShape& verb, const std::string& positional) {
-        if (positional == "ACTION") return fitting({"push", "pin", "cancel"});
-        if (positional == "RADIO") return fitting(instancesOf("Device.WiFi.Radio."));
-        if (positional == "AP") return fitting(instancesOf("Device.WiFi.AccessPoint."));
-        if (positional == "CHANNEL") return fitting(channelsOf("Device.WiFi.Radio." + given_.front() + "."));
-        if (positional == "MAC") return fitting(stations());
-        if (positional == "A" || positional == "B" || positional == "FILE") {
-            Candidates found =
-                verb.name == "play" ? fitting(shippedNames(session_.options, "scenarios")) : Candidates{};
-            return found.empty() ? filesAt(current()) : found;
+    [[nodiscard]] Candidates values(ArgumentKind kind, const std::string& begun) {
+        switch (kind) {
+            case ArgumentKind::kOther:
+                return {};
+            case ArgumentKind::kAccessPoint:
+                return fitting(instancesOf("Device.WiFi.AccessPoint."), begun);
+            case ArgumentKind::kAssignment:
+                return assignments(begun);
+            case ArgumentKind::kBoard:
+                return shippedOrFiles("boards", begun);
+            case ArgumentKind::kChannel:
+                return fitting(channelsOf("Device.WiFi.Radio." + given_.front() + "."), begun);
+            case ArgumentKind::kFile:
+                return filesAt(begun);
+            case ArgumentKind::kFolder:
+                return filesAt(begun, true);
+            case ArgumentKind::kLogLevel:
+                return fitting({"0", "1", "2", "3"}, begun);
+            case ArgumentKind::kMac:
+                return fitting(stations(), begun);
+            case ArgumentKind::kPath:
+                return paths(begun);
+            case ArgumentKind::kRadio:
+                return fitting(instancesOf("Device.WiFi.Radio."), begun);
+            case ArgumentKind::kRadioOrPath:
+                return radiosOrPaths(begun);
+            case ArgumentKind::kScenario:
+                return shippedOrFiles("scenarios", begun);
+            case ArgumentKind::kVerb:
+                return helpWords();
+            case ArgumentKind::kWpsAction:
+                return fitting({"push", "pin", "cancel"}, begun);
         }
-        if (positional == "PATH=VALUE" && signIn(current()) != std::string::npos) return parameterValues();
-        if (positional.find("PATH") == std::string::npos) return {};
-        Candidates found = paths(current());
-        if (positional == "RADIO|PATH" && current().empty()) {
-            const Candidates radios = instancesOf("Device.WiFi.Radio.");
-            found.insert(found.end(), radios.begin(), radios.end());
-        }
-        if (positional != "PATH=VALUE") return found;
+        return {};
+    }
+
+    // Names of shipped files; when none fits, files.
+    [[nodiscard]] Candidates shippedOrFiles(const char* folder, const std::string& begun) const {
+        Candidates found = fitting(launch::shippedNames(session_.options, folder), begun);
+        return found.empty() ? filesAt(begun) : found;
+    }
+
+    [[nodiscard]] Candidates radiosOrPaths(const std::string& begun) {
+        Candidates found = paths(begun);
+        const Candidates radios = begun.empty() ? instancesOf("Device.WiFi.Radio.") : Candidates{};
+        found.insert(found.end(), radios.begin(), radios.end());
+        return found;
+    }
+
+    [[nodiscard]] Candidates assignments(const std::string& begun) {
+        if (signIn(begun) != std::string::npos) return parameterValues();
+        Candidates found = paths(begun);
         for (std::string& path : found) {
             if (!path.ends_with('.')) path += '=';
         }
@@ -195,7 +215,7 @@ class Completer {
                         all.push_back(station.value("mac", ""));
                 });
         } catch (const GatewayError&) {
-            all.clear();  // likewise
+            all.clear();  // the command itself says what is wrong
         }
         return all;
     }
@@ -206,7 +226,7 @@ class Completer {
             const std::string list = radio + "PossibleChannels";
             return elements(readPaths(session_, {list}, nullptr).text(list));
         } catch (const GatewayError&) {
-            return {};  // likewise
+            return {};  // the command itself says what is wrong
         }
     }
 
@@ -217,7 +237,7 @@ class Completer {
         try {
             all = valuesOf(path);
         } catch (const GatewayError&) {
-            return {};  // likewise
+            return {};  // the command itself says what is wrong
         }
         for (std::string& value : all)
             value.insert(0, path + "=");
@@ -261,25 +281,16 @@ class Completer {
     }
 
     Session& session_;
+    const CommandShape& program_;
     const std::vector<std::string>& words_;
     std::vector<std::string> given_;  // arguments in front of the current word
 };
 
 }  // namespace
 
-std::vector<std::string> complete(Session& session, const std::vector<std::string>& words) {
-    return words.empty() ? Candidates{} : Completer(session, words).run();
-}
-
-int printCompletions(Session& session, const std::vector<std::string>& words) {
-    for (std::size_t i = 0; i + 2 < words.size(); ++i) {
-        if (words[i] == "--board") session.options.board = words[i + 1];
-        if (words[i] == "--state") session.options.state = words[i + 1];
-        if (words[i] == "--programs") session.options.programs = words[i + 1];
-    }
-    for (const std::string& candidate : complete(session, words))
-        std::cout << candidate << '\n';
-    return kDone;
+std::vector<std::string> complete(Session& session, const CommandShape& program,
+                                  const std::vector<std::string>& words) {
+    return words.empty() ? Candidates{} : Completer(session, program, words).run();
 }
 
 }  // namespace quorvel::console

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "console/commandline/Options.h"
+#include "console/session/Options.h"
 
 namespace quorvel::console {
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "console/session/ProgramName.h"
 #include "console/terminal/Table.h"
 
 namespace quorvel::console {
@@ -69,12 +70,6 @@ std::string inFront(bool inShell) {
 }
 
 }  // namespace
-
-std::string programName(bool inShell) {
-    if (inShell) return "";
-    const char* const name = std::getenv("QUORVEL_COMMAND");
-    return name == nullptr || *name == '\0' ? "quorvel-wifi" : name;
-}
 
 std::string programHelp(const CommandShape& program, const Style& style, bool inShell) {
     std::string text;

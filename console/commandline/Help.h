@@ -9,10 +9,6 @@
 
 namespace quorvel::console {
 
-/// Returns what this program is called by the person at the terminal: QUORVEL_COMMAND (a wrapper's own name), else
-/// "quorvel-wifi". In a shell of ours nothing stands in front of a verb.
-[[nodiscard]] std::string programName(bool inShell = false);
-
 /// Returns the help of the whole program: its verbs under their headings and the options that all of them take.
 [[nodiscard]] std::string programHelp(const CommandShape& program, const Style& style, bool inShell);
 

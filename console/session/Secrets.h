@@ -3,7 +3,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <string_view>
 
-#include "console/commandline/Options.h"
+#include "console/session/Options.h"
 
 namespace quorvel::console {
 

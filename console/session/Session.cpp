@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <iostream>
 
-#include "console/commandline/Help.h"
+#include "console/session/ProgramName.h"
 #include "console/terminal/Interrupt.h"
 #include "console/terminal/Progress.h"
 
@@ -35,11 +35,11 @@ void warnOfIdleOptions(const Options& options) {
 Session::~Session() = default;
 
 Style Session::outStyle() const {
-    return {options, STDOUT_FILENO};
+    return {!options.noColor, STDOUT_FILENO};
 }
 
 Style Session::errorStyle() const {
-    return {options, STDERR_FILENO};
+    return {!options.noColor, STDERR_FILENO};
 }
 
 std::string Session::commandFor(const std::string& verb) const {

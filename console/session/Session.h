@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "console/commandline/Options.h"
+#include "console/session/Options.h"
 #include "console/terminal/Style.h"
 #include "gateway/launch/Gateway.h"
 

@@ -37,10 +37,10 @@ const char* sequenceOf(Colour colour) {
 
 }  // namespace
 
-Style::Style(const Options& options, int descriptor)
+Style::Style(bool colours, int descriptor)
     : descriptor_(descriptor),
       terminal_(isatty(descriptor) != 0 && environment("TERM") != "dumb"),
-      coloured_(terminal_ && !options.noColor && environment("NO_COLOR").empty()) {}
+      coloured_(terminal_ && colours && environment("NO_COLOR").empty()) {}
 
 std::size_t Style::columns() const {
     winsize size{};

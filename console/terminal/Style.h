@@ -3,8 +3,6 @@
 #include <string>
 #include <string_view>
 
-#include "console/commandline/Options.h"
-
 namespace quorvel::console {
 
 enum class Colour { kPlain, kName, kGood, kBad, kFaint, kHeading };
@@ -12,8 +10,9 @@ enum class Colour { kPlain, kName, kGood, kBad, kFaint, kHeading };
 /// How text is dressed: colours only on a terminal that wants them.
 class Style {
   public:
-    /// Decides by the options, NO_COLOR, TERM and whether the descriptor is a terminal.
-    Style(const Options& options, int descriptor);
+    /// Dresses text for the terminal at `descriptor`, if it is one and TERM is not "dumb"; in colours if `colours` are
+    /// wanted and NO_COLOR is not set.
+    Style(bool colours, int descriptor);
 
     [[nodiscard]] std::string dress(std::string_view text, Colour colour) const;
     [[nodiscard]] bool onTerminal() const {

@@ -2,7 +2,7 @@
 
 namespace quorvel::console {
 
-std::string bandwidthText(const Json& code) {
+std::string bandwidthText(const nlohmann::ordered_json& code) {
     const int step = code.is_number_integer() ? code.get<int>() : 0;
     return step >= 1 && step <= 4 ? std::to_string(10 << step) : "-";
 }
@@ -13,7 +13,7 @@ std::string bandText(const std::string& code) {
     return code;
 }
 
-std::string megabits(const Json& kilobits) {
+std::string megabits(const nlohmann::ordered_json& kilobits) {
     if (!kilobits.is_number()) return "-";
     const auto tenths = (kilobits.get<std::int64_t>() + 50) / 100;
     return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10);

@@ -2,10 +2,10 @@
 #include <filesystem>
 #include <iostream>
 
-#include "console/Version.h"
-#include "console/commandline/Help.h"
 #include "console/commandline/NearestWord.h"
 #include "console/session/Faults.h"
+#include "console/session/ProgramName.h"
+#include "console/session/Version.h"
 #include "console/terminal/Progress.h"
 #include "console/verbs/Verbs.h"
 

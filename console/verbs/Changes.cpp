@@ -224,15 +224,15 @@ void addChangeVerbs(VerbContext& context) {
     CLI::App* verb = context.add(kDataModelVerbs, "diff", "Compare two outputs of get --json or snapshot --json",
                                  "diff before.json after.json",
                                  [&session, first, second] { return diff(session, *first, *second); });
-    verb->add_option("A", *first, "The file before")->required();
-    verb->add_option("B", *second, "The file after")->required();
+    context.take(verb, ArgumentKind::kFile, "A", *first, "The file before")->required();
+    context.take(verb, ArgumentKind::kFile, "B", *second, "The file after")->required();
 
     auto asked = std::make_shared<Watch>();
     verb = context.add(kDataModelVerbs, "watch", "Show values as they change",
                        "watch Device.WiFi.Radio.1.Stats.\nwatch Device.WiFi.Radio.*.Channel --interval 10\n"
                        "watch Device.WiFi.Radio.1.Stats.BytesSent --count 3",
                        [&session, asked] { return watch(session, *asked); });
-    verb->add_option("PATH", asked->paths, "As for get")->required();
+    context.take(verb, ArgumentKind::kPath, "PATH", asked->paths, "As for get")->required();
     verb->add_option("--interval", asked->interval, "Look every so many seconds (1)")
         ->type_name("S")
         ->check(CLI::Range(1, 3600));
@@ -246,7 +246,7 @@ void addLogVerb(VerbContext& context) {
     CLI::App* const verb =
         context.add(kBoardVerbs, "log", "Show the log of a board that is up, live", "log --level 0\nlog --count 20",
                     [&session, level, count] { return log(session, *level, *count); });
-    verb->add_option("--level", *level, "0 errors, 1 warnings, 2 notices, 3 tracing (2)")
+    context.take(verb, ArgumentKind::kLogLevel, "--level", *level, "0 errors, 1 warnings, 2 notices, 3 tracing (2)")
         ->type_name("LEVEL")
         ->check(CLI::Range(0, 3));
     verb->add_option("--count", *count, "End after so many lines")->type_name("N");

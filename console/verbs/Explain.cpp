@@ -85,7 +85,9 @@ void addExplainVerbs(VerbContext& context) {
         context.add(kDataModelVerbs, "explain", "Tell what a parameter is: type, range, unit and source",
                     "explain Device.WiFi.Radio.2.DcsDwelltime\nexplain Device.WiFi.SSID.",
                     [&session, path] { return explain(session, *path); });
-    verb->add_option("PATH", *path, "e.g. Device.WiFi.Radio.2.DcsDwelltime or Device.WiFi.SSID.")->required();
+    context
+        .take(verb, ArgumentKind::kPath, "PATH", *path, "e.g. Device.WiFi.Radio.2.DcsDwelltime or Device.WiFi.SSID.")
+        ->required();
 }
 
 }  // namespace quorvel::console

@@ -1,7 +1,6 @@
 // help: the verbs, and what one of them takes.
 #include <iostream>
 
-#include "console/commandline/Dispatcher.h"
 #include "console/commandline/Help.h"
 #include "console/commandline/NearestWord.h"
 #include "console/session/Faults.h"
@@ -10,8 +9,7 @@
 namespace quorvel::console {
 namespace {
 
-int help(const Session& session, const std::vector<std::string>& words) {
-    const CommandShape program = commandShape();
+int help(const Session& session, const CommandShape& program, const std::vector<std::string>& words) {
     const CommandShape* shape = &program;
     for (const std::string& word : words) {
         const CommandShape* const inner = shape->verb(word);
@@ -40,10 +38,10 @@ int help(const Session& session, const std::vector<std::string>& words) {
 void addHelpVerb(VerbContext& context) {
     Session& session = context.session;
     auto words = std::make_shared<std::vector<std::string>>();
-    CLI::App* const verb =
-        context.add(kManyVerbs, "help", "Show the verbs, or one verb with examples",
-                    "help\nhelp get\nhelp station join", [&session, words] { return help(session, *words); });
-    verb->add_option("VERB", *words, "A verb, e.g. get or station join");
+    CLI::App* const verb = context.add(
+        kManyVerbs, "help", "Show the verbs, or one verb with examples", "help\nhelp get\nhelp station join",
+        [&session, words, shape = context.shape] { return help(session, shape(), *words); });
+    context.take(verb, ArgumentKind::kVerb, "VERB", *words, "A verb, e.g. get or station join");
 }
 
 }  // namespace quorvel::console

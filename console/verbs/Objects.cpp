@@ -114,14 +114,14 @@ void addObjectVerbs(VerbContext& context) {
         context.add(kDataModelVerbs, "snapshot", "Take one object instance as a whole, as it lies in memory",
                     "snapshot Device.WiFi.SSID.1.\nsnapshot Device.WiFi.Radio.1. --hex",
                     [&session, path, hex] { return snapshot(session, *path, *hex); });
-    verb->add_option("PATH", *path, "e.g. Device.WiFi.SSID.1.")->required();
+    context.take(verb, ArgumentKind::kPath, "PATH", *path, "e.g. Device.WiFi.SSID.1.")->required();
     verb->add_flag("--hex", *hex, "Show the bytes of the object's context");
 
     auto accessPoint = std::make_shared<unsigned>(0);
     verb = context.add(kDataModelVerbs, "security", "Show an access point's security, secrets hidden",
                        "security 1\nsecurity 1 --reveal",
                        [&session, accessPoint] { return security(session, *accessPoint); });
-    verb->add_option("AP", *accessPoint, "Access-point instance")->required();
+    context.take(verb, ArgumentKind::kAccessPoint, "AP", *accessPoint, "Access-point instance")->required();
 }
 
 }  // namespace quorvel::console

@@ -1,8 +1,8 @@
 // overview, demo: the gateway on one screen, and the way from a value to the device and back.
 #include <iostream>
 
-#include "console/commandline/Help.h"
 #include "console/session/Faults.h"
+#include "console/session/ProgramName.h"
 #include "console/terminal/Table.h"
 #include "console/terminal/Units.h"
 #include "console/verbs/Verbs.h"

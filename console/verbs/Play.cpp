@@ -181,12 +181,13 @@ void addPlayVerbs(VerbContext& context) {
     CLI::App* const verb = context.add(kManyVerbs, "play", "Play a scenario on a board of its own; alone: list them",
                                        "play\nplay first-boot\nplay guest-network --seed 7 --junit result.xml",
                                        [&session, wishes] { return play(session, *wishes); });
-    verb->add_option("FILE", wishes->file, "Scenario (JSON), or a shipped one's name");
+    context.take(verb, ArgumentKind::kScenario, "FILE", wishes->file, "Scenario (JSON), or a shipped one's name");
     verb->add_option("--seed", wishes->seed, "Seed of what varies by chance, instead of the scenario's")
         ->type_name("N")
         ->check(CLI::Range(std::int64_t{0}, std::int64_t{4294967295}));
-    verb->add_option("--junit", wishes->junit, "Write the result as JUnit XML")->type_name("FILE");
-    verb->add_option("--events", wishes->events, "Write the event log")->type_name("FILE");
+    context.take(verb, ArgumentKind::kFile, "--junit", wishes->junit, "Write the result as JUnit XML")
+        ->type_name("FILE");
+    context.take(verb, ArgumentKind::kFile, "--events", wishes->events, "Write the event log")->type_name("FILE");
 }
 
 }  // namespace quorvel::console

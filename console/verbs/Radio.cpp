@@ -214,13 +214,13 @@ void addRadioVerbs(VerbContext& context) {
     auto radio = std::make_shared<unsigned>(0);
     CLI::App* verb = context.add(kAirVerbs, "scan", "Look for neighbouring networks", "scan 1\nscan 3 --plain",
                                  [&session, radio] { return scan(session, *radio); });
-    verb->add_option("RADIO", *radio, "Radio instance")->required();
+    context.take(verb, ArgumentKind::kRadio, "RADIO", *radio, "Radio instance")->required();
 
     auto number = std::make_shared<unsigned>(0);
     verb = context.add(kAirVerbs, "channel", "Measure a channel: noise, air time, access points", "channel 1 36",
                        [&session, radio, number] { return channel(session, *radio, *number); });
-    verb->add_option("RADIO", *radio, "Radio instance")->required();
-    verb->add_option("CHANNEL", *number, "Channel number")->required();
+    context.take(verb, ArgumentKind::kRadio, "RADIO", *radio, "Radio instance")->required();
+    context.take(verb, ArgumentKind::kChannel, "CHANNEL", *number, "Channel number")->required();
 }
 
 }  // namespace quorvel::console

@@ -8,7 +8,7 @@
 
 #include "console/commandline/Assignment.h"
 #include "console/commandline/Completion.h"
-#include "console/commandline/Dispatcher.h"
+#include "console/commandline/LineSplitter.h"
 #include "console/session/Secrets.h"
 #include "console/terminal/LineEditor.h"
 #include "console/verbs/Verbs.h"
@@ -16,7 +16,9 @@
 namespace quorvel::console {
 namespace {
 
-int runLine(Session& session, const std::string& line, const std::string& where) {
+using Dispatch = std::function<int(std::vector<std::string>, Session&)>;
+
+int runLine(Session& session, const Dispatch& dispatch, const std::string& line, const std::string& where) {
     std::vector<std::string> words;
     if (!splitLine(line, words)) {
         std::cerr << where << "a quote is left open\n";
@@ -37,13 +39,14 @@ bool holdsSecret(const std::string& line) {
     });
 }
 
-std::vector<std::string> completions(Session& session, const std::string& before, const std::string& word) {
+std::vector<std::string> completions(Session& session, const CommandShape& program, const std::string& before,
+                                     const std::string& word) {
     std::vector<std::string> words;
     // A quote that is still open is the word's own.
     (void)splitLine(before, words);
     const bool first = words.empty();
     words.push_back(word);
-    std::vector<std::string> found = complete(session, words);
+    std::vector<std::string> found = complete(session, program, words);
     // Not for use in here.
     std::erase_if(found, [first](const std::string& verb) {
         return first && (verb == "shell" || verb == "batch" || verb == "up" || verb == "down");
@@ -52,7 +55,7 @@ std::vector<std::string> completions(Session& session, const std::string& before
     return found;
 }
 
-int shell(Session& session) {
+int shell(Session& session, const Dispatch& dispatch, const CommandShape& program) {
     (void)session.gateway();
     session.interactive = isatty(STDIN_FILENO) != 0;
     session.nested = true;
@@ -64,19 +67,19 @@ int shell(Session& session) {
     }
     LineEditor editor(
         stateFolder(session.options) + "/history",
-        [&session](const std::string& before, const std::string& word) { return completions(session, before, word); },
+        [&](const std::string& before, const std::string& word) { return completions(session, program, before, word); },
         [](const std::string& line) { return !holdsSecret(line); });
     int status = kDone;
     for (std::string line; editor.read("wifi> ", line);) {
         if (line == "exit" || line == "quit") break;
-        status = runLine(session, line, "quorvel-wifi: ");
+        status = runLine(session, dispatch, line, "quorvel-wifi: ");
         std::cout << std::flush;
     }
     return status;
 }
 
 // Goes on past a command that fails; the status is the worst.
-int batch(Session& session, const std::string& name) {
+int batch(Session& session, const Dispatch& dispatch, const std::string& name) {
     std::ifstream file;
     session.nested = true;
     session.inputIsCommands = name == "-";
@@ -90,7 +93,7 @@ int batch(Session& session, const std::string& name) {
     unsigned number = 0;
     for (std::string line; std::getline(in, line);) {
         const std::string where = "quorvel-wifi: " + name + ":" + std::to_string(++number) + ": ";
-        const int outcome = runLine(session, line, where);
+        const int outcome = runLine(session, dispatch, line, where);
         std::cout << std::flush;
         if (outcome != kDone) std::cerr << where << "exit status " << outcome << '\n';
         status = std::max(status, outcome);
@@ -102,12 +105,14 @@ int batch(Session& session, const std::string& name) {
 
 void addShellVerbs(VerbContext& context) {
     Session& session = context.session;
-    (void)context.add(kManyVerbs, "shell", "Type commands, with history and completion",
-                      "shell\nshell --board dual-band", [&session] { return shell(session); });
+    (void)context.add(
+        kManyVerbs, "shell", "Type commands, with history and completion", "shell\nshell --board dual-band",
+        [&session, dispatch = context.dispatch, shape = context.shape] { return shell(session, dispatch, shape()); });
     auto file = std::make_shared<std::string>();
-    CLI::App* const verb = context.add(kManyVerbs, "batch", "Run the commands of a file, one per line",
-                                       "batch commands.txt", [&session, file] { return batch(session, *file); });
-    verb->add_option("FILE", *file, "A file, or - for standard input")->required();
+    CLI::App* const verb =
+        context.add(kManyVerbs, "batch", "Run the commands of a file, one per line", "batch commands.txt",
+                    [&session, file, dispatch = context.dispatch] { return batch(session, dispatch, *file); });
+    context.take(verb, ArgumentKind::kFile, "FILE", *file, "A file, or - for standard input")->required();
 }
 
 }  // namespace quorvel::console

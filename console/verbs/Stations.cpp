@@ -340,14 +340,15 @@ void addStationVerb(VerbContext& context) {
     auto push = std::make_shared<bool>(false);
     CLI::App* const join = verb->add_subcommand("join", "A station associates");
     join->fallthrough();
-    join->add_option("MAC", *mac, "e.g. 02:00:00:00:00:77")->required();
-    join->add_option("AP", *accessPoint, "Access-point instance; needed for a new station");
+    context.take(join, ArgumentKind::kMac, "MAC", *mac, "e.g. 02:00:00:00:00:77")->required();
+    context.take(join, ArgumentKind::kAccessPoint, "AP", *accessPoint,
+                 "Access-point instance; needed for a new station");
     join->add_option("--rssi", *rssi, "Signal strength, dBm")->type_name("DBM")->check(CLI::Range(-120, -1));
     join->add_option("--wps-pin", *pin, "It knows no passphrase and waits for WPS with this PIN")->type_name("PIN");
     join->add_flag("--wps-push", *push, "It knows no passphrase and waits for the WPS button");
     CLI::App* const leave = verb->add_subcommand("leave", "A station goes away");
     leave->fallthrough();
-    leave->add_option("MAC", *mac, "The station")->required();
+    context.take(leave, ArgumentKind::kMac, "MAC", *mac, "The station")->required();
     CLI::App* const list = verb->add_subcommand("list", "All simulated stations, also those that are not let in");
     list->fallthrough();
     verb->callback([=, &session] {
@@ -390,8 +391,8 @@ void addWpsVerb(VerbContext& context) {
                                            }
                                            return wps(session, *asked);
                                        });
-    verb->add_option("AP", asked->accessPoint, "Access-point instance")->required();
-    verb->add_option("ACTION", asked->action, "push, pin or cancel")
+    context.take(verb, ArgumentKind::kAccessPoint, "AP", asked->accessPoint, "Access-point instance")->required();
+    context.take(verb, ArgumentKind::kWpsAction, "ACTION", asked->action, "push, pin or cancel")
         ->required()
         ->check(oneOf({"push", "pin", "cancel"}));
     verb->add_option("PIN", asked->pin, "The station's PIN, 4 or 8 digits");
@@ -405,7 +406,8 @@ void addStationVerbs(VerbContext& context) {
     auto accessPoint = std::make_shared<unsigned>(0);
     CLI::App* verb = context.add(kAirVerbs, "stations", "List the associated stations", "stations\nstations 1",
                                  [&session, accessPoint] { return stations(session, *accessPoint); });
-    verb->add_option("AP", *accessPoint, "Access-point instance; all when left out")->check(positive());
+    context.take(verb, ArgumentKind::kAccessPoint, "AP", *accessPoint, "Access-point instance; all when left out")
+        ->check(positive());
 
     addStationVerb(context);
     addSimulateVerb(context);

@@ -108,7 +108,9 @@ void addStatisticsVerbs(VerbContext& context) {
                                            if (*watch) session.options.realTime = true;
                                            return statistics(session, *path, *watch);
                                        });
-    verb->add_option("RADIO|PATH", *path, "A radio instance, ssid.N, or a path such as Device.WiFi.SSID.1.")
+    context
+        .take(verb, ArgumentKind::kRadioOrPath, "RADIO|PATH", *path,
+              "A radio instance, ssid.N, or a path such as Device.WiFi.SSID.1.")
         ->required();
     verb->add_flag("--watch", *watch, "Once a second until interrupted");
 }

@@ -154,7 +154,8 @@ void addValueVerbs(VerbContext& context) {
         "get Device.WiFi.Radio.2.Channel\nget Device.WiFi.Radio.*.Status\nget Device.WiFi.SSID.1. --max-depth 1\n"
         "get 'Device.WiFi.SSID.[Enable==true].SSID'\nget Device.WiFi.AccessPoint.2.SSIDReference+.SSID",
         [&session, paths, maxDepth, strict] { return get(session, *paths, *maxDepth, *strict); });
-    verb->add_option("PATH", *paths, "A parameter, or an object with a dot behind it")->required();
+    context.take(verb, ArgumentKind::kPath, "PATH", *paths, "A parameter, or an object with a dot behind it")
+        ->required();
     verb->add_option("--max-depth", *maxDepth, "Of partial paths, so many levels of objects; 1: the object's own")
         ->type_name("N")
         ->check(positive());
@@ -167,7 +168,9 @@ void addValueVerbs(VerbContext& context) {
                        "set Device.WiFi.Radio.2.Channel=44 Device.WiFi.Radio.1.Channel=40\n"
                        "set Device.WiFi.AccessPoint.1.Security.KeyPassphrase=@passphrase.txt",
                        [&session, assignments, save] { return set(session, *assignments, *save); });
-    verb->add_option("PATH=VALUE", *assignments, "VALUE @FILE reads a file, - standard input, @@TEXT is @TEXT")
+    context
+        .take(verb, ArgumentKind::kAssignment, "PATH=VALUE", *assignments,
+              "VALUE @FILE reads a file, - standard input, @@TEXT is @TEXT")
         ->required();
     verb->add_flag("--save", *save, "Make it survive a power cycle");
 
@@ -175,7 +178,7 @@ void addValueVerbs(VerbContext& context) {
     verb = context.add(kDataModelVerbs, "instances", "List the object instances at and below a path",
                        "instances Device.WiFi.Radio.\ninstances Device.WiFi.AccessPoint.1.",
                        [&session, object] { return instances(session, *object); });
-    verb->add_option("PATH", *object, "e.g. Device.WiFi.AccessPoint.");
+    context.take(verb, ArgumentKind::kPath, "PATH", *object, "e.g. Device.WiFi.AccessPoint.");
 
     auto below = std::make_shared<std::string>("Device.");
     verb = context.add(kDataModelVerbs, "dump", "List what the plug-in's exported table has",
@@ -183,7 +186,7 @@ void addValueVerbs(VerbContext& context) {
     verb->require_subcommand(1);
     CLI::App* const dataModel = verb->add_subcommand("datamodel", "Path, type and access of every parameter");
     dataModel->fallthrough();
-    dataModel->add_option("PATH", *below, "e.g. Device.WiFi.Radio.");
+    context.take(dataModel, ArgumentKind::kPath, "PATH", *below, "e.g. Device.WiFi.Radio.");
     int* const status = &context.status;
     // The outer verb's callback runs behind this one and would overwrite the status.
     verb->callback([&session, below, status] { *status = dumpDataModel(session, *below); });

@@ -16,6 +16,9 @@ struct VerbContext {
     CLI::App& app;
     Session& session;
     int& status;
+    ArgumentKinds& kinds;
+    std::function<int(std::vector<std::string>, Session&)> dispatch;  ///< runs a command in a session
+    std::function<CommandShape()> shape;                              ///< returns the shape of the whole command line
 
     /// Adds a verb under a heading of the help; its work is `run`. The examples are what stands behind the program's
     /// name, one per line.
@@ -28,6 +31,14 @@ struct VerbContext {
         int* const to = &status;
         verb->callback([run, to] { *to = run(); });
         return verb;
+    }
+
+    /// Adds an argument, or an option with a value, of a kind that completion knows.
+    template <typename Value>
+    CLI::Option* take(CLI::App* verb, ArgumentKind kind, const char* name, Value& value, const char* description) {
+        CLI::Option* const option = verb->add_option(name, value, description);
+        kinds[option] = kind;
+        return option;
     }
 };
 

@@ -1,27 +1,37 @@
-#include "console/commandline/Dispatcher.h"
+#include "console/Dispatcher.h"
 
 #include <algorithm>
 #include <iostream>
 
-#include "console/Version.h"
+#include "console/commandline/CommandShape.h"
+#include "console/commandline/Completion.h"
 #include "console/commandline/Help.h"
 #include "console/commandline/NearestWord.h"
 #include "console/session/Faults.h"
+#include "console/session/ProgramName.h"
+#include "console/session/Version.h"
 #include "console/terminal/Interrupt.h"
 #include "console/verbs/Verbs.h"
 
 namespace quorvel::console {
 namespace {
 
-void addOptions(CLI::App& app, Options& options) {
-    app.add_option("--board", options.board, "Board: a shipped one's name, or a JSON file")->type_name("NAME|FILE");
-    app.add_option("--state", options.state, "State folder, what survives a power cycle")->type_name("DIR");
-    app.add_option("--plugin", options.plugin, "Plug-in library to load instead of the built one")->type_name("FILE");
-    app.add_option("--configuration", options.configuration, "Host configuration (INI)")->type_name("FILE");
-    app.add_option("--log-level", options.logLevel, "Show the plug-in's log: 0 errors to 3 tracing")
+void addOptions(CLI::App& app, Options& options, ArgumentKinds& kinds) {
+    const auto add = [&](ArgumentKind kind, const char* name, auto& value, const char* description) {
+        CLI::Option* const option = app.add_option(name, value, description);
+        kinds[option] = kind;
+        return option;
+    };
+    add(ArgumentKind::kBoard, "--board", options.board, "Board: a shipped one's name, or a JSON file")
+        ->type_name("NAME|FILE");
+    add(ArgumentKind::kFolder, "--state", options.state, "State folder, what survives a power cycle")->type_name("DIR");
+    add(ArgumentKind::kFile, "--plugin", options.plugin, "Plug-in library to load instead of the built one")
+        ->type_name("FILE");
+    add(ArgumentKind::kFile, "--configuration", options.configuration, "Host configuration (INI)")->type_name("FILE");
+    add(ArgumentKind::kLogLevel, "--log-level", options.logLevel, "Show the plug-in's log: 0 errors to 3 tracing")
         ->type_name("LEVEL")
         ->check(CLI::Range(0, 3));
-    app.add_option("--log-file", options.logFile, "Append the log to a file instead of standard error")
+    add(ArgumentKind::kFile, "--log-file", options.logFile, "Append the log to a file instead of standard error")
         ->type_name("FILE");
     CLI::Option* const json = app.add_flag("--json", options.json, "Print JSON");
     app.add_flag("--plain", options.plain, "Print one record per line, tab-separated")->excludes(json);
@@ -29,33 +39,58 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_flag("--no-sandbox", options.noSandbox, "Run the board without namespaces");
     app.add_flag("--real-time", options.realTime, "Wait as the device waits; no running ahead in time");
     app.add_flag("--reveal", options.reveal, "Show passphrases, keys and PINs");
-    app.add_option("--programs", options.programs, "Folder with the board's bin/, lib/ and boards/")->type_name("DIR");
-    app.add_option("--emulator", options.emulator, "Command that runs programs built for another processor")
+    add(ArgumentKind::kFolder, "--programs", options.programs, "Folder with the board's bin/, lib/ and boards/")
+        ->type_name("DIR");
+    add(ArgumentKind::kOther, "--emulator", options.emulator, "Command that runs programs built for another processor")
         ->envname("QUORVEL_EMULATOR")
         ->type_name("COMMAND");
 }
 
-void build(CLI::App& app, Session& session, int& status) {
-    app.require_subcommand(1);
-    app.set_help_flag("-h,--help", "Show the verbs, or what a verb takes");
-    app.set_version_flag("--version", std::string("quorvel-wifi ") + kVersion, "Tell the version");
-    addOptions(app, session.options);
-    VerbContext context{app, session, status};
-    addValueVerbs(context);
-    addExplainVerbs(context);
-    addObjectVerbs(context);
-    addChangeVerbs(context);
-    addRadioVerbs(context);
-    addStatisticsVerbs(context);
-    addStationVerbs(context);
-    addOverviewVerbs(context);
-    addBoardVerbs(context);
-    addLogVerb(context);
-    addPlayVerbs(context);
-    addSelftestVerb(context);
-    addShellVerbs(context);
-    addHelpVerb(context);
-}
+// A command line: its verbs and options, and the kinds of their arguments.
+class CommandLine {
+  public:
+    explicit CommandLine(Session& session)
+        : app_("A simulated Wi-Fi gateway with the real plug-in on it, and its data model on the command line.",
+               "quorvel-wifi") {
+        app_.require_subcommand(1);
+        app_.set_help_flag("-h,--help", "Show the verbs, or what a verb takes");
+        app_.set_version_flag("--version", std::string("quorvel-wifi ") + kVersion, "Tell the version");
+        addOptions(app_, session.options, kinds_);
+        VerbContext context{app_, session, status_, kinds_, dispatch, [this] { return shape(); }};
+        addValueVerbs(context);
+        addExplainVerbs(context);
+        addObjectVerbs(context);
+        addChangeVerbs(context);
+        addRadioVerbs(context);
+        addStatisticsVerbs(context);
+        addStationVerbs(context);
+        addOverviewVerbs(context);
+        addBoardVerbs(context);
+        addLogVerb(context);
+        addPlayVerbs(context);
+        addSelftestVerb(context);
+        addShellVerbs(context);
+        addHelpVerb(context);
+    }
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+
+    [[nodiscard]] CLI::App& app() {
+        return app_;
+    }
+    [[nodiscard]] CommandShape shape() const {
+        return shapeOf(app_, kinds_);
+    }
+    /// The exit status of the verb that has run.
+    [[nodiscard]] int status() const {
+        return status_;
+    }
+
+  private:
+    CLI::App app_;
+    ArgumentKinds kinds_;
+    int status_ = kDone;
+};
 
 // The verb, and the verb's verb, that a command line has come to.
 std::vector<std::string> verbsOf(const CLI::App& app) {
@@ -68,8 +103,7 @@ std::vector<std::string> verbsOf(const CLI::App& app) {
 }
 
 // Says what is wrong with a command line in the words of this program.
-std::string complaint(const CLI::App& app, const CLI::ParseError& error) {
-    const CommandShape program = shapeOf(app);
+std::string complaint(const CommandShape& program, const CLI::App& app, const CLI::ParseError& error) {
     const CommandShape* verb = &program;
     std::vector<std::string> options = program.optionNames();
     for (const std::string& name : verbsOf(app)) {
@@ -101,10 +135,10 @@ std::string complaint(const CLI::App& app, const CLI::ParseError& error) {
     return text;
 }
 
-int explain(const CLI::App& app, const CLI::ParseError& error, const Session& session, bool json) {
+int explain(const CommandShape& program, const CLI::App& app, const CLI::ParseError& error, const Session& session,
+            bool json) {
     const std::vector<std::string> verbs = verbsOf(app);
     if (error.get_name() == "CallForHelp" || error.get_name() == "CallForAllHelp") {
-        const CommandShape program = shapeOf(app);
         std::cout << (verbs.empty() ? programHelp(program, session.outStyle(), session.interactive)
                                     : verbHelp(program, verbs, session.outStyle(), session.interactive));
         return kDone;
@@ -115,10 +149,10 @@ int explain(const CLI::App& app, const CLI::ParseError& error, const Session& se
     }
     if (verbs.empty() && app.remaining(true).empty() && error.get_name() == "RequiredError") {
         if (json) std::cout << Json{{"error", "a verb is missing"}}.dump(2) << '\n';
-        std::cerr << programHelp(shapeOf(app), session.errorStyle(), session.interactive);
+        std::cerr << programHelp(program, session.errorStyle(), session.interactive);
         return kWrongUsage;
     }
-    const std::string text = complaint(app, error);
+    const std::string text = complaint(program, app, error);
     std::cerr << "quorvel-wifi: " << text << '\n';
     const std::string verb = verbs.empty() || verbs.front() == "help" ? "" : " " + verbs.front();
     std::cerr << "Try: " << (session.interactive ? "help" : programName() + " help") << verb << '\n';
@@ -152,10 +186,9 @@ void refuseWhatCannotBeNested(const CLI::App& app, const Session& session, const
 
 int dispatch(std::vector<std::string> words, Session& session) {
     const Options before = session.options;
+    CommandLine line(session);
+    CLI::App& app = line.app();
     int status = kDone;
-    CLI::App app("A simulated Wi-Fi gateway with the real plug-in on it, and its data model on the command line.",
-                 "quorvel-wifi");
-    build(app, session, status);
     app.parse_complete_callback([&] { refuseWhatCannotBeNested(app, session, before); });
     // Also when the words make no sense.
     const bool json = session.options.json || std::find(words.begin(), words.end(), "--json") != words.end();
@@ -168,8 +201,9 @@ int dispatch(std::vector<std::string> words, Session& session) {
     try {
         std::vector<std::string> reversed(words.rbegin(), words.rend());
         app.parse(reversed);
+        status = line.status();
     } catch (const CLI::ParseError& error) {
-        status = explain(app, error, session, json);
+        status = explain(line.shape(), app, error, session, json);
     } catch (const Interrupted&) {
         std::cout << std::flush;
         if (!session.interactive) Interrupt::endProgram();
@@ -182,47 +216,15 @@ int dispatch(std::vector<std::string> words, Session& session) {
     return status;
 }
 
-bool splitLine(const std::string& line, std::vector<std::string>& words) {
-    std::string word;
-    bool inWord = false;
-    char quote = '\0';
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        const char c = line[i];
-        if (quote != '\0') {
-            if (c == quote) {
-                quote = '\0';
-            } else if (c == '\\' && quote == '"' && i + 1 < line.size()) {
-                word += line[++i];
-            } else {
-                word += c;
-            }
-        } else if (c == '\'' || c == '"') {
-            quote = c;
-            inWord = true;
-        } else if (c == '\\' && i + 1 < line.size()) {
-            word += line[++i];
-            inWord = true;
-        } else if (c == ' ' || c == '\t' || c == '\r') {
-            if (inWord) words.push_back(word);
-            word.clear();
-            inWord = false;
-        } else if (c == '#' && !inWord) {
-            break;
-        } else {
-            word += c;
-            inWord = true;
-        }
+int printCompletions(const std::vector<std::string>& words, Session& session) {
+    for (std::size_t i = 0; i + 2 < words.size(); ++i) {
+        if (words[i] == "--board") session.options.board = words[i + 1];
+        if (words[i] == "--state") session.options.state = words[i + 1];
+        if (words[i] == "--programs") session.options.programs = words[i + 1];
     }
-    if (inWord) words.push_back(word);
-    return quote == '\0';
-}
-
-CommandShape commandShape() {
-    Session session{Options{}};
-    int status = kDone;
-    CLI::App app;
-    build(app, session, status);
-    return shapeOf(app);
+    for (const std::string& candidate : complete(session, CommandLine(session).shape(), words))
+        std::cout << candidate << '\n';
+    return kDone;
 }
 
 }  // namespace quorvel::console
