@@ -54,7 +54,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
     run.platform.setVariableEverywhere("dcsDwelltime", std::to_string(input.byte()));
     const std::uint32_t room = input.byte() % 33;
-    // The count stands behind all neighbours; here it comes first, so that a short input has some.
+    // In the record the count follows all neighbours; in the input it comes first, so that a short input has some.
     const std::string count = input.bytes(4);
     std::string neighbours = input.bytes(kCount);
     neighbours.resize(kMetricsSize, '\0');
@@ -64,7 +64,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     run.platform.setRecord("wlcsm_mngr_channelstats", rest.substr(0, 80));
     run.platform.setRecord("wlcsm_mngr_getRadioChannelStats2", rest.substr(0, room));
 
-    // What gets it needs no more than the record's room, however long it says it is.
+    // The reader needs no more room than the record has, whatever the count.
     ExactBuffer metrics(kMetricsSize);
     require(WiFiRadioDcsChannelMetricsGet(1, metrics.get(), kTextMinimum) == 0, "any record can be read");
     require(std::string(metrics.get(), kMetricsSize) == sorted(neighbours), "the strongest neighbours come first");

@@ -3,7 +3,7 @@
 
 #include "fuzz/ScriptedRun.h"
 #include "tests/wifi/DataModel.h"
-#include "tests/wifi/WillingWorld.h"
+#include "tests/wifi/AllReadsSucceed.h"
 #include "wifi/QuorvelWiFiExports.h"
 
 // An object context with arbitrary fields and marks, as a host that filled it by itself might hand it over.
@@ -47,7 +47,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string marks = input.bytes(kMarkBytes);
     const std::string fields = input.rest();
     quorvel::fuzz::ScriptedRun run;
-    quorvel::scripted::makeWilling(run.platform);
+    quorvel::scripted::letAllReadsSucceed(run.platform);
     ExactBuffer context(object.contextSize);
     require(object.initContext(context.get()) == 0, "the context is initialised");
     for (std::uint32_t node = 0; node < 8 * marks.size(); ++node) {

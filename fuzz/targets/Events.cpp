@@ -62,7 +62,7 @@ void* listen(void* callback) {
     return qvl_thread_main_loop(callback);
 }
 
-// The listener tells what it does on standard output; nobody reads that here.
+// Discards the listener's lines on standard output.
 bool silence() {
     return std::freopen("/dev/null", "w", stdout) != nullptr;
 }

@@ -50,7 +50,7 @@ void readGeneric(const Mapping& mapping, std::uint32_t length) {
 }
 
 void readParameter(const Parameter& parameter) {
-    // The walk over stations is bounded by their number, which a text of the manager tells.
+    // The manager's text bounds the walk over stations.
     if (parameter.getter == nullptr || parameter.access == quorvel::datamodel::Access::Station ||
         parameter.stem == std::string("WiFiAccessPointAssociatedDeviceMacList")) {
         return;

@@ -7,7 +7,7 @@
 #include "fuzz/ScriptedRun.h"
 #include "wifi/QuorvelWiFiExports.h"
 
-// What start-up is told: the board's identifier, the listing of the PCI bus, and the configured drivers and daemon. A
+// The inputs of start-up: the board's identifier, the listing of the PCI bus, and the configured drivers and daemon. A
 // newline ends each but the listing.
 
 namespace {
@@ -27,7 +27,7 @@ std::string line(Input& input) {
     return text;
 }
 
-// Start-up tells its progress on standard error, where a fuzzer's report belongs.
+// Discards start-up's progress lines, which would mix with the fuzzer's report on standard error.
 std::uint32_t startSilently(std::FILE* nowhere) {
     std::FILE* const kept = stderr;
     stderr = nowhere;

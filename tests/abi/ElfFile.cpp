@@ -54,7 +54,7 @@ struct Words64 {
 
 }  // namespace
 
-// A field of the record that stands at an offset of the file.
+// A field of the record at an offset of the file.
 #define FIELD(at, Record, field) read((at) + offsetof(Record, field), sizeof(Record::field))
 
 template <typename Words>

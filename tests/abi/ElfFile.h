@@ -65,7 +65,7 @@ class ElfFile {
     [[nodiscard]] const Segment* segment(std::uint32_t type) const;
     [[nodiscard]] const Symbol& symbol(const std::string& name) const;
 
-    // The machine word at an address, as it stands once the library is loaded at address 0.
+    // The machine word at an address once the library is loaded at address 0.
     [[nodiscard]] std::uint64_t word(std::uint64_t address) const;
     [[nodiscard]] std::uint32_t word32(std::uint64_t address) const;
     [[nodiscard]] std::string text(std::uint64_t address) const;

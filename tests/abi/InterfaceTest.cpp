@@ -79,7 +79,7 @@ std::string functionAt(std::uint64_t address) {
     return found == names.end() ? "address " + std::to_string(address) : found->second;
 }
 
-// What stands in the words of an entry behind its texts and type, as text; words of 0 are left out.
+// The words of an entry behind its texts and type, as text, without the words that are 0.
 std::map<unsigned, std::string> expectedWords(const Parameter& parameter) {
     const Object& object = parameter.object;
     std::map<unsigned, std::string> words;

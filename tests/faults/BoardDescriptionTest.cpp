@@ -10,7 +10,7 @@ namespace {
 
 using quorvel::description::Error;
 
-// Every value stands on a line of its own; `@` is where the wrong one goes.
+// Each value has a line of its own; the wrong one replaces `@`.
 struct Level {
     const char* name;
     const char* before;
@@ -53,7 +53,7 @@ TEST_P(WrongBoard, IsNamedByFileLineAndExpectation) {
     EXPECT_EQ(message.rfind("board.json:2:", 0), 0U) << message;
     EXPECT_NE(message.find(std::string(": ") + level.pointer + ": "), std::string::npos) << message;
     EXPECT_NE(message.find("expected "), std::string::npos) << message;
-    // With a good value in its place there is nothing to say.
+    // A good value in its place is accepted.
     EXPECT_EQ(messageFor(before + level.good + level.after), "");
 }
 

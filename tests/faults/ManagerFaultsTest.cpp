@@ -1,5 +1,5 @@
 // The WLAN manager killed, stopped, silent or talking nonsense, in the middle of what a person does on the console.
-// Every command ends by itself and says what is the matter.
+// Every command ends by itself and names the failure.
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
@@ -49,33 +49,33 @@ struct Work {
     const char* at;
 };
 
-class ManagerFaultAmidst : public ManagerFault, public testing::WithParamInterface<Work> {
+class ManagerFaultPoint : public ManagerFault, public testing::WithParamInterface<Work> {
   protected:
     // The manager has taken the request, and done half of it, by then.
-    void makeAmidst(const std::string& fault) const {
+    void faultAt(const std::string& fault) const {
         make("\"fault\":\"" + fault + "\",\"at\":\"" + GetParam().at + "\"");
     }
 };
 
-TEST_P(ManagerFaultAmidst, ItsDeathIsTold) {
-    makeAmidst("die");
+TEST_P(ManagerFaultPoint, ItsDeathIsReported) {
+    faultAt("die");
     failsAndNamesTheManager(console_.run(GetParam().words));
     EXPECT_EQ(managerOf(console_.state()), 0);
 }
 
-TEST_P(ManagerFaultAmidst, ItsStoppingIsTold) {
-    makeAmidst("stop");
+TEST_P(ManagerFaultPoint, ItsStopIsReported) {
+    faultAt("stop");
     failsAndNamesTheManager(console_.run(GetParam().words));
     EXPECT_EQ(stateOf(manager_), 'T');
 }
 
-TEST_P(ManagerFaultAmidst, ItsSilenceIsTold) {
+TEST_P(ManagerFaultPoint, ItsSilenceIsReported) {
     make(R"("fault":"hang","seconds":60)");
     failsAndNamesTheManager(console_.run(GetParam().words));
     EXPECT_EQ(managerOf(console_.state()), manager_);
 }
 
-INSTANTIATE_TEST_SUITE_P(Commands, ManagerFaultAmidst,
+INSTANTIATE_TEST_SUITE_P(Commands, ManagerFaultPoint,
                          testing::Values(Work{"Read", {"get", kChannel}, "read"},
                                          Work{"Write", {"set", kAlias + "=attic"}, "write"},
                                          Work{"Scan", {"scan", "1"}, "scan"},

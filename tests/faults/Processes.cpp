@@ -13,7 +13,7 @@ std::string content(const std::string& process, const char* file) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// Behind the name, which stands in parentheses, come the state and the parent.
+// The state and the parent follow the name in parentheses.
 std::string behindName(const std::string& process) {
     const std::string stat = content(process, "stat");
     const std::size_t name = stat.rfind(") ");

@@ -4,7 +4,7 @@
 
 #include <string>
 
-// Finds processes of a board by what /proc tells from outside of it.
+// Finds processes of a board through /proc, from outside the board.
 namespace quorvel::faults_test {
 
 // Returns the WLAN manager of the board whose state folder is `state`, or 0 when it runs none.

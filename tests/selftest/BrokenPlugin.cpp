@@ -12,7 +12,7 @@ void lockOnce() {
     (void)QuorvelOsMutexLock(mutex);
 }
 
-// Where the statuses below stand in a radio's context, and where the system keeps nothing.
+// Offsets of two fields in a radio's context.
 constexpr std::size_t kEnable = 132;
 constexpr std::size_t kAlias = 165;
 

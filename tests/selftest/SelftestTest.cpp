@@ -1,4 +1,4 @@
-// The conformance check passes what conforms, and says of what does not where it departs.
+// The conformance check passes a conforming library and names each departure of another.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -70,7 +70,7 @@ class Patched {
     void putWord(std::size_t entry, std::size_t word, std::uint32_t value) const {
         put("gQuorvelWiFiDataModelTable", (entry * 72 + word) * elf::ElfFile(file_).wordSize(), value);
     }
-    // Replaces the first place where `text` stands with its terminator.
+    // Replaces the first occurrence of `text` and its terminator.
     void rename(const std::string& text, const std::string& other) const {
         std::ifstream in(file_, std::ios::binary);
         const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());

@@ -25,7 +25,7 @@ constexpr char kUnread[] = "wlcsm_mngr_get: radio[%0], ssid[%1], varName[%2] FAI
 constexpr char kUnwritten[] = "wlcsm_mngr_set: radio[%0], ssid[%1], varName[%2] value[%3] FAIL.";
 constexpr char kUnmapped[] = " No direct wlmgnr mapping for node[%1].";
 
-// The first that fits holds. What a front end adds ("Impl call failed", "Get failed") is not said here.
+// The first matching rule holds. The rules leave out the lines that a front end adds ("Impl call failed", "Get failed").
 const std::vector<Rule>& rules() {
     static const std::vector<Rule> all = {
         // --- The lock
@@ -56,7 +56,7 @@ const std::vector<Rule>& rules() {
          kAsEver},
         {"*", "QuorvelOsCreateMutex", "", {"Lock failed, result 77"}, kHostsCode, kUntouched},
         {"*", "QuorvelOsMutexLock", "", {"Lock failed, result 77"}, kHostsCode, kUntouched},
-        // The work has been done by then.
+        // The implementation has finished by then.
         {"*", "QuorvelOsMutexUnlock", "", {"Unlock failed, result 77"}, kHostsCode, kAsEver},
 
         // --- Contexts
@@ -65,7 +65,7 @@ const std::vector<Rule>& rules() {
         {"*", "Quorvel_IsContextInit", "", {"Uninit context"}, kUninitialised, kUntouched},
         {"*", "Quorvel_ContextSetMap", "", {}, kGoesOn, kAsEver},
         {"*", "Quorvel_ContextZeroSetMap", "", {}, kGoesOn, kAsEver},
-        // What stays marked meets the bridge, which knows no variable for these nodes.
+        // The bridge finds these nodes still marked and has no variable for them.
         {"WiFiRadioApplyContext", "Quorvel_ContextClearMap", "ctx, 44", {kUnmapped}, kGoesOn, kAsEver},
         {"WiFiRadioApplyContext", "Quorvel_ContextClearMap", "ctx, 53", {kUnmapped}, kGoesOn, kAsEver},
         {"WiFiRadioApplyContext", "Quorvel_ContextClearMap", "ctx, 54", {kUnmapped}, kGoesOn, kAsEver},
@@ -113,7 +113,7 @@ const std::vector<Rule>& rules() {
          kFailed,
          kUntouched},
         {"WiFiRadioAutoChannelSelectionPreferenceListGet", "wlcsm_mngr_get", "", {}, kGoesOn, kValue, ""},
-        // Without a PHY type the other protection is asked for, which says the same here.
+        // Without a PHY type the getter reads the other protection, which has the same value here.
         {"WiFiRadioCtsProtectionEnableGet", "wlcsm_mngr_get", "wlPhyType", {}, kGoesOn, kAsEver},
         {"WiFiRadioCtsProtectionEnableGet",
          "wlcsm_mngr_get",
@@ -247,7 +247,7 @@ const std::vector<Rule>& rules() {
          kFailed,
          kUntouched},
         {"WiFiRadioStats*Get", "popen", "", {"popen [%0] fail"}, kFailed, kUntouched},
-        // The radio's counters name the SSIDs' function too: meant.
+        // Quirk: the radio's counters log the name of the SSIDs' function.
         {"WiFi*Stats*Get", "fopen", "", {"Quorvel_P_WiFiSSIDStatsGet fopen() fail !!"}, kFailed, kUntouched},
 
         // --- Access points
@@ -478,7 +478,7 @@ const std::vector<Rule>& rules() {
          {"could not spawn child %0"},
          kHostsCode,
          kAsEver},
-        // Ending the manager by its default is not told, unlike starting it: meant.
+        // Quirk: terminating the default daemon logs nothing, unlike launching it.
         {"*", "QuorvelUtilGetSpawnInfoFromCfg", "", {}, kGoesOn, kAsEver},
         {"Quorvel_P_WiFiTerminateWldaemon", "QuorvelOsTerminateProcess", "", {}, kHostsCode, kAsEver},
         {"WiFiUnInit",
@@ -541,7 +541,7 @@ std::string filled(const std::string& line, const Call& call) {
     return text;
 }
 
-// A line of the trace that tells where a function begins, or that it is done.
+// A trace line at the beginning or at the end of a function.
 std::string functionOf(const LogLine& line, std::string_view word) {
     constexpr std::uint32_t kTrace = 3;
     return line.level == kTrace && endsWith(line.text, word) ? line.text.substr(0, line.text.size() - word.size()) : "";
@@ -561,7 +561,7 @@ std::vector<std::string> functionsAt(const std::vector<LogLine>& logs, std::uint
             }
             working.push_back(begun);
         } else if (const std::string done = functionOf(line, " DONE"); !working.empty() && done == working.back()) {
-            // An initialisation says so before it asks the host.
+            // InitContext logs "DONE" before it calls the host.
             if (!endsWith(done, "InitContext")) {
                 working.pop_back();
             }
@@ -597,7 +597,7 @@ void addFrontEnds(const Failure& failure, std::vector<std::string>& lines) {
     if (failure.caller.empty()) {
         return;
     }
-    // The filter table's snapshot has other words for it: meant.
+    // Quirk: the snapshot of the filter table has a failure message of its own.
     const bool other = failure.caller == "WiFiAccessPointAccessPointControlFilterTableInstanceGet";
     lines.push_back((other ? "Impl call failed, result " : "Get failed, result ") + code);
 }
@@ -664,7 +664,7 @@ Expectation expect(const std::string& scenario, const Run& success, const Run& r
             failure.function = working.back();
             failure.caller = working.size() > 1 ? working.front() : "";
         }
-        // The filter table's snapshot does not say that it begins: meant.
+        // Quirk: the snapshot of the filter table logs no "Enter".
         if (failure.caller.empty() && endsWith(scenario, "TableInstanceGet") && failure.function != scenario) {
             failure.caller = scenario;
         }
@@ -732,7 +732,7 @@ std::string wrongInTrace(const Expectation& expectation, const Run& run) {
     }
     const Failure* fatal = expectation.aftermath.fatal();
     for (const auto& [function, count] : undone) {
-        // These two say so whatever comes of it: meant.
+        // Quirk: these two log "DONE" whatever the result.
         const bool always = endsWith(function, "InitContext") || function == "WiFiCommitSettingsSet";
         const bool fails = fatal != nullptr && (function == fatal->function || function == fatal->caller);
         if (count != (fails && !always ? 1 : 0)) {

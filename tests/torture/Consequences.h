@@ -7,8 +7,8 @@
 
 #include "tests/wifi/platform/ScriptedPlatform.h"
 
-// What must come of a platform call's failure: the result, the log and the output, for every function of the library
-// and every call that it makes. Written out apart from the library, in the words of its interface.
+// The required consequences of a failed platform call: result, log and output, for every function of the library
+// and every call that it makes. Written out apart from the library.
 namespace quorvel::torture {
 
 // A host's own code for a failure, which no implementation of this library gives: it must come through unchanged.
@@ -22,7 +22,7 @@ enum class Output {
 
 // The failure of one call in one function.
 struct Rule {
-    const char* function;  // `*` stands for anything
+    const char* function;  // `*` matches anything
     const char* call;
     const char* argument;  // a text among its arguments, or nothing for any
     // Errors and warnings that are logged for it, in order. `%0`, `%1`, ... are the call's arguments; `*` is anything.
@@ -73,15 +73,15 @@ struct Expectation {
 // `success` is the scenario's run without failures.
 [[nodiscard]] Expectation expect(const std::string& scenario, const Run& success, const Run& run);
 
-// Whether a text reads as the pattern, in which `*` stands for anything.
+// Whether a text matches the pattern, in which `*` matches anything.
 [[nodiscard]] bool reads(const std::string& text, const std::string& pattern);
 
-// What is wrong with the errors and warnings of a run, or with its trace: a function that fails does not say that it is
-// done. Nothing when both are right.
+// Describes what is wrong with the errors and warnings of a run, or with its trace: a function that fails does not log
+// "DONE". Empty when both are right.
 [[nodiscard]] std::string wrongInLog(const Expectation& expectation, const Run& run);
 [[nodiscard]] std::string wrongInTrace(const Expectation& expectation, const Run& run);
 
-// The functions whose begin or end stands in the trace.
+// The functions whose beginning or end the trace shows.
 [[nodiscard]] std::vector<std::string> tracedFunctions(const Run& run);
 
 }  // namespace quorvel::torture

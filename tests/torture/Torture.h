@@ -14,7 +14,7 @@
 
 namespace quorvel::torture {
 
-// What stands in an output, so that a value can be looked for in it.
+// The kind of value in an output.
 enum class OutputKind { Number, Text };
 
 // Something whole that a host does with the library: one call, or a transaction of several.
@@ -31,7 +31,7 @@ struct Scenario {
     std::string outputBegin = {};
     // Looks at whatever else the action left, and returns what is wrong with it, or the empty text.
     std::function<std::string(const Aftermath&)> check = [](const Aftermath&) { return std::string(); };
-    // Calls whose failing for ever is not tried, because the library goes on asking for ever: meant.
+    // Calls that are not failed for ever. Quirk: the library would repeat them for ever.
     std::set<std::string> askedForEver = {};
     // The save's failure keeps the lock.
     bool keepsLockWhenFailing = false;
@@ -56,10 +56,10 @@ struct Figures {
 
 // Runs the scenario on its success path, then again for each platform call that it made there, allocations among them:
 // with that call failing once; with it failing from then on; and, for a call of the manager, with the whole manager
-// gone from then on. After every run what must hold is looked at; what does not is a failure of the current test.
+// gone from then on. Checks the rules after every run; a broken rule fails the current test.
 void torture(const Scenario& scenario);
 
-// Runs the scenario once as it is, with the same look at what it leaves.
+// Runs the scenario once without a fault and checks what it leaves.
 void runOnce(const Scenario& scenario);
 
 }  // namespace quorvel::torture

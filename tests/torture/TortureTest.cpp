@@ -21,7 +21,7 @@
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"
 
-// Everything that can fail, fails: see torture(). Scenarios are made from the data model, so that a parameter is
+// Fails every call that can fail: see torture(). The data model gives the scenarios, so that each parameter is
 // covered by its row.
 
 extern "C" void* qvl_thread_main_loop(void* callback);
@@ -63,7 +63,7 @@ std::uint32_t scan() {
     return WiFiRadioStatsApplyContext(context.get(), 1, 1);
 }
 
-// What every scenario starts from: the lock made, two neighbours found.
+// The start of every scenario: the lock exists and a scan has found two neighbours.
 class Prepared : public Torture {
   protected:
     Prepared() {
@@ -239,7 +239,7 @@ class Transaction {
 };
 
 void addSteps(const Parameter& parameter, const Staging& value, std::vector<Transaction::Step>& steps) {
-    // A push wants a method.
+    // ButtonPush needs a method.
     if (parameter.name == std::string("ButtonPush")) {
         steps.emplace_back([](void* context) { return WiFiAccessPointWPSMethodSet(context, 1, "PushButton", 10); });
     }
@@ -304,7 +304,7 @@ class Snapshot {
             return "a node is marked";
         }
         const Failure* fatal = aftermath.fatal();
-        // Of a snapshot that is one read of its own, nothing is there.
+        // A snapshot that is one read leaves no field.
         bool ended = fatal != nullptr && fatal->function == object_.function("InstanceGet");
         for (const Parameter& parameter : datamodel::parametersOf(object_.prefix)) {
             if (parameter.getter == nullptr || parameter.access == Access::Station) {
@@ -313,7 +313,7 @@ class Snapshot {
             ended = ended || (fatal != nullptr && fatal->function == parameter.getterName());
             const std::string field = context_.bytes(parameter.offset(), parameter.width());
             const std::string filled = success_.substr(parameter.offset(), parameter.width());
-            // A text leaves what is behind it as it was.
+            // A text leaves the bytes behind it unchanged.
             const bool asEver = parameter.type == Type::String
                                     ? field.compare(0, filled.find('\0'), filled, 0, filled.find('\0')) == 0
                                     : field == filled;
@@ -393,7 +393,7 @@ TEST_F(Prepared, EveryTransaction) {
     }
 }
 
-// Everything that an object has, staged and applied together; but for what leaves the rest unapplied.
+// All of an object, staged and applied together, without the node that leaves the others unapplied.
 TEST_F(Prepared, EveryObjectAsAWhole) {
     for (const Object& object : datamodel::objects()) {
         const std::vector<Parameter> parameters = datamodel::parametersOf(object.prefix);
@@ -492,7 +492,7 @@ TEST_F(Prepared, EveryReadWithoutARow) {
     }
 }
 
-// The bridge by its own functions, as a host may call them.
+// The bridge through its own exported functions.
 TEST_F(Prepared, TheBridge) {
     static constexpr scripted::BridgeRow kRows[] = {{5, 0, "", ""},
                                                     {1, QUORVEL_CONTEXT_HEADER_SIZE, "UINT32", "wlChannel"}};
@@ -528,7 +528,7 @@ TEST_F(Prepared, EverySystemOperation) {
         {"WiFiSystemResetRadioToFactory", [] { return WiFiSystemResetRadioToFactory(1); }},
         {"WiFiSystemResetRadiosToFactory", WiFiSystemResetRadiosToFactory},
         {"WiFiSystemResetAccessPointToFactory", [] { return WiFiSystemResetAccessPointToFactory(1); }},
-        {"WiFiSystemAccessPointDelete and Create",  // both say that they are done
+        {"WiFiSystemAccessPointDelete and Create",  // both log "DONE"
          [] {
              const std::uint32_t gone = WiFiSystemAccessPointDelete(8);
              return gone != 0 ? gone : WiFiSystemAccessPointCreate(1, 8);
@@ -621,7 +621,7 @@ TEST_F(Prepared, StartUpAndShutDown) {
     Scenario startUp;
     startUp.name = "WiFiInit";
     startUp.act = WiFiInit;
-    // Both radios get their start time whatever else fails, but for the list of chips.
+    // Both radios get their start time whatever else fails, except the list of chips.
     startUp.check = [](const Aftermath& aftermath) {
         const Failure* fatal = aftermath.fatal();
         const bool counted = fatal == nullptr || fatal->call.name != "fopen";
@@ -635,7 +635,7 @@ TEST_F(Prepared, StartUpAndShutDown) {
     Scenario shutDown;
     shutDown.name = "WiFiUnInit";
     shutDown.silentFunctions = {"WiFiUnInit", "WiFiInit"};
-    // What the scan has stored is released in every case: see the memory that the success path leaves.
+    // Shut-down frees the scan results in every case.
     shutDown.prepare = [] { EXPECT_EQ(scan(), 0U); };
     shutDown.blocksLeft = -1;
     shutDown.act = [] { return static_cast<std::uint32_t>(WiFiUnInit()); };
@@ -766,7 +766,7 @@ TEST_F(Prepared, RegistrationAndDeregistration) {
     torture(scenario);
 }
 
-// A host that cannot make the mutex is asked again by every call, and each says so.
+// A host that cannot create the mutex: every call that locks tries again and logs the failure.
 TEST(FirstUse, OfTheLockFailsWithItsCreation) {
     EXPECT_TRUE(scripted::runFresh([] {
         makeWorld(platform());

@@ -23,7 +23,7 @@ constexpr char kMac[] = "00:11:22:33:44:55";
 
 class ExtraReads : public scripted::PlatformTest {
   protected:
-    // The counts' output, poisoned.
+    // The count's output, filled with a pattern.
     GuardedBlock out{8};
     std::uint64_t* count() {
         return static_cast<std::uint64_t*>(out.get());
@@ -198,7 +198,7 @@ struct ExtraRead {
     std::uint32_t (*read)(std::uint32_t ap);
     std::string name;
     std::string failing;  // the call it fails with
-    std::string failure;  // in its words
+    std::string failure;  // its message
     Texts calls;          // for an access point that no radio has
 };
 
@@ -288,7 +288,7 @@ TEST_F(ExtraReads, ReturnTheUnlocksFailure) {
     }
 }
 
-// The manager is asked all the same, and says what it likes.
+// The manager is called all the same; its answer decides.
 TEST_F(ExtraReads, PassAnAccessPointThatNoRadioHasOn) {
     for (const ExtraRead& extra : kExtraReads) {
         SCOPED_TRACE(extra.name);
@@ -309,7 +309,7 @@ TEST_F(ExtraReads, FollowAnAccessPointToItsRadio) {
         EXPECT_EQ(WiFiAccessPointSsidNameStatusGet(11, buffer), 0U);
         std::uint32_t mode = 0;
         EXPECT_EQ(WiFiAccessPointMacModeGet(11, &mode), 0U);
-        // By its own number within the radio, whatever the slot.
+        // Uses its number within the radio, whatever the slot.
         EXPECT_EQ(world.callTexts({"wlcsm_mngr_ssid_info", "popen"}),
                   (Texts{"wlcsm_mngr_ssid_info(2, 2, out)", "popen(\"wl -i wl2.2 macmode\", \"r\")"}));
     }));

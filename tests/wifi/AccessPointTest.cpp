@@ -317,7 +317,7 @@ TEST_F(StationWalk, NeverWritesBeyondTheBuffer) {
     EXPECT_EQ(macList().size(), 56U * 18 - 1);
 }
 
-// A station that is counted and gone when its record is asked for has no address: nothing of the one before is
+// A station that is counted but gone when its record is read has no address: the address before it is not
 // repeated.
 TEST_F(StationWalk, SurvivesAStationThatLeavesWhileItWalks) {
     setThreeStations();
@@ -384,7 +384,7 @@ struct StationNumber {
     std::int32_t ofThird;
 };
 
-// The transmit rate's closing line is worded as the receive rate's.
+// Quirk: the transmit rate's last line names the receive rate.
 const StationNumber kStationNumbers[] = {
     {WiFiAccessPointAssociatedDeviceRSSIGet, "WiFiAccessPointAssociatedDeviceRSSIGetImpl", "AssociatedDeviceRSSI[", -62,
      -87},
@@ -407,7 +407,7 @@ TEST_F(StationWalk, ReadsANumberOfTheStationWithTheAddress) {
         EXPECT_EQ(linesOf(number.implementation),
                   (Texts{"2 STA info:00:11:22:33:44:5B,-62,117,130\n",
                          "2 " + (number.closing + std::to_string(number.ofSecond)) + "]"}));
-        // Nobody behind the match is asked for.
+        // No station behind the match is read.
         EXPECT_EQ(platform.callTexts({"wlcsm_mngr_get", "wlcsm_mngr_ext_get"}),
                   (Texts{"wlcsm_mngr_get(1, 2, \"numStations\")", "wlcsm_mngr_get(1, 2, \"wlStaInfo_0\")",
                          "wlcsm_mngr_get(1, 2, \"wlStaInfo_1\")"}));

@@ -45,7 +45,7 @@ class AssociatedDevice : public scripted::PlatformTest {
   protected:
     AssociatedDevice() {
         platform.setVariable(1, 2, "numStations", "3");
-        // Each byte tells its place, so that a field read a byte beside itself is another value.
+        // Each byte differs, so that a field read one byte off has another value.
         std::string bytes;
         for (std::size_t n = 0; n < StationRecord::kSize; ++n) {
             bytes.push_back(static_cast<char>(n + 1));
@@ -72,7 +72,7 @@ class AssociatedDevice : public scripted::PlatformTest {
         for (const auto& line : platform.logs()) {
             if (line.level == 0 && line.file == "wifi/QuorvelWiFiAccessPointAssociatedDeviceImpl") {
                 lines.push_back(line.text);
-                // The fetch speaks for itself, then its caller.
+                // The fetch logs its failure, then its caller does.
                 const bool ofGetter = line.text.find("Invalid") == 0 || line.text.find("Quorvel_P_") == 0;
                 EXPECT_EQ(line.function, ofGetter ? parameter.getterName() + "Impl"
                                                   : "Quorvel_P_GetWiFiAccessPointAssociatedDeviceList")

@@ -46,7 +46,7 @@ class Bytes {
             bytes_[offset + i] = static_cast<char>(0xA0 + i);
         }
         bytes_[offset + 5] = static_cast<char>(lastOctet);
-        bytes_[offset + 6] = 'p';  // padding travels with its entry
+        bytes_[offset + 6] = 'p';  // padding moves with its entry
         return put(offset + 8, width).number(offset + 12, rssi);
     }
     [[nodiscard]] const std::string& text() const {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tests/wifi/DataModel.h"
-#include "tests/wifi/WillingWorld.h"
+#include "tests/wifi/AllReadsSucceed.h"
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"
 
@@ -115,7 +115,7 @@ TEST_F(StationReads, RefuseANullAddressLikeANullOutput) {
         {"WiFiAccessPointAssociatedDeviceRSSIGet", WiFiAccessPointAssociatedDeviceRSSIGet},
         {"WiFiAccessPointAssociatedDeviceRxRateGet", WiFiAccessPointAssociatedDeviceRxRateGet},
         {"WiFiAccessPointAssociatedDeviceTxRateGet", WiFiAccessPointAssociatedDeviceTxRateGet}};
-    scripted::makeWilling(platform);
+    scripted::letAllReadsSucceed(platform);
     for (const auto& [name, read] : reads) {
         platform.forget();
         std::int32_t value = 77;

@@ -145,7 +145,7 @@ TEST_F(FilterTable, IsNotWrittenForAnAccessPointThatDoesNotExist) {
 }
 
 TEST_F(FilterTable, HasNowhereToWriteTheCount) {
-    ASSERT_EQ(Quorvel_ContextSetMap(context.get(), 2), 0U);  // as no setter would
+    ASSERT_EQ(Quorvel_ContextSetMap(context.get(), 2), 0U);  // no setter does this
     EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableApplyContext(context.get(), kAccessPoint), 0U);
     EXPECT_EQ(platform.callCount("wlcsm_mngr_set"), 0U);
     EXPECT_EQ(platform.logTexts(0), Texts{" No direct wlmgnr mapping for node[2]."});
@@ -201,7 +201,7 @@ TEST_F(FilterTable, SnapshotHoldsListAndCount) {
 TEST_F(FilterTable, SnapshotReportsAFailureAsTheImplementations) {
     GuardedBlock snapshot(712);
     EXPECT_EQ(WiFiAccessPointAccessPointControlFilterTableInstanceGet(snapshot.get(), 25), 6U);
-    EXPECT_EQ(platform.logCount(0, "Impl call failed, result 6"), 2U);  // the getter's own word and the snapshot's
+    EXPECT_EQ(platform.logCount(0, "Impl call failed, result 6"), 2U);  // logged by the getter and by the snapshot
     EXPECT_FALSE(platform.logged(0, "Get failed, result 6"));
 }
 

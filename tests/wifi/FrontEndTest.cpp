@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "tests/wifi/DataModel.h"
-#include "tests/wifi/WillingWorld.h"
+#include "tests/wifi/AllReadsSucceed.h"
 #include "tests/wifi/platform/FreshProcess.h"
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"
 
-// The one pattern of all accessors, held against every parameter of the data model.
+// Checks the common pattern of all accessors with every parameter of the data model.
 
 namespace quorvel {
 
@@ -57,7 +57,7 @@ class FrontEnd : public scripted::PlatformTest {
         return lines;
     }
 
-    // The function's own log lines and the host's calls of these names, as they followed each other.
+    // The function's own log lines and the host's calls of these names, in order.
     Texts sequenceOf(const std::string& function, std::initializer_list<const char*> calls) const {
         std::map<std::uint64_t, std::string> ordered;
         for (const LogLine& line : platform.logs()) {
@@ -146,7 +146,7 @@ TEST_F(Getters, ProceedWithABufferOfExactlyTheMinimum) {
         if (parameter.type != Type::String) {
             return;
         }
-        scripted::makeWilling(platform);
+        scripted::letAllReadsSucceed(platform);
         (void)parameter.get(1, 1, output.get(), parameter.capacity);
         EXPECT_EQ(locks(), 1U);
         EXPECT_EQ(unlocks(), 1U);
@@ -157,7 +157,7 @@ TEST_F(Getters, ProceedWithABufferOfExactlyTheMinimum) {
 TEST_F(Getters, LockCallUnlockAndSaySo) {
     std::size_t succeeded = 0;
     forEach([this, &succeeded](const Parameter& parameter) {
-        scripted::makeWilling(platform);
+        scripted::letAllReadsSucceed(platform);
         const std::uint32_t result = parameter.get(1, 1, output.get(), kOutputSize);
         if (isNeighbouring(parameter)) {
             EXPECT_EQ(result, 1U);
@@ -171,12 +171,12 @@ TEST_F(Getters, LockCallUnlockAndSaySo) {
         EXPECT_TRUE(output.intact());
         ++succeeded;
     });
-    EXPECT_EQ(succeeded, 245U - 1U - 18U);  // one parameter is write-only, nobody has scanned for the neighbours
+    EXPECT_EQ(succeeded, 245U - 1U - 18U);  // one parameter is write-only, and there are no scan results
 }
 
 TEST_F(Getters, AskThePlatformForValuesOnlyUnderTheLock) {
     forEach([this](const Parameter& parameter) {
-        scripted::makeWilling(platform);
+        scripted::letAllReadsSucceed(platform);
         (void)parameter.get(1, 1, output.get(), kOutputSize);
         for (const scripted::Call& call : platform.calls()) {
             if (call.name.rfind("Quorvel", 0) != 0) {
@@ -208,7 +208,7 @@ TEST_F(Getters, ReleaseTheLockAndReturnTheImplementationsFailure) {
         EXPECT_EQ(lines(parameter), (Texts{"3 " + parameter.getterName() + " Enter", last}));
         failed += result == 0 ? 0 : 1;
     });
-    EXPECT_GT(failed, 100U);  // nothing can be read from a platform without variables
+    EXPECT_GT(failed, 100U);  // every mapped read fails on a platform without variables
 }
 
 TEST_F(Getters, PreferTheImplementationsFailureToTheUnlocks) {
@@ -223,7 +223,7 @@ TEST_F(Getters, ReturnTheUnlocksFailureThoughTheValueWasRead) {
         if (isNeighbouring(parameter)) {
             return;
         }
-        scripted::makeWilling(platform);
+        scripted::letAllReadsSucceed(platform);
         platform.answer("QuorvelOsMutexUnlock", 55);
         EXPECT_EQ(parameter.get(1, 1, output.get(), kOutputSize), 55U);
         EXPECT_EQ(lines(parameter), (Texts{"3 " + parameter.getterName() + " Enter", "0 Unlock failed, result 55"}));
@@ -240,7 +240,7 @@ TEST_F(Getters, LogAndLockInOrder) {
                              "QuorvelOsMutexUnlock"}));
         }
         fresh();
-        scripted::makeWilling(platform);
+        scripted::letAllReadsSucceed(platform);
         result = parameter.get(1, 1, output.get(), kOutputSize);
         if (result == 0) {
             EXPECT_EQ(sequence(parameter), (Texts{enter, "QuorvelOsMutexLock", "QuorvelOsMutexUnlock",
@@ -503,7 +503,7 @@ TEST_F(Setters, LogAndMarkInOrderThoughTheMarkIsRefused) {
     });
 }
 
-// The context stands for one instance already.
+// A context belongs to one instance; the setter ignores the argument.
 TEST_F(Setters, DoNotLookAtTheInstances) {
     forEach([](const Parameter& parameter, GuardedBlock& context) {
         const std::string text(isPin(parameter) ? 8 : parameter.capacity, 't');
@@ -643,7 +643,7 @@ TEST_F(Contexts, AnswerForNodesUpToTheLimit) {
         const bool saysDone = std::string(object.prefix) != "WiFiRadioStats";
         for (const std::uint32_t node : {0U, 1U, object.nodeLimit}) {
             platform.forget();
-            // The host's truth value as it is.
+            // Quirk: passes the host's truth value on unchanged.
             platform.answer("Quorvel_IsContextSetMap", 64);
             EXPECT_EQ(object.checkContextNodeSet(context.get(), node), 64U);
             EXPECT_EQ(platform.callTexts(), Texts{"Quorvel_IsContextSetMap(ctx, " + std::to_string(node) + ")"});
@@ -731,10 +731,10 @@ TEST_F(Applies, ReturnTheLocksFailure) {
 
 TEST_F(Applies, LeaveACleanContextBehind) {
     forEachChecked([this](const Object& object) {
-        scripted::makeWilling(platform);
+        scripted::letAllReadsSucceed(platform);
         GuardedBlock context(object.contextSize);
         ASSERT_EQ(object.initContext(context.get()), 0U);
-        // What a radio does with its own nodes is another subject.
+        // RadioApplyTest covers the radio's own nodes.
         const bool radio = std::string(object.prefix).rfind("WiFiRadio", 0) == 0;
         for (const Parameter& parameter : datamodel::parametersOf(object.prefix)) {
             if (parameter.staged() && parameter.type != Type::String &&
@@ -844,7 +844,7 @@ TEST_F(Applies, KeepTheContextWhenTheImplementationFails) {
     EXPECT_EQ(reinterpret_cast<Apply>(ssid.object().applyContext)(context.get(), 25), 6U);
 }
 
-// Whoever locks first creates the lock, and each tries again until one succeeds.
+// The first call that locks creates the lock; each later call tries again until one succeeds.
 TEST(FirstOfAll, EveryWrapperReturnsTheFailureToCreateTheLock) {
     EXPECT_TRUE(scripted::runFresh([] {
         scripted::Platform& platform = scripted::Platform::instance();

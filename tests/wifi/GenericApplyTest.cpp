@@ -101,7 +101,7 @@ TEST_F(GenericApply, SaysWhichVariableOfWhichSsidItMeans) {
                                            "Invalid nodeType[FLOAT] for radio[2], ssid[1], varName[odd]."}));
 }
 
-// The lock is the caller's.
+// The caller holds the lock.
 TEST_F(GenericApply, AsksForEachNodeOnceAndWritesBetween) {
     mark(1);
     mark(3);
@@ -418,7 +418,7 @@ TEST_F(SpecialApply, CipherIsWrittenAsTheManagersText) {
     }
 }
 
-// Meant: a code without a text clears the variable.
+// Quirk: a code without a text clears the variable.
 TEST_F(SpecialApply, AnUnknownCipherWritesTheEmptyText) {
     mark(20);
     for (const std::int32_t code : {3, -1}) {

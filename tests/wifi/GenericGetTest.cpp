@@ -103,7 +103,7 @@ TEST_F(GenericGet, ConvertsNumbers) {
     EXPECT_EQ(number(2, "signed", "2147483647"), 2147483647U);
 }
 
-// The C library's numbers are as wide as the machine's word; what does not fit is the nearest that does.
+// strtol reads a machine word; it gives the nearest limit for a number that does not fit.
 TEST_F(GenericGet, StoresTheLowWordOfTheCLibrarysNumber) {
     constexpr bool kWide = sizeof(long) == 8;
     struct Case {
@@ -238,7 +238,7 @@ TEST_F(GenericGet, FailsForANodeWithoutVariable) {
     EXPECT_EQ(platform.logTexts(0), Texts{"Couldn't find node[8] in the mapping table."});
     EXPECT_EQ(platform.callTexts(), Texts{});
     EXPECT_EQ(value, 7U);
-    // PacketAggregationEnable, which its own code answers for.
+    // PacketAggregationEnable, which has a getter of its own.
     EXPECT_EQ(
         Quorvel_P_WiFiWlcsmMngrGet(1, 1, 35, quorvel::mappingOf<quorvel::kWiFiRadioObject>().rows, &value, 0, 0, 0), 1);
     EXPECT_TRUE(platform.logged(0, "Couldn't find node[35] in the mapping table."));
@@ -256,7 +256,7 @@ TEST_F(GenericGet, FailsWhenTheManagerDoes) {
 TEST_F(GenericGet, TakesAnyAnswerButZeroForSuccess) {
     EXPECT_EQ(number(1, "unsigned", "42"), 42U);
     for (const std::int64_t result : {2, -1}) {
-        // The manager writes nothing: what counts is the cleared buffer.
+        // The manager writes nothing, so the getter converts the cleared buffer.
         platform.answer("wlcsm_mngr_ext_get", result);
         EXPECT_EQ(number(1, "unsigned", "42"), 0U) << result;
     }
@@ -277,7 +277,7 @@ TEST_F(GenericGet, SaysWhichVariableOfWhichSsidItMeans) {
                                            "wlcsm_mngr_get: radio[2], ssid[1], varName[odd] value[1] SUCCESS."}));
 }
 
-// The lock is the caller's.
+// The caller holds the lock.
 TEST_F(GenericGet, MakesOneRequestAndNothingElse) {
     EXPECT_EQ(number(1, "unsigned", "42"), 42U);
     EXPECT_EQ(number(1, "unsigned", "43"), 43U);
@@ -436,7 +436,7 @@ TEST_F(SpecialGet, AMissingVariableWhoseNameOnlyBeginsLikeTheListsFails) {
         EXPECT_EQ(get(19, &byte, 0, 0, tableOf(7, 19, "BOOLEAN", name).data()), 1);
         EXPECT_EQ(byte, 0xCD);
     }
-    // The filter's mode has no value to fall back on.
+    // Quirk: only the filter's list has a default; its mode fails.
     EXPECT_EQ(get(18, &byte, 0, 0, tableOf(7, 18, "BOOLEAN", "wlFltMacMode").data()), 1);
     EXPECT_EQ(byte, 0xCD);
 }

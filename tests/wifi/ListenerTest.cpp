@@ -40,7 +40,7 @@ std::mutex eventsMutex;
 std::condition_variable eventArrived;
 std::vector<Event> events;
 bool lockHeldInCallback = false;
-std::size_t unwrittenInCallback = 0;  // what was printed but has not left the process
+std::size_t unwrittenInCallback = 0;  // printed but not yet written out
 
 std::uint32_t takeEvent(std::uint32_t ap, std::uint32_t code, void* station) {
     {
@@ -50,7 +50,7 @@ std::uint32_t takeEvent(std::uint32_t ap, std::uint32_t code, void* station) {
         unwrittenInCallback += __fpending(stdout);
     }
     eventArrived.notify_all();
-    return 4711;  // not looked at
+    return 4711;  // the listener ignores it
 }
 
 void append(std::string& bytes, std::uint32_t value) {
@@ -67,7 +67,7 @@ std::string header(std::uint32_t radio, std::uint32_t bss, std::uint32_t code) {
     return bytes;
 }
 
-// An event 8 whose bytes behind the header count up, so that each field is told from its neighbours.
+// An event 8 whose bytes behind the header count up, so that each field differs from its neighbours.
 std::string association(std::uint32_t radio, std::uint32_t bss) {
     std::string bytes = header(radio, bss, 8);
     for (std::size_t offset = bytes.size(); offset < 256; ++offset) {
@@ -116,7 +116,7 @@ class Listener : public PlatformTest {
         return std::regex_match(output, std::regex(std::regex_replace(escaped, std::regex("#"), "[1-9][0-9]*")));
     }
 
-    std::size_t unwritten = 0;  // what the listener printed last and did not write out
+    std::size_t unwritten = 0;  // printed by the listener but not written out
 
     const std::string kReady = "qvl_thread_main_loop is ready for new msg...\n";
 };
@@ -132,7 +132,7 @@ TEST_F(Listener, TakesTenThousandEventsInABurst) {
             bytes += pair;
         reads.push_back({bytes});
     }
-    // The receive buffer and nothing else: there is no more memory than that.
+    // Only the allocation of the receive buffer succeeds.
     platform.failFrom("calloc", 2);
     platform.fail("malloc");
     listen(std::move(reads));
@@ -147,7 +147,7 @@ TEST_F(Listener, GoesOnAfterAMessageSplitAtAnyByte) {
     const std::string pair = header(1, 2, 12) + association(1, 2);
     for (std::size_t split = 0; split <= pair.size(); ++split) {
         events.clear();
-        // Neither half is put together; a whole message behind them arrives all the same.
+        // The halves are not joined; a whole message behind them still arrives.
         listen({{pair.substr(0, split) + std::string(split == 0 ? 1 : 0, '\0')},
                 {pair.substr(split) + std::string(split == pair.size() ? 1 : 0, '\0')},
                 {header(0, 0, 12)}});
@@ -282,7 +282,7 @@ TEST_F(Listener, SaysNumbersSigned) {
                           kMacText + "] len=20\n");
 }
 
-// What a server calls radio and BSS is not checked.
+// Radio and BSS of a message are not checked.
 TEST_F(Listener, ComputesTheAccessPointFromAnyIndices) {
     (void)listen({{header(2, 9, 12) + header(5, 0, 12), 0, 0}});
     ASSERT_EQ(events.size(), 2U);
@@ -298,7 +298,7 @@ TEST_F(Listener, ReadsAgainAfterAFailedRead) {
         << output;
 }
 
-// Meant: a closed peer is read again and again without a pause.
+// Quirk: the listener reads a closed peer again and again without a pause.
 TEST_F(Listener, KeepsReadingFromAPeerThatIsGone) {
     const std::vector<ReadStep> ends(200, ReadStep{"", 0, 0});
     const std::string output = listen(ends);
@@ -350,7 +350,7 @@ TEST_F(Listener, EndsWithItsSocketOpenWhenThereIsNoMemory) {
     EXPECT_EQ(platform.logs().size(), 1U);
     EXPECT_EQ(platform.callCount("read"), 0U);
     EXPECT_EQ(platform.callCount("close"), 0U);
-    // Whoever deregisters closes it, and only once.
+    // Deregistration closes the socket, once.
     platform.succeed("calloc");
     platform.succeed("malloc");
     EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
@@ -457,7 +457,7 @@ TEST_F(Registration, EndSaysDoneBeforeItActs) {
     EXPECT_EQ(logs[1].function, "WiFiNewAPAssociatedDeviceCallbackDeRegisterImpl");
 }
 
-// Meant: nobody asks whether one is running.
+// Quirk: registration does not check for a running listener.
 TEST_F(Registration, StartsASecondListenerThatTakesThePlaceOfTheFirst) {
     testing::internal::CaptureStdout();
     const int firstPeer = platform.openPeer();
@@ -482,7 +482,7 @@ TEST_F(Registration, StartsASecondListenerThatTakesThePlaceOfTheFirst) {
     platform.awaitCalls("read", 3);
     EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
     EXPECT_EQ(platform.callTexts({"pthread_cancel", "close"}), (Texts{"pthread_cancel(listener)", "close(socket)"}));
-    // The second one's end is closed, the first one's is nobody's any more.
+    // Closes the second socket; the first one stays open without an owner.
     char byte = 0;
     EXPECT_EQ(read(secondPeer, &byte, 1), 0);
     EXPECT_EQ(recv(firstPeer, &byte, 1, MSG_DONTWAIT), -1);

@@ -96,7 +96,7 @@ TEST_F(Saving, TakesAnyAnswerButZeroForSuccess) {
     EXPECT_EQ(platform.logTexts(0), Texts{});
 }
 
-// Meant: whoever locks next waits until the host has dealt with it.
+// Quirk: a failed save keeps the lock; the next caller waits until the host releases it.
 TEST_F(Saving, KeepsTheLockWhenTheManagerCouldNotSave) {
     expectLockLeftHeld();
     platform.fail("wlcsm_mngr_save_nvram");

@@ -11,7 +11,7 @@
 
 namespace quorvel::scripted {
 
-// The lines that a source file logged, in order, as "level function: text"; those at the end of a long log with `last`.
+// The lines that a source file logged, in order, as "level function: text"; with `last`, only the last ones.
 inline std::vector<std::string> logLines(const Platform& platform, const std::string& file,
                                          std::size_t last = static_cast<std::size_t>(-1)) {
     std::vector<std::string> lines;

@@ -39,7 +39,7 @@ class MappedParameters : public scripted::PlatformTest {
     void expectWritten(const MappedNumber& number, Apply apply);
     // A text that fills its field reaches the variable whole.
     void expectWritten(const MappedText& text, Apply apply);
-    // The getter succeeds without asking anybody and leaves the output.
+    // The getter succeeds without a platform call and leaves the output.
     void expectUntouched(const char* stem);
 
     [[nodiscard]] static std::string readCall(const char* variable);

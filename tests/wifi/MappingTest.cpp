@@ -94,7 +94,7 @@ TEST(Mapping, BindsEachNodeToItsVariableConversionAndField) {
 
 class MappedApply : public scripted::PlatformTest {};
 
-// The walk over the protected setup has one node more than its table: meant.
+// Quirk: the walk over the WPS nodes goes one node beyond the table.
 TEST_F(MappedApply, AsksForEveryNodeOfItsTable) {
     const std::pair<const char*, std::uint32_t> lastNodes[] = {{"WiFi", 10},
                                                                {"WiFiRadio", 65},
@@ -118,7 +118,7 @@ TEST_F(MappedApply, AsksForEveryNodeOfItsTable) {
         for (std::uint32_t node = 1; node <= last; ++node) {
             walk.push_back("Quorvel_IsContextSetMap(ctx, " + std::to_string(node) + ")");
         }
-        // The object's own nodes were asked for before.
+        // The apply has checked the object's own nodes before.
         std::vector<std::string> asked = platform.callTexts({"Quorvel_IsContextSetMap"});
         ASSERT_GE(asked.size(), walk.size());
         asked.erase(asked.begin(), asked.end() - static_cast<std::ptrdiff_t>(walk.size()));

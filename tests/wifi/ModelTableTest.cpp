@@ -63,7 +63,7 @@ bool writable(const Parameter& parameter) {
     return parameter.setter != nullptr;
 }
 
-// Writable texts of depth 2 have their setter where other texts have their getter.
+// Quirk: writable texts of depth 2 have their setter in the slot where other texts have their getter.
 bool writeOnlyInTable(const Parameter& parameter) {
     return parameter.getter == nullptr ||
            (parameter.depth == 2 && parameter.type == Type::String && writable(parameter));
@@ -87,7 +87,7 @@ std::size_t setterWord(const Parameter& parameter) {
     return words.at(parameter.stem);
 }
 
-// All words of an entry behind the type that hold something.
+// All words of an entry behind the type that are not 0.
 Words expected(const Parameter& parameter) {
     const Object& object = parameter.object();
     const auto depth = static_cast<std::size_t>(parameter.depth);
@@ -150,7 +150,7 @@ TEST(ModelTable, HasTheStatedNumberOfEntriesForEachObject) {
 }
 
 TEST(ModelTable, KeepsTheNodeNumbersOfBandUtilizationAndRestartApart) {
-    // The table lists BandUtilization before Restart and ResetToFactory; their nodes are the other way round.
+    // Quirk: the table lists BandUtilization before Restart and ResetToFactory; their nodes have the opposite order.
     std::size_t bandUtilization = 0;
     while (std::string(text(bandUtilization, 1)) != "BandUtilization") {
         ++bandUtilization;

@@ -24,7 +24,7 @@ constexpr char kSource[] = "wifi/QuorvelWiFiNeighboringDiagnosticsResultImpl";
 
 class NeighbourResults : public NeighbourTest {
   protected:
-    // Networks called after their channels.
+    // Networks named after their channels.
     void networks(std::uint32_t radio, std::initializer_list<std::uint32_t> channels) {
         std::string text;
         for (const std::uint32_t channel : channels) {
@@ -232,7 +232,7 @@ TEST_F(NeighbourResults, ReleaseSparesTheThirdRadiosResults) {
     NeighboringWiFiResult* record = nullptr;
     ASSERT_EQ(QUORVEL_P_WiFiNeighboringDiagnosticsResultGetEntry(3, &record), 0U);
     EXPECT_EQ(record->channel, 149U);
-    // What was released is not handed out, and a second release finds nothing.
+    // Freed results are not handed out, and a second release frees nothing.
     EXPECT_EQ(QUORVEL_P_WiFiNeighboringDiagnosticsResultGetEntry(1, &record), 6U);
     EXPECT_EQ(QUORVEL_P_WiFiNeighboringDiagnosticsResultGetEntry(2, &record), 6U);
     WiFiNeighboringDiagnosticsResultUnInit();

@@ -308,7 +308,7 @@ TEST_F(NeighbourScan, LogsUnderTheNamesOfTheApplyAndOfItsDecisions) {
 }
 
 TEST_F(NeighbourScan, AppliesEveryRuleThatFitsALineInTheirOrder) {
-    // A name can carry what other lines are known by: meant.
+    // Quirk: a name that contains the marker of another line is parsed as that line too.
     scan(1,
          "SSID: \"n\" noise: -9 RSSI: -5 Channel: 6\n"
          "Supported Rates: [ 6 ] Channel: 11\n"
@@ -357,8 +357,8 @@ TEST_F(NeighbourScan, DecidesForTheLastNetworkOnlyWhenABlankLineFollows) {
 }
 
 TEST_F(NeighbourScan, EndsAnEntryAtEveryBlankLine) {
-    // Two blank lines between two networks: the second entry ends before it has begun, and the second network finds
-    // no entry any more.
+    // Two blank lines between two networks: the second line ends an empty entry, and the second network has
+    // no entry left.
     scan(1, network("one") + "\n\n" + network("two") + "\n");
     ASSERT_EQ(entries(1), 2U);
     EXPECT_STREQ(at(1).ssid, "one");
@@ -605,7 +605,7 @@ TEST_F(NeighbourScan, SetsItsIndicatorsByTheFirstRuleThatFits) {
         {"x WPA2-PSK AKM Suites: none\n", "000000"},
         {"x WPA-PSK AKM Suites: none\n", "000000"},
         {"multicast cipher: TKIP\n", "000000"},
-        // Once found stays found.
+        // An indicator stays set once it is found.
         {"unicast ciphers: TKIP\nunicast ciphers: AES\n", "001100"},
         {"unicast ciphers: AES\nunicast ciphers: TKIP\n", "001100"},
         {"AKM Suites: WPA2-PSK\nAKM Suites: none\n", "000010"},
@@ -776,7 +776,7 @@ TEST_F(NeighbourScan, ReadsTenThousandNetworks) {
     EXPECT_EQ(QUORVEL_P_WiFiNeighboringDiagnosticsResultGetEntry(10001, &none), 6U);
 }
 
-// Bytes from a generator that is the same everywhere, with the parser's own words strewn in.
+// Bytes from a generator that gives the same sequence everywhere, mixed with the parser's keywords.
 std::string garbage(std::uint32_t seed, std::size_t size) {
     static constexpr const char* kWords[] = {"SSID: \"",
                                              "\nSSID: \"",

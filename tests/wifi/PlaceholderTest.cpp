@@ -68,7 +68,7 @@ const Length kLengths[] = {
 
 class PlaceholderObject : public scripted::PlatformTest {
   protected:
-    // What would reach the manager.
+    // The texts that would reach the manager.
     Texts traffic() const {
         return platform.callTexts(
             {"wlcsm_mngr_get", "wlcsm_mngr_ext_get", "wlcsm_mngr_set", "wlcsm_nvram_get", "wlcsm_nvram_set", "popen"});

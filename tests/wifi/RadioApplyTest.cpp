@@ -13,8 +13,7 @@
 #include "wifi/model/Contexts.h"
 #include "wifi/model/Implementations.h"
 
-// Committing a radio's staged values: which step does what, in which order, and which nodes are left to the generic
-// write.
+// Applying a radio's staged values: the steps, their order, and the nodes that the generic write handles.
 
 namespace quorvel {
 
@@ -117,7 +116,7 @@ TEST_F(RadioApply, AsksForTheBandFirstAndWritesNothingUnasked) {
     EXPECT_TRUE(platform.logged(3, "Quorvel_P_WiFiApplyContext DONE"));
 }
 
-// The apply asks by the object's own check, whose trace tells each node that was looked at.
+// The apply calls the object's own check, which logs a trace line for each node.
 TEST_F(RadioApply, LooksAtItsOwnNodesThroughTheCheck) {
     EXPECT_EQ(apply(), 0U);
     std::size_t checks = 0;
@@ -150,7 +149,7 @@ TEST_F(RadioApply, TakesItsStepsInOrder) {
     setVariable("dcsDwelltime", "35");
     platform.setNvram("wl1_bsd_steering_policy", "70 6 4 -65 300 0x40");
     void* ctx = block.get();
-    // Staged in an order that is not the steps'.
+    // Staged in another order than that of the steps.
     stageText(WiFiRadioChannelStatsSet, "44");
     stageText(WiFiRadioOperationalDataTransmitRatesSet, "6,9");
     stageText(WiFiRadioRadarThresholdSet, "1 2");
@@ -420,7 +419,7 @@ TEST_F(RadioApply, WritesGreenfieldAsGfWhichTheReadDoesNotKnow) {
     std::uint8_t enabled = 0x5A;
     EXPECT_EQ(WiFiRadioGreenfieldEnableGet(2, &enabled), 0U);
     EXPECT_EQ(enabled, 0);
-    setVariable("wlNPreambleType", "1");  // what the manager may make of it
+    setVariable("wlNPreambleType", "1");  // the manager may normalise it
     EXPECT_EQ(WiFiRadioGreenfieldEnableGet(2, &enabled), 0U);
     EXPECT_EQ(enabled, 1);
 }
@@ -551,7 +550,7 @@ TEST_F(RadioApply, AnnouncesAChannelSpecificationWhole) {
     for (const std::string& text : {std::string("36/80"), std::string(), longest}) {
         ASSERT_EQ(WiFiRadioInitContext(block.get()), 0U);
         stageText(WiFiRadiopushRadioChannel2Set, text);
-        // What stands behind a text that fills its field is not of it.
+        // A text that fills its field ends there; the next field does not belong to it.
         context().AtfCapable = 'x';
         EXPECT_EQ(apply(), 0U);
         EXPECT_EQ(platform.callTexts({"wlcsm_mngr_send_csa", "wlcsm_mngr_send_csa2", "wlcsm_nvram_set"}),
@@ -680,7 +679,7 @@ TEST_F(RadioApply, ReplacesCommasWithinTheRatesFieldOnly) {
 TEST_F(RadioApply, MeasuresTheChannelThatIsStagedAndDiscardsTheRecord) {
     stageText(WiFiRadioDcsChannelMetricsSet, "36 and more");
     stageText(WiFiRadioChannelStatsSet, "x");
-    // What the manager writes may be longer than the record.
+    // The manager may write more than the record.
     platform.setRecord("wlcsm_mngr_ci_scanresults", std::string(1056, '\1'));
     platform.setRecord("wlcsm_mngr_channelstats", std::string(1024, '\1'));
     EXPECT_EQ(apply(), 0U);

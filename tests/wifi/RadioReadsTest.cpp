@@ -296,7 +296,7 @@ TEST_F(RadioReads, RegulatoryDomainIsTheCountryIndoors) {
     }
 }
 
-// Thirty-two bytes are looked at: a text of so many whole, of a longer one all but the last.
+// Reads 32 bytes: the whole of a text of 32 characters, and 31 of a longer one.
 TEST_F(RadioReads, RegulatoryDomainIsLookedForInThirtyTwoBytes) {
     set("wlCountryRev", std::string(30, ' ') + "US");
     EXPECT_EQ(text(WiFiRadioRegulatoryDomainGet, 12), "USI");

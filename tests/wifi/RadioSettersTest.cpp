@@ -9,7 +9,7 @@
 #include "wifi/QuorvelWiFiExports.h"
 #include "wifi/model/Contexts.h"
 
-// What a radio's setters accept, and where they keep it.
+// The values that a radio's setters accept, and the fields that take them.
 
 namespace quorvel {
 
@@ -18,7 +18,7 @@ namespace {
 using scripted::GuardedBlock;
 using scripted::PlatformTest;
 
-// A setter with the node and the field that are its own, and the node's number written out.
+// A setter, its node and field, and the node's number written out.
 template <typename... Value>
 struct Row {
     std::uint32_t (*set)(void*, std::uint32_t, Value...);
@@ -27,7 +27,7 @@ struct Row {
     std::uint32_t number;
 };
 
-// With the ends of its range, both accepted.
+// With the limits of its range, both accepted.
 struct RangeRow : Row<std::uint32_t> {
     std::uint32_t low;
     std::uint32_t high;
@@ -207,7 +207,7 @@ TEST_F(RadioSetters, OfTextsTakeTheFieldsCapacityAndNothingMore) {
         expected.replace(row.field - QUORVEL_CONTEXT_HEADER_SIZE, row.capacity, text, 0, row.capacity);
         EXPECT_TRUE(fields() == expected);
         EXPECT_EQ(staged(), std::vector<std::uint32_t>{row.number});
-        // A shorter text leaves nothing of the longer one.
+        // A shorter text clears the rest of the longer one.
         EXPECT_EQ(row.set(context.get(), 2, "ab", 2), 0U);
         expected.replace(row.field - QUORVEL_CONTEXT_HEADER_SIZE, row.capacity,
                          "ab" + std::string(row.capacity - 2, '\0'));

@@ -14,7 +14,7 @@
 #include "wifi/QuorvelWiFiSSIDStatsImpl.h"
 #include "wifi/model/Contexts.h"
 
-// A radio's counters, out of what `wl` prints and out of the interfaces' counters.
+// A radio's counters: from the output of `wl` and from the interfaces' counters.
 
 namespace quorvel {
 
@@ -118,7 +118,7 @@ TEST_F(RadioStatistics, TellCountersOfOneLineApart) {
 TEST_F(RadioStatistics, TakeTheFirstLineThatContainsTheKeywordAnywhere) {
     counters("\nnothing\nd11_txbyte 1\ntxbyte 2\n");
     EXPECT_EQ(bytesSent(), 1U);
-    counters("txbytes 33\n");  // the separator is skipped, whatever it is: " 33" follows
+    counters("txbytes 33\n");  // any separator is skipped: " 33" follows
     EXPECT_EQ(bytesSent(), 33U);
     counters("txbyte:44\n");
     EXPECT_EQ(bytesSent(), 44U);
@@ -129,7 +129,7 @@ TEST_F(RadioStatistics, ReadNumbersOfThirtyTwoBits) {
     EXPECT_EQ(bytesSent(), 4294967295U);
     counters("txbyte 0");
     EXPECT_EQ(bytesSent(), 0U);
-    counters("txbyte 010\n");  // decimal, whatever it begins with
+    counters("txbyte 010\n");  // always decimal
     EXPECT_EQ(bytesSent(), 10U);
     counters("txbyte 0x10\n");
     EXPECT_EQ(bytesSent(), 0U);
@@ -147,7 +147,7 @@ TEST_F(RadioStatistics, ReadLinesInPiecesOfAHundredAndTwentySeven) {
 }
 
 TEST_F(RadioStatistics, SurviveALineThatEndsWithTheKeyword) {
-    // Of the last one the line before is longer: its digits are not the counter.
+    // The line before is longer; its remaining digits do not belong to the counter.
     for (const std::string& output : {std::string("txbyte"), std::string("txbyte\n"), std::string("txbyte "),
                                       std::string(121, 'x') + "txbyte 17\n", std::string("0123456789\ntxbyte")}) {
         counters(output);
@@ -250,7 +250,7 @@ std::string interfaceLine(const std::string& name, std::uint32_t receivedDrops, 
 }
 
 TEST_F(RadioStatistics, DiscardsAreSummedOverTheRadiosInterfaces) {
-    platform.setVariable(1, 0, "radio_status", "Down");  // asked whatever the status
+    platform.setVariable(1, 0, "radio_status", "Down");  // read in any status
     platform.setFile("/proc/net/dev", kHeaders + interfaceLine("lo", 1000, 1000) + interfaceLine("wl0", 500, 600) +
                                           interfaceLine("wl1", 1, 10) + interfaceLine("wl1.1", 2, 20) +
                                           interfaceLine("wl1.7", 4, 40) + interfaceLine("wl10", 8, 80) +

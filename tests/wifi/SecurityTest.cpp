@@ -10,7 +10,7 @@
 #include "wifi/model/Contexts.h"
 #include "wifi/model/Implementations.h"
 
-// Security: mapped parameters, mode names in both directions, WEP modes told by the key, and the reset rule.
+// Security: mapped parameters, mode names in both directions, WEP mode derived from the key's length, and the reset rule.
 
 namespace quorvel {
 
@@ -91,7 +91,7 @@ class Security : public MappedParameters {
         }
         return out.text();
     }
-    // The mode's read fails with 1 and leaves the output; returns what the implementation said.
+    // The read of the mode fails with 1 and leaves the output; returns the implementation's log lines.
     Texts modeFailure() {
         platform.forget();
         GuardedBlock out(64);
@@ -227,7 +227,7 @@ TEST_F(Security, ReadsNoneForAModeItDoesNotKnow) {
     }
     platform.removeVariable(kRadioIndex, kSubIndex, "wlAuthMode");
     EXPECT_EQ(mode(), "None");
-    EXPECT_TRUE(platform.logged(2, "dm_value[None], wlmngr_value[], loading[0]\n"));  // nothing of the switch is left
+    EXPECT_TRUE(platform.logged(2, "dm_value[None], wlmngr_value[], loading[0]\n"));  // the switch's text is cleared
 }
 
 TEST_F(Security, TakesAWepSwitchByItsBeginning) {
@@ -239,7 +239,7 @@ TEST_F(Security, TakesAWepSwitchByItsBeginning) {
     EXPECT_EQ(mode(), "WEP-64");
 }
 
-// Of the switch and of a mode's name 32 characters count.
+// Compares 32 characters of the switch and of a mode's name.
 TEST_F(Security, BoundsWhatItReadsOfAMode) {
     set("wlWep", std::string(32, 'w') + "beyond");
     EXPECT_EQ(modeFailure(), Texts{"Invalid wlWep value: " + std::string(32, 'w')});
@@ -277,7 +277,7 @@ TEST_F(Security, FailsForAWepKeyOfAnotherLength) {
         setWep("1", "wlKey1", key);
         EXPECT_EQ(modeFailure(), Texts{"Invalid key[" + key + "], length[" + std::to_string(length) + "]"});
     }
-    // A longer one is cut by its buffer.
+    // The buffer cuts a longer one.
     setWep("1", "wlKey1", std::string(26, 'k'));
     EXPECT_EQ(modeFailure(), Texts{"Invalid key[" + std::string(15, 'k') + "], length[15]"});
     platform.removeVariable(kRadioIndex, kSubIndex, "wlKey1");
@@ -429,7 +429,7 @@ TEST_F(Security, PassesAnAccessPointThatDoesNotExistToTheGenericApply) {
     ASSERT_EQ(WiFiAccessPointSecurityPMFSet(context.get(), 25, 1), 0U);
     EXPECT_EQ(WiFiAccessPointSecurityApplyContext(context.get(), 25), 6U);
     EXPECT_EQ(platform.callCount("wlcsm_mngr_set"), 0U);
-    // The mode is written before that, and its mark is gone when the apply fails; the other one stays.
+    // The mode is written first and its mark cleared when the apply fails; the other mark stays.
     stageMode("WPA2-Personal");
     EXPECT_EQ(WiFiAccessPointSecurityApplyContext(context.get(), 25), 6U);
     EXPECT_EQ(platform.callTexts({"wlcsm_mngr_set"}),
@@ -447,7 +447,7 @@ TEST_F(Security, WalksItsTwentyOneNodes) {
         asked.push_back("Quorvel_IsContextSetMap(ctx, " + std::to_string(node) + ")");
     }
     EXPECT_EQ(platform.callTexts({"Quorvel_IsContextSetMap"}), asked);
-    // Its own two are asked for through the object's check, which leaves its trace.
+    // The apply checks its own two nodes through the object's check, which logs a trace line.
     EXPECT_EQ(platform.logCount(3, "WiFiAccessPointSecurityCheckContextNodeSet DONE"), 2U);
 }
 

@@ -12,7 +12,7 @@ extern "C" void __sanitizer_set_report_fd(void* descriptor) __attribute__((weak)
 
 namespace quorvel::scripted {
 
-// The library tells people things on both standard streams; nobody reads them here.
+// Discards what the library prints on both standard streams.
 class Silence {
   public:
     Silence() : nowhere_(open("/dev/null", O_WRONLY | O_CLOEXEC)) {
@@ -36,7 +36,7 @@ class Silence {
     Silence& operator=(const Silence&) = delete;
 
   private:
-    // What a sanitizer finds is heard all the same.
+    // Sanitizers still report on the real stream.
     static void reportTo(int descriptor) {
         if (__sanitizer_set_report_fd != nullptr) {
             __sanitizer_set_report_fd(reinterpret_cast<void*>(static_cast<std::intptr_t>(descriptor)));

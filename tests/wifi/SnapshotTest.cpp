@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tests/wifi/DataModel.h"
-#include "tests/wifi/WillingWorld.h"
+#include "tests/wifi/AllReadsSucceed.h"
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"
 #include "wifi/QuorvelWiFiNeighboringDiagnosticsResultImpl.h"
@@ -37,7 +37,7 @@ bool filterTable(const Object& object) {
     return std::strcmp(object.prefix, "WiFiAccessPointAccessPointControlFilterTable") == 0;
 }
 
-// What the snapshot calls, in order: the getters of all readable parameters that take no station.
+// The calls of the snapshot, in order: the getters of all readable parameters that take no station.
 std::vector<Parameter> readParameters(const Object& object) {
     std::vector<Parameter> read;
     for (const Parameter& parameter : datamodel::parametersOf(object.prefix)) {
@@ -55,7 +55,7 @@ class Snapshot : public scripted::PlatformTest {
         for (const Object& object : datamodel::objects()) {
             SCOPED_TRACE(object.prefix);
             platform.reset();
-            scripted::makeWilling(platform);
+            scripted::letAllReadsSucceed(platform);
             check(object);
         }
     }
@@ -212,7 +212,7 @@ TEST_F(Snapshot, EndsAtTheFirstFailureWithItsCode) {
     EXPECT_EQ(own, (Texts{"WiFiSSIDInstanceGet Enter", "Get failed, result 1"}));
 }
 
-// Whichever getter fails: what stands before it is filled, what stands behind it is as initialised.
+// For each failing getter: the fields before it are filled, the fields behind it keep their initial value.
 TEST_F(Snapshot, KeepsWhatItReadBeforeAnyFailure) {
     forEach([this](const Object& object) {
         if (oneFetch(object) || neighbouring(object)) {
@@ -243,7 +243,7 @@ TEST_F(Snapshot, KeepsWhatItReadBeforeAnyFailure) {
 }
 
 TEST_F(Snapshot, DropsAValueWhoseGetterFailedAfterReadingIt) {
-    scripted::makeWilling(platform);
+    scripted::letAllReadsSucceed(platform);
     for (const std::uint32_t failing : {1U, 2U}) {
         platform.forget();
         platform.succeed("QuorvelOsMutexUnlock");
@@ -267,7 +267,7 @@ TEST_F(Snapshot, ReadsItsOwnInstance) {
     };
     for (const auto& [snapshot, instance] : snapshots) {
         platform.reset();
-        scripted::makeWilling(platform);
+        scripted::letAllReadsSucceed(platform);
         GuardedBlock context(9960);
         EXPECT_EQ(snapshot(context.get(), instance), 0U);
         std::size_t reads = 0;
@@ -295,7 +295,7 @@ TEST_F(Snapshot, PassesTheLocksFailureOn) {
 }
 
 TEST_F(Snapshot, CopiesATextThatFillsItsFieldWithoutTerminator) {
-    scripted::makeWilling(platform);
+    scripted::letAllReadsSucceed(platform);
     const std::string ssid(32, 's');
     const std::string name(64, 'n');
     platform.setVariableEverywhere("wlSsid", ssid);
@@ -313,7 +313,7 @@ TEST_F(Snapshot, CopiesATextThatFillsItsFieldWithoutTerminator) {
     EXPECT_TRUE(context.intact());
 }
 
-// The getter is given a buffer of exactly its minimum, so a longer text is cut to leave room for its end.
+// The snapshot passes a buffer of exactly the minimum, so the getter cuts a longer text to leave room for the NUL.
 TEST_F(Snapshot, GivesEachTextGetterItsMinimum) {
     const std::map<std::string, Texts> variables = {
         {"WiFi", {"wlBridgeInfo"}},
@@ -357,7 +357,7 @@ TEST_F(Snapshot, GivesEachTextGetterItsMinimum) {
 
 // A binary record is copied like any text: up to its first zero.
 TEST_F(Snapshot, TakesARecordForTheTextThatItBeginsWith) {
-    scripted::makeWilling(platform);
+    scripted::letAllReadsSucceed(platform);
     platform.setRecord("wlcsm_mngr_channelstats", "\x24\x01" + std::string(2, '\0') + "\x07" + std::string(75, '\0'));
     GuardedBlock context(9960);
     ASSERT_EQ(WiFiRadioInstanceGet(context.get(), 1), 0U);
@@ -366,7 +366,7 @@ TEST_F(Snapshot, TakesARecordForTheTextThatItBeginsWith) {
 }
 
 TEST_F(Snapshot, PutsNothingOfAnotherRecordBehindOneWithoutAZero) {
-    scripted::makeWilling(platform);
+    scripted::letAllReadsSucceed(platform);
     platform.setRecord("wlcsm_mngr_chanim_stats", std::string(1056, '\x55'));
     platform.setRecord("wlcsm_mngr_channelstats", std::string(80, '\x07'));
     GuardedBlock context(9960);
@@ -378,14 +378,14 @@ TEST_F(Snapshot, PutsNothingOfAnotherRecordBehindOneWithoutAZero) {
 }
 
 TEST_F(Snapshot, DoesNotLookAtTheResultOfInitialising) {
-    scripted::makeWilling(platform);
+    scripted::letAllReadsSucceed(platform);
     GuardedBlock context(140);
     platform.answer("Quorvel_ContextInit", 9);
     EXPECT_EQ(WiFiAccessPointAirtimeSchedulerInstanceGet(context.get()), 0U);
 }
 
 TEST_F(Snapshot, DoesNotRefuseToReadIntoNothing) {
-    scripted::makeWilling(platform);
+    scripted::letAllReadsSucceed(platform);
     EXPECT_EQ(WiFiSSIDInstanceGet(nullptr, 1), 0U);
     EXPECT_EQ(entered().size(), 6U);
     EXPECT_FALSE(platform.logged(0, "Invalid context"));

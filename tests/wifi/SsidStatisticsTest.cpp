@@ -113,7 +113,7 @@ TEST_F(SsidStatistics, OfASsidComeFromItsInterface) {
     std::string lines;
     std::uint32_t base = 0;
     for (const char* radio : {"wl0", "wl1", "wl2"}) {
-        // The slots first: the main interface is found by its whole name, not by what it begins with.
+        // The slots first: the whole name finds the main interface, not a prefix of it.
         for (int slot = 1; slot <= 7; ++slot) {
             lines += interfaceLine(std::string(radio) + "." + std::to_string(slot), base += 100);
         }
@@ -250,7 +250,7 @@ TEST_F(SsidStatistics, AreDumpedByPosition) {
         line.insert(0, "2 Quorvel_P_WiFiSSIDStatsGet: ");
     }
     EXPECT_EQ(logLines(platform, kSource), expected);
-    // A line is logged by its whole text, not put together.
+    // The line shows its whole text.
     std::size_t whole = 0;
     for (const auto& line : platform.logs()) {
         whole += whole < std::size(counters) && line.format == counters[whole] ? 1 : 0;
@@ -338,7 +338,7 @@ TEST_F(InterfaceLine, BoundsTheNameByItsField) {
     EXPECT_EQ(parse(std::string(4096, 'n') + "\n"), 1U);
 }
 
-// What the C library makes of a line.
+// The values that the C library reads from a line.
 struct Scanned {
     explicit Scanned(const std::string& line) {
         unsigned long* c = counters;
@@ -417,7 +417,7 @@ TEST_F(InterfaceLine, ReadsWhatScanfReads) {
     }
 }
 
-// Of another interface's line only whether it is well-formed counts, by the same rule.
+// The line of another interface must be well-formed by the same rule.
 TEST_F(SsidStatistics, SearchOnlyBehindLinesThatScanfReads) {
     for (const std::string& line : oddLines()) {
         SCOPED_TRACE(line);

@@ -78,7 +78,7 @@ TEST_F(Ssid, InstancesBelongToTheRadiosInEights) {
 }
 
 TEST_F(Ssid, FollowTheSlotTable) {
-    // An instance that has moved to another radio keeps its place within the radio.
+    // An instance that has moved to another radio keeps its index within the radio.
     EXPECT_TRUE(scripted::runFresh([] {
         auto& fresh = scripted::Platform::instance();
         EXPECT_EQ(WiFiSystemAccessPointDelete(3), 0U);
@@ -89,7 +89,7 @@ TEST_F(Ssid, FollowTheSlotTable) {
         char buffer[33] = {};
         (void)WiFiSSIDSSIDGet(10, buffer, 32);
         EXPECT_EQ(WiFiSSIDApplyContext(staged.get(), 10), 0U);
-        EXPECT_EQ(WiFiSSIDSSIDGet(3, buffer, 32), 6U);  // belongs to no radio any more
+        EXPECT_EQ(WiFiSSIDSSIDGet(3, buffer, 32), 6U);  // no longer belongs to a radio
         EXPECT_EQ(fresh.callTexts({"wlcsm_mngr_ext_get", "wlcsm_mngr_set"}),
                   (Texts{"wlcsm_mngr_ext_get(0, 1, \"wlSsid\")", "wlcsm_mngr_set(0, 1, \"wlEnblSsid\", \"1\")"}));
     }));

@@ -155,7 +155,7 @@ TEST_F(StartUp, ReportsABoardWithoutIdentifier) {
     }
 }
 
-// Meant: the message says that start-up ends, and it does not.
+// Quirk: start-up goes on although the message says that it ends.
 TEST_F(StartUp, ReportsAnUnknownBoardAndGoesOn) {
     EXPECT_EQ(errorsForBoard("0x0031\nsecond line\n"), Texts{"Found WBID:0x0031\n unsupported, WiFiInit terminated."});
     EXPECT_EQ(errorsForBoard("\n"), Texts{"Found WBID:\n unsupported, WiFiInit terminated."});
@@ -189,7 +189,7 @@ TEST_F(StartUp, CountsEachLineWithAChipOnce) {
     EXPECT_EQ(stamps(), stampsOf(3));
     platform.forget();
     EXPECT_EQ(chips("a 43c5\nb 43c5\nc 4360\nd a8db\n"), 4U);
-    EXPECT_EQ(stamps(), stampsOf(4));  // also beyond the radios that there are
+    EXPECT_EQ(stamps(), stampsOf(4));  // also beyond the existing radios
     EXPECT_EQ(chips("a 43c5 43c4 4365\n"), 1U);
     EXPECT_EQ(chips("a 43c5"), 1U);
     EXPECT_EQ(chips("x43c5x\n"), 1U);
@@ -480,7 +480,7 @@ TEST_F(Daemon, IsLaunchedFromTheConfiguration) {
     EXPECT_EQ(platform.logTexts(3), Texts{"Quorvel_P_WiFiLaunchWldaemon DONE"});
 }
 
-// Meant: "loca", not "local".
+// Quirk: the path says "loca", not "local".
 TEST_F(Daemon, IsLaunchedWithItsDefaultsWithoutConfiguration) {
     EXPECT_EQ(Quorvel_P_WiFiLaunchWldaemon(), 0U);
     expectDefault(platform.spawned(), 1, 1);
@@ -513,7 +513,7 @@ TEST_F(Daemon, IsTerminatedFromTheConfiguration) {
     EXPECT_EQ(platform.logTexts(3), Texts{"Quorvel_P_WiFiTerminateWldaemon DONE"});
 }
 
-// Meant: unlike the launch, the options stay 0 and nothing is said.
+// Quirk: termination by the default leaves the options 0 and logs nothing, unlike the launch.
 TEST_F(Daemon, IsTerminatedWithItsDefaultsWithoutConfiguration) {
     EXPECT_EQ(Quorvel_P_WiFiTerminateWldaemon(), 0U);
     expectDefault(platform.terminated(), 0, 0);
@@ -568,7 +568,7 @@ TEST_F(RadioTime, StartIsStampedAsTheSystemsUpTime) {
     EXPECT_EQ(platform.logTexts(3), Texts{"Quorvel_P_WiFiSetCurrentTimeAsStartTime DONE"});
     platform.setSystemUpSeconds(0xFFFFFFFFU);
     EXPECT_EQ(Quorvel_P_WiFiSetCurrentTimeAsStartTime(1), 0U);
-    EXPECT_EQ(platform.variable(0, 0, "wlBootTime"), "-1");  // a signed number: meant
+    EXPECT_EQ(platform.variable(0, 0, "wlBootTime"), "-1");  // Quirk: written as a signed number.
 }
 
 TEST_F(RadioTime, StartIsStampedForAnyNumberAndWhateverTheManagerSays) {

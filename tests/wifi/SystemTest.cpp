@@ -58,7 +58,7 @@ class SystemOperations : public PlatformTest {
         return order;
     }
 
-    // The last line is logged where the operation stands.
+    // The source file of the last line is that of the operation.
     void expectItsLine(const Operation& operation) const {
         EXPECT_EQ(platform.logs().back().file, "wifi/QuorvelWiFiSystem");
         EXPECT_EQ(platform.logs().back().function, operation.name);
@@ -207,7 +207,7 @@ TEST_F(SystemOperations, StopResettingAtTheFirstRadioThatFails) {
     EXPECT_TRUE(platform.logged(0, "WiFiSystemResetRadioToFactory FAIL result 17"));
 }
 
-// Meant: the manager is asked with the index that follows from no radio at all.
+// Quirk: an unknown access point reaches the manager with radio index 0xFFFFFFFE.
 TEST_F(SystemOperations, ResetAnUnknownAccessPointAllTheSame) {
     EXPECT_EQ(WiFiSystemResetAccessPointToFactory(25), 0U);
     EXPECT_EQ(platform.callTexts({"wlcsm_mngr_set"}), Texts{"wlcsm_mngr_set(4294967294, 0, \"wlResetAP\", \"1\")"});
@@ -235,7 +235,7 @@ TEST_F(SystemOperations, LookTheAccessPointUpBeforeLocking) {
     }
 }
 
-// Each body starts from the table as it is when the library is loaded.
+// Each body starts from the initial slot table.
 
 TEST(SlotTable, StartsWithEightAccessPointsOnEachRadio) {
     EXPECT_TRUE(runFresh([] {
@@ -271,7 +271,7 @@ TEST(SlotTable, RefusesToCreateOnARadioThatDoesNotExist) {
     }));
 }
 
-// Meant: the access point that found no place is in no row.
+// Quirk: an access point that finds no free slot stays in no row.
 TEST(SlotTable, LosesAnAccessPointThatIsCreatedOnAFullRadio) {
     EXPECT_TRUE(runFresh([] {
         EXPECT_EQ(WiFiSystemAccessPointCreate(1, 9), 1U);

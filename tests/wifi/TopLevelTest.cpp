@@ -56,13 +56,13 @@ TEST_F(TopLevelReads, RadioCountIsZeroWhenTheManagerFails) {
 TEST_F(TopLevelReads, RadioCountTakesAnyAnswerButZeroForSuccess) {
     EXPECT_EQ(read(WiFiRadioNumberOfEntriesGet, "radio_number", "3"), 3U);
     for (const std::int64_t result : {2, -1}) {
-        // The manager writes nothing: what counts is the cleared buffer.
+        // The manager writes nothing, so the getter converts the cleared buffer.
         platform.answer("wlcsm_mngr_get", result);
         EXPECT_EQ(read(WiFiRadioNumberOfEntriesGet, "radio_number", "3"), 0U);
     }
 }
 
-// Meant: the manager's names are the other way round.
+// Quirk: SSIDs are counted by "bssid_number" and access points by "ssid_number".
 TEST_F(TopLevelReads, CountsOfSsidsAndAccessPointsComeFromEachOthersNames) {
     EXPECT_EQ(read(WiFiSSIDNumberOfEntriesGet, "bssid_number", "16"), 16U);
     EXPECT_EQ(read(WiFiAccessPointNumberOfEntriesGet, "ssid_number", "8"), 8U);
@@ -133,7 +133,7 @@ TEST_F(TopLevelReads, BandSteeringDoesNotAskTheManager) {
     }
 }
 
-// Meant: no front end calls it.
+// Quirk: no front end calls this function.
 TEST_F(TopLevelReads, BandSteeringsImplementationAsksTheManager) {
     platform.setNvram("bsd_role", "0");
     platform.setVariable(0, 0, "bsdRole", "3");
@@ -234,7 +234,7 @@ TEST_F(TopLevelApply, BandSteeringFailuresAreNotReported) {
 TEST_F(TopLevelApply, BandSteeringIsOnForOneOnly) {
     for (const std::uint8_t value : std::initializer_list<std::uint8_t>{2, 3, 255}) {
         ASSERT_EQ(WiFiBandSteeringEnableSet(context.get(), 1), 0U);
-        context.put<std::uint8_t>(279, value);  // as no setter would
+        context.put<std::uint8_t>(279, value);  // no setter does this
         EXPECT_EQ(WiFiApplyContext(context.get()), 0U);
         EXPECT_EQ(platform.nvram("bsd_role"), "0");
         EXPECT_EQ(platform.variable(2, 0, "bsdRole"), "0");
@@ -258,7 +258,7 @@ TEST_F(TopLevelApply, BandSteeringThatIsNotStagedIsLeftAlone) {
     EXPECT_EQ(platform.callCount("Quorvel_ContextClearMap"), 0U);
 }
 
-// The object's own check is asked, which tells the trace of it.
+// The apply calls the object's own check, which logs a trace line.
 TEST_F(TopLevelApply, AsksTheObjectsOwnCheck) {
     EXPECT_EQ(WiFiApplyContext(context.get()), 0U);
     EXPECT_EQ(platform.logTexts(3), (Texts{"WiFiApplyContext Enter", "WiFiCheckContextNodeSet DONE",

@@ -37,7 +37,7 @@ class Wmm : public scripted::PlatformTest {
         EXPECT_TRUE(value.intact());
         return value.at<std::uint32_t>(0);
     }
-    // What is stored after `field` of `stored` has been written.
+    // The stored text after a write of `field`.
     std::string written(const std::string& stored, std::uint32_t field, std::uint32_t value) {
         store(stored);
         EXPECT_EQ(wifi_ap_ac_config(1, 3, field, kWrite, &value), 0U);
@@ -48,7 +48,7 @@ class Wmm : public scripted::PlatformTest {
 TEST_F(Wmm, NamesItsTextByAccessPointAndCategory) {
     const char* stems[] = {"wme_ap_be",  "wme_ap_bk",  "wme_ap_vi",  "wme_ap_vo",
                            "wme_sta_be", "wme_sta_bk", "wme_sta_vi", "wme_sta_vo"};
-    // The access point's own number: 2 and 9 are not looked up to be of one radio and another.
+    // Uses the access point's number; 2 and 9 are not looked up in the slot table.
     for (const std::uint32_t ap : {1U, 2U, 9U, 24U}) {
         for (std::uint32_t ac = 1; ac <= 8; ++ac) {
             const std::string key = "wl" + std::to_string(ap - 1) + "_" + stems[ac - 1];
@@ -148,7 +148,7 @@ TEST_F(Wmm, ReadsSixtyThreeCharacters) {
 
 TEST_F(Wmm, WritesOneFieldAndKeepsTheOthers) {
     EXPECT_EQ(written("15 63 3 0 0 off off", kMin, 3), "7 63 3 0 0 off off ");
-    EXPECT_EQ(written("15 63 3 0 0 off off ", kMin, 3), "7 63 3 0 0 off off ");  // as it was written before
+    EXPECT_EQ(written("15 63 3 0 0 off off ", kMin, 3), "7 63 3 0 0 off off ");  // unchanged
     EXPECT_EQ(written("15 63 3 0 0 off off", kMax, 10), "15 1023 3 0 0 off off ");
     EXPECT_EQ(written("15 63 3 0 0 off off", kAifsn, 7), "15 63 7 0 0 off off ");
     EXPECT_EQ(written("15 63 3 0 0 off off", kUnnamed, 5), "15 63 3 5 0 off off ");
@@ -180,13 +180,13 @@ TEST_F(Wmm, StoresOtherNumbersAsSignedText) {
 }
 
 TEST_F(Wmm, BoundsTheTextItReadsAndTheOneItWrites) {
-    // 63 characters count: the fields behind them are empty.
+    // Reads 63 characters: the fields behind them are empty.
     EXPECT_EQ(written("1 1 " + std::string(70, '3') + " 0 8 off off", kMin, 1), ("1 1 " + std::string(59, '3')));
     EXPECT_EQ(written("1 1 " + std::string(37, '3') + " 0 8 off off", kMin, 31),
               "2147483647 1 " + std::string(37, '3') + " 0 8 off off ");  // all 63 of them
     const std::string joined = written("1 1 " + std::string(50, '3') + " 0 8 off", kMin, 31);
     EXPECT_EQ(joined, ("2147483647 1 " + std::string(50, '3') + " 0 8 off").substr(0, 63));
-    // Full long before its last field.
+    // The text is full long before its last field.
     EXPECT_EQ(written("1 " + std::string(55, '3') + " 0 0 8", kMin, 31), "2147483647 " + std::string(52, '3'));
 }
 
@@ -243,7 +243,7 @@ TEST_F(Wmm, RefusesActionsOtherThanReadAndWrite) {
     }
 }
 
-// The text is asked for before the action is looked at.
+// Reads the text before it checks the action.
 TEST_F(Wmm, MissesItsTextWhateverTheAction) {
     std::uint32_t value = 77;
     EXPECT_EQ(wifi_ap_ac_config(1, 3, kAifsn, 2, &value), 1U);

@@ -197,7 +197,7 @@ TEST_F(Wps, CountsARadioOnceWhateverItsAccessPoints) {
         switchWps(1, 1);
         switchWps(2, 1);
         switchWps(2, 0);
-        EXPECT_EQ(world.nvram("wps_mode"), "disabled");  // though the radio's first access point still has WPS on
+        EXPECT_EQ(world.nvram("wps_mode"), "disabled");  // although the radio's first access point still has WPS on
         EXPECT_EQ(world.variable(0, 0, "wlWscMode"), "enabled");
     }));
 }
@@ -295,7 +295,7 @@ TEST_F(Wps, PinOfAnotherLengthClearsTheStationOnly) {
     EXPECT_TRUE(platform.logged(0, "Invalid Station Pin Length."));
 }
 
-// The staged PIN is written after the exchange was decided on.
+// The staged PIN is written after the exchange has begun.
 TEST_F(Wps, PinStagedWithThePushIsTooLateForIt) {
     set("wlWscMode", "enabled");
     set("wlWscStaPin", "");
@@ -329,7 +329,7 @@ TEST_F(Wps, MethodGoesWithTheNextPushOnly) {
     stageMethod("PushButton");
     EXPECT_EQ(apply(), Texts{});
     stagePush();
-    EXPECT_EQ(apply(), Texts{kClearedStation});  // initialised since
+    EXPECT_EQ(apply(), Texts{kClearedStation});  // initialised by the first apply
 }
 
 TEST_F(Wps, CancelEndsTheExchange) {
@@ -343,13 +343,13 @@ TEST_F(Wps, CancelEndsTheExchange) {
     EXPECT_EQ(platform.logTexts(0), Texts{"WPS is not enabled."});
 }
 
-// The generic walk goes one beyond the last row: meant.
+// Quirk: the generic walk goes one node beyond the last row.
 TEST_F(Wps, WalkEndsWithTheCancelThatIsDone) {
     set("wlWscMode", "enabled");
     ASSERT_EQ(WiFiAccessPointWPSCancel(context.get()), 0U);
     platform.forget();
     EXPECT_EQ(WiFiAccessPointWPSApplyContext(context.get(), kAccessPoint), 0U);
-    Texts asked{"1", "7", "9"};  // its own steps
+    Texts asked{"1", "7", "9"};  // its own nodes
     for (int node = 1; node <= 9; ++node)
         asked.push_back(std::to_string(node));
     for (std::string& node : asked)
@@ -374,9 +374,9 @@ TEST_F(Wps, MethodAndCancelSayWhenTheyAreStaged) {
     EXPECT_EQ(lines(method), (Texts{"3 " + method + " Enter", "3 " + method + " DONE"}));
     EXPECT_EQ(WiFiAccessPointWPSMethodSet(context.get(), 7, "1234567890123456", 16), 8U);
     EXPECT_EQ(lines(method), (Texts{"3 " + method + " Enter", "0 Value out of range"}));
-    EXPECT_EQ(WiFiAccessPointWPSMethodSet(context.get(), 7, nullptr, 16), 6U);  // no text comes before its length
+    EXPECT_EQ(WiFiAccessPointWPSMethodSet(context.get(), 7, nullptr, 16), 6U);  // a null text is refused before the length
     EXPECT_EQ(lines(method), (Texts{"3 " + method + " Enter", "0 Invalid input params"}));
-    EXPECT_EQ(WiFiAccessPointWPSMethodSet(uninitialised.get(), 7, nullptr, 16), 5U);  // and the context before both
+    EXPECT_EQ(WiFiAccessPointWPSMethodSet(uninitialised.get(), 7, nullptr, 16), 5U);  // an uninitialised context before both
     EXPECT_EQ(lines(method), (Texts{"3 " + method + " Enter", "0 Uninit context"}));
     EXPECT_EQ(context.bytes(684, 16), "PIN" + std::string(13, '\0'));
     const std::string cancel = "WiFiAccessPointWPSCancel";
@@ -388,7 +388,7 @@ TEST_F(Wps, MethodAndCancelSayWhenTheyAreStaged) {
     EXPECT_EQ(lines(cancel), (Texts{"3 " + cancel + " Enter", "0 Uninit context"}));
 }
 
-// The manager's table has eight nodes, and one more is walked.
+// Quirk: the table has eight nodes, and the walk checks one more.
 TEST_F(Wps, WalksNineNodesAfterItsOwnThree) {
     (void)apply();
     Texts asked = {"Quorvel_IsContextSetMap(ctx, 1)", "Quorvel_IsContextSetMap(ctx, 7)",
@@ -397,14 +397,14 @@ TEST_F(Wps, WalksNineNodesAfterItsOwnThree) {
         asked.push_back("Quorvel_IsContextSetMap(ctx, " + std::to_string(node) + ")");
     }
     Texts made = platform.callTexts({"Quorvel_IsContextSetMap"});
-    ASSERT_EQ(made.size(), asked.size() + 9);  // the nine that were looked at afterwards
+    ASSERT_EQ(made.size(), asked.size() + 9);  // the generic walk checks nine nodes
     made.resize(asked.size());
     EXPECT_EQ(made, asked);
-    // Its own three are asked for through the object's check, which leaves its trace.
+    // The apply checks its own three nodes through the object's check, which logs a trace line.
     EXPECT_EQ(platform.logCount(3, "WiFiAccessPointWPSCheckContextNodeSet DONE"), 3U + 9U);
 }
 
-// Its marks are gone all the same; the rest stays staged.
+// Its own marks are cleared all the same; the others stay staged.
 TEST_F(Wps, OfAnAccessPointThatDoesNotExistFailsAfterItsOwnSteps) {
     platform.setVariable(0xFFFFFFFE, 0, "wlWscMode", "enabled");
     stageMethod("PushButton");

@@ -84,7 +84,7 @@ std::vector<std::string> boardWords(const std::string& state, const std::vector<
     const bool sandbox = std::find(extra.begin(), extra.end(), "--no-sandbox") == extra.end();
     // An emulated process cannot create the user namespace that an ordinary user needs for the others.
     if (sandbox && emulated() && geteuid() != 0) words = inNamespaces({}, words);
-    // The board's own host library stands for a plug-in: nothing here loads it.
+    // Passes the board's host library as the plug-in; nothing here loads it.
     for (const std::string& word : {std::string("--state"), state, std::string("--programs"), kPrograms,
                                     std::string("--plugin"), kPrograms + "/lib/libquorvel.so"})
         words.push_back(word);

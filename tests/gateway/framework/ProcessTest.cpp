@@ -38,7 +38,7 @@ pid_t pidOf(const ProcessRecord& record) {
 
 class HostProcess : public QuietHost {
   protected:
-    // A script that says "up" on the life line and then does `rest`.
+    // A script that writes a byte to the life line and then runs `rest`.
     [[nodiscard]] SpawnInfo scriptInfo(const std::string& rest) const {
         return infoOf("sh", folder_.write("script", "exec 3>" + line_.path() + "\nprintf u >&3\n" + rest + "\n"));
     }

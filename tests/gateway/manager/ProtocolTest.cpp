@@ -67,7 +67,7 @@ TEST(Requests, AreRefusedAtEveryTruncationAndWithAnythingAfterThem) {
         Request read;
         EXPECT_FALSE(decodeRequest(piece, read)) << size;
         if (size < 4) continue;
-        // Even when the length says that this is all.
+        // Also when the length ends there.
         piece[0] = static_cast<std::uint8_t>(size - 4);
         EXPECT_FALSE(decodeRequest(piece, read)) << size;
     }

@@ -165,7 +165,7 @@ TEST(Store, IsTheOldOrTheNewOneWheneverTheSaverIsKilled) {
         ASSERT_EQ(waitpid(saver, &status, 0), saver);
         (void)close(progress[0]);
         ASSERT_TRUE(WIFSIGNALED(status));
-        // What has not taken the store's place yet tells that the save was not over.
+        // A leftover temporary file shows that the kill hit the save.
         point += std::filesystem::exists(store.path() + ".new") ? 1 : 0;
         const Saved after = loaded(store);
         EXPECT_TRUE(after == a || after == b) << round;

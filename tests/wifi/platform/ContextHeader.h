@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
-// The host's header of an object context, kept faithfully: mark, size, and one bit per node. A context stands at any
-// address, so that the header is copied out and in.
+// The host's header of an object context: mark, size, and one bit per node. A context may have any
+// address, so the header is copied out and in.
 namespace quorvel::contextheader {
 
 struct Header {

@@ -10,7 +10,7 @@
 #include "tests/wifi/platform/ScriptedPlatform.h"
 
 #ifdef QUORVEL_COVERAGE
-// What a fresh process reached counts too, although it ends without its exit handlers.
+// The coverage of a fresh process counts too, although it skips its exit handlers.
 extern "C" void __gcov_dump();
 #endif
 

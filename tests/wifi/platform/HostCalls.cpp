@@ -167,7 +167,7 @@ uint32_t QuorvelUtilGetSpawnInfoFromCfg(const char* section, SpawnInfo* info) {
     }
     const auto found = platform().spawnInfo(section);
     if (!found) {
-        // What a failed look-up leaves in the record is nobody's promise.
+        // A failed look-up may leave anything in the record.
         std::memset(info, 0xA5, sizeof *info);
         return 1;
     }

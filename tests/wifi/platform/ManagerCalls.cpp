@@ -7,7 +7,7 @@
 #include "tests/wifi/platform/Rendering.h"
 #include "tests/wifi/platform/ScriptedPlatform.h"
 
-// The manager's client. What means success differs from call to call, as on the device.
+// The manager's client. The result that means success differs from call to call, as on the device.
 
 using quorvel::scripted::out;
 using quorvel::scripted::Platform;

@@ -12,8 +12,8 @@
 
 namespace quorvel::scripted {
 
-// The fixture of every test of the plug-in: a platform with nothing scripted before, and a look at what must never be
-// left behind after: the lock held or misused, a stream or descriptor open, a thread running, a heap block.
+// The fixture of every test of the plug-in. It starts from a platform without scripts and fails a test that leaves
+// something behind: the lock held or misused, a stream or descriptor open, a thread running, a heap block.
 class PlatformTest : public testing::Test {
   protected:
     PlatformTest();

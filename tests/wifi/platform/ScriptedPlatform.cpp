@@ -73,7 +73,7 @@ std::FILE* breakingStreamOf(const std::string& content) {
     auto text = std::make_unique<BreakingText>(BreakingText{content, 0});
     std::FILE* stream = fopencookie(text.get(), "r", {readBreakingText, nullptr, seekBreakingText, closeBreakingText});
     if (stream != nullptr) {
-        (void)text.release();  // the stream's own now
+        (void)text.release();  // the stream owns it now
     }
     return stream;
 }
@@ -631,7 +631,7 @@ void Platform::noteAllocated(const void* block) {
 }
 
 void Platform::noteFreed(const void* block) {
-    // Nearly always there is none to look for.
+    // Usually there is no block to look for.
     if (block == nullptr || blockCount_ == 0) {
         return;
     }

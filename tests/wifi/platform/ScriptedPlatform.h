@@ -83,7 +83,7 @@ class Platform {
     }
     // Forgets calls and log lines (and starts the counting of calls anew), keeps scripts.
     void forget();
-    // Seconds of every sleep, in order; nobody waits.
+    // Seconds of every sleep, in order; no call really waits.
     [[nodiscard]] std::vector<double> sleeps() const;
 
     // --- Forced results
@@ -110,7 +110,7 @@ class Platform {
     // --- Manager
     // ------------------------------------------------------------------------------------------------------ Variables
     // serve wlcsm_mngr_get and wlcsm_mngr_ext_get alike and are written by wlcsm_mngr_set. A value may hold any bytes
-    // (a station record). An absent variable fails the read and leaves the buffer as it is.
+    // (a station record). An absent variable fails the read and leaves the buffer unchanged.
     void setVariable(std::uint32_t radio, std::uint32_t sub, const std::string& name, const std::string& value);
     void setVariableEverywhere(const std::string& name, const std::string& value);  // for every index not set by itself
     void removeVariable(std::uint32_t radio, std::uint32_t sub, const std::string& name);
@@ -212,7 +212,7 @@ class Platform {
     [[nodiscard]] int connectSocket(const std::string& path, std::uint32_t length);
     [[nodiscard]] bool ownsSocket(int descriptor) const;
     void forgetSocket(int descriptor);
-    // The next scripted read; empty when reads are real. `ended` tells that the script is used up.
+    // The next scripted read; empty when reads are real. Sets `ended` when the script is used up.
     [[nodiscard]] std::optional<ReadStep> nextRead(bool& ended);
     void noteThread(unsigned long handle);
     [[nodiscard]] bool knowsThread(unsigned long handle) const;

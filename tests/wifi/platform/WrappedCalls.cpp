@@ -11,7 +11,7 @@
 // Present in address-sanitized programs.
 extern "C" void __asan_handle_no_return() __attribute__((weak));
 
-// The linker sends these C-library calls of the whole program here. Outside a test they pass through.
+// The linker redirects these C-library calls of the whole program to here. Outside a test they pass through.
 
 using quorvel::scripted::out;
 using quorvel::scripted::Platform;
@@ -42,7 +42,7 @@ const char* policyName(int policy) {
     }
 }
 
-// Whether this allocation is to fail. Only while a test has scripted one, so that nothing else pays for it.
+// Whether this allocation fails. Checked only while a test has scripted a failure.
 bool allocationFails(const char* name, const std::string& arguments) {
     static thread_local bool inside = false;
     if (inside || !platform().armed(name)) {
@@ -54,7 +54,7 @@ bool allocationFails(const char* name, const std::string& arguments) {
     return forced.has_value();
 }
 
-// A thread that ends here leaves frames without running their ends, which the address sanitizer must be told.
+// A thread that ends here skips the destructors of its frames; the address sanitizer must know.
 struct ForgetFrames {
     ForgetFrames() = default;
     ForgetFrames(const ForgetFrames&) = delete;

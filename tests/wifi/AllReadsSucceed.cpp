@@ -1,11 +1,11 @@
-#include "tests/wifi/WillingWorld.h"
+#include "tests/wifi/AllReadsSucceed.h"
 
 #include <cstring>
 #include <string>
 
 namespace quorvel::scripted {
 
-void makeWilling(Platform& platform) {
+void letAllReadsSucceed(Platform& platform) {
     for (const char* name : {"radio_number",
                              "bssid_number",
                              "ssid_number",

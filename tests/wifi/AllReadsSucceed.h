@@ -5,6 +5,6 @@
 namespace quorvel::scripted {
 
 // Scripts a platform on which every read of instance (1, 1) succeeds, neighbouring results apart (nobody has scanned).
-void makeWilling(Platform& platform);
+void letAllReadsSucceed(Platform& platform);
 
 }  // namespace quorvel::scripted
