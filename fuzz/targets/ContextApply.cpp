@@ -2,8 +2,8 @@
 #include <string>
 
 #include "fuzz/ScriptedRun.h"
-#include "tests/wifi/DataModel.h"
 #include "tests/wifi/AllReadsSucceed.h"
+#include "tests/wifi/DataModel.h"
 #include "wifi/QuorvelWiFiExports.h"
 
 // An object context with arbitrary fields and marks, as a host that filled it by itself might hand it over.

@@ -25,7 +25,8 @@ constexpr char kUnread[] = "wlcsm_mngr_get: radio[%0], ssid[%1], varName[%2] FAI
 constexpr char kUnwritten[] = "wlcsm_mngr_set: radio[%0], ssid[%1], varName[%2] value[%3] FAIL.";
 constexpr char kUnmapped[] = " No direct wlmgnr mapping for node[%1].";
 
-// The first matching rule holds. The rules leave out the lines that a front end adds ("Impl call failed", "Get failed").
+// The first matching rule holds. The rules leave out the lines that a front end adds ("Impl call failed", "Get
+// failed").
 const std::vector<Rule>& rules() {
     static const std::vector<Rule> all = {
         // --- The lock

@@ -202,25 +202,24 @@ struct ExtraRead {
     Texts calls;          // for an access point that no radio has
 };
 
+// The received (direction 1) or sent (0) statistics result.
+template <auto read>
+ExtraRead statisticsResult(const char* name, const char* direction) {
+    return {
+        [](std::uint32_t ap) {
+            std::uint64_t out = 0;
+            return read(ap, kMac, 1, 2, &out);
+        },
+        name,
+        "wlcsm_mngr_clientRxTxStatsResult",
+        "wlcsm_mngr_clientRxTxStatsResult fail",
+        {std::string("wlcsm_mngr_clientRxTxStatsResult(4294967294, 2, \"00:11:22:33:44:55\", ") + direction + ", 1, 2)",
+         "wlcsm_mngr_get(4294967294, 2, \"wlStaAssocCnt_00:11:22:33:44:55\")"}};
+}
+
 const ExtraRead kExtraReads[] = {
-    {[](std::uint32_t ap) {
-         std::uint64_t out = 0;
-         return WiFiAccessPointRxStatsResultGet(ap, kMac, 1, 2, &out);
-     },
-     "WiFiAccessPointRxStatsResultGet",
-     "wlcsm_mngr_clientRxTxStatsResult",
-     "wlcsm_mngr_clientRxTxStatsResult fail",
-     {"wlcsm_mngr_clientRxTxStatsResult(4294967294, 2, \"00:11:22:33:44:55\", 1, 1, 2)",
-      "wlcsm_mngr_get(4294967294, 2, \"wlStaAssocCnt_00:11:22:33:44:55\")"}},
-    {[](std::uint32_t ap) {
-         std::uint64_t out = 0;
-         return WiFiAccessPointTxStatsResultGet(ap, kMac, 1, 2, &out);
-     },
-     "WiFiAccessPointTxStatsResultGet",
-     "wlcsm_mngr_clientRxTxStatsResult",
-     "wlcsm_mngr_clientRxTxStatsResult fail",
-     {"wlcsm_mngr_clientRxTxStatsResult(4294967294, 2, \"00:11:22:33:44:55\", 0, 1, 2)",
-      "wlcsm_mngr_get(4294967294, 2, \"wlStaAssocCnt_00:11:22:33:44:55\")"}},
+    statisticsResult<WiFiAccessPointRxStatsResultGet>("WiFiAccessPointRxStatsResultGet", "1"),
+    statisticsResult<WiFiAccessPointTxStatsResultGet>("WiFiAccessPointTxStatsResultGet", "0"),
     {[](std::uint32_t ap) {
          char record[1024] = {};
          std::uint64_t out = 0;

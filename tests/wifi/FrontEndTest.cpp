@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/wifi/DataModel.h"
 #include "tests/wifi/AllReadsSucceed.h"
+#include "tests/wifi/DataModel.h"
 #include "tests/wifi/platform/FreshProcess.h"
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"

@@ -53,6 +53,16 @@ std::uint32_t takeEvent(std::uint32_t ap, std::uint32_t code, void* station) {
     return 4711;  // the listener ignores it
 }
 
+// Waits until the callback has been called `count` times.
+void awaitEvents(std::size_t count) {
+    std::unique_lock<std::mutex> guard(eventsMutex);
+    eventArrived.wait(guard, [count] { return events.size() >= count; });
+}
+
+void send(int peer, const std::string& message) {
+    ASSERT_EQ(write(peer, message.data(), message.size()), static_cast<ssize_t>(message.size()));
+}
+
 void append(std::string& bytes, std::uint32_t value) {
     bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
 }
@@ -385,7 +395,22 @@ TEST_F(Listener, LogsWithTheImplementationsNames) {
     }
 }
 
-class Registration : public Listener {};
+class Registration : public Listener {
+  protected:
+    // The front end logs that it is done; then its implementation logs `text`.
+    void expectDoneBefore(const std::string& function, std::uint32_t level, const std::string& text) const {
+        const auto logs = platform.logs();
+        ASSERT_EQ(logs.size(), 2U);
+        EXPECT_EQ(logs[0].text, function + " DONE");
+        EXPECT_EQ(logs[0].level, 3U);
+        EXPECT_EQ(logs[0].file, "wifi/QuorvelWiFi");
+        EXPECT_EQ(logs[0].function, function);
+        EXPECT_EQ(logs[1].text, text);
+        EXPECT_EQ(logs[1].level, level);
+        EXPECT_EQ(logs[1].file, "wifi/QuorvelWiFiImpl");
+        EXPECT_EQ(logs[1].function, function + "Impl");
+    }
+};
 
 TEST_F(Registration, RefusesNoCallback) {
     EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackRegister(nullptr), 6U);
@@ -401,20 +426,12 @@ TEST_F(Registration, DeliversFromARealSocketUntilDeregistered) {
     ASSERT_GE(peer, 0);
     testing::internal::CaptureStdout();
     EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackRegister(&takeEvent), 0U);
-    const std::string first = header(1, 2, 12);
-    const std::string second = association(0, 0);
-    ASSERT_EQ(write(peer, first.data(), first.size()), static_cast<ssize_t>(first.size()));
-    {
-        std::unique_lock<std::mutex> guard(eventsMutex);
-        eventArrived.wait(guard, [] { return !events.empty(); });
-    }
-    ASSERT_EQ(write(peer, second.data(), second.size()), static_cast<ssize_t>(second.size()));
-    {
-        std::unique_lock<std::mutex> guard(eventsMutex);
-        eventArrived.wait(guard, [] { return events.size() == 2; });
-        EXPECT_EQ(events[0].ap, 11U);
-        EXPECT_EQ(events[1].ap, 1U);
-    }
+    send(peer, header(1, 2, 12));
+    awaitEvents(1);
+    send(peer, association(0, 0));
+    awaitEvents(2);
+    EXPECT_EQ(events[0].ap, 11U);
+    EXPECT_EQ(events[1].ap, 1U);
     platform.awaitCalls("read", 3);
     EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
     platform.endThreads();
@@ -431,30 +448,12 @@ TEST_F(Registration, DeliversFromARealSocketUntilDeregistered) {
 TEST_F(Registration, SaysDoneBeforeItActs) {
     platform.fail("pthread_create");
     EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackRegister(&takeEvent), 1U);
-    const auto logs = platform.logs();
-    ASSERT_EQ(logs.size(), 2U);
-    EXPECT_EQ(logs[0].text, "WiFiNewAPAssociatedDeviceCallbackRegister DONE");
-    EXPECT_EQ(logs[0].level, 3U);
-    EXPECT_EQ(logs[0].file, "wifi/QuorvelWiFi");
-    EXPECT_EQ(logs[0].function, "WiFiNewAPAssociatedDeviceCallbackRegister");
-    EXPECT_EQ(logs[1].text, "create thread fail. \n");
-    EXPECT_EQ(logs[1].level, 0U);
-    EXPECT_EQ(logs[1].file, "wifi/QuorvelWiFiImpl");
-    EXPECT_EQ(logs[1].function, "WiFiNewAPAssociatedDeviceCallbackRegisterImpl");
+    expectDoneBefore("WiFiNewAPAssociatedDeviceCallbackRegister", 0, "create thread fail. \n");
 }
 
 TEST_F(Registration, EndSaysDoneBeforeItActs) {
     EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
-    const auto logs = platform.logs();
-    ASSERT_EQ(logs.size(), 2U);
-    EXPECT_EQ(logs[0].text, "WiFiNewAPAssociatedDeviceCallbackDeRegister DONE");
-    EXPECT_EQ(logs[0].level, 3U);
-    EXPECT_EQ(logs[0].file, "wifi/QuorvelWiFi");
-    EXPECT_EQ(logs[0].function, "WiFiNewAPAssociatedDeviceCallbackDeRegister");
-    EXPECT_EQ(logs[1].text, "Deregister done.");
-    EXPECT_EQ(logs[1].level, 2U);
-    EXPECT_EQ(logs[1].file, "wifi/QuorvelWiFiImpl");
-    EXPECT_EQ(logs[1].function, "WiFiNewAPAssociatedDeviceCallbackDeRegisterImpl");
+    expectDoneBefore("WiFiNewAPAssociatedDeviceCallbackDeRegister", 2, "Deregister done.");
 }
 
 // Quirk: registration does not check for a running listener.
@@ -472,13 +471,9 @@ TEST_F(Registration, StartsASecondListenerThatTakesThePlaceOfTheFirst) {
     EXPECT_EQ(pthread_equal(first, qvlThreadId), 0);
     EXPECT_EQ(platform.callCount("pthread_create"), 2U);
     EXPECT_EQ(platform.callCount("pthread_cancel"), 0U);
-    const std::string message = header(0, 3, 12);
-    ASSERT_EQ(write(secondPeer, message.data(), message.size()), static_cast<ssize_t>(message.size()));
-    {
-        std::unique_lock<std::mutex> guard(eventsMutex);
-        eventArrived.wait(guard, [] { return !events.empty(); });
-        EXPECT_EQ(events[0].ap, 4U);
-    }
+    send(secondPeer, header(0, 3, 12));
+    awaitEvents(1);
+    EXPECT_EQ(events[0].ap, 4U);
     platform.awaitCalls("read", 3);
     EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
     EXPECT_EQ(platform.callTexts({"pthread_cancel", "close"}), (Texts{"pthread_cancel(listener)", "close(socket)"}));
@@ -533,12 +528,8 @@ TEST_F(Registration, CanBeRepeatedAfterDeregistering) {
         const int peer = platform.openPeer();
         ASSERT_GE(peer, 0);
         EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackRegister(&takeEvent), 0U);
-        const std::string message = header(0, 0, 12);
-        ASSERT_EQ(write(peer, message.data(), message.size()), static_cast<ssize_t>(message.size()));
-        {
-            std::unique_lock<std::mutex> guard(eventsMutex);
-            eventArrived.wait(guard, [round] { return events.size() == round; });
-        }
+        send(peer, header(0, 0, 12));
+        awaitEvents(round);
         platform.awaitCalls("read", 2 * round);
         EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
         platform.endThreads();

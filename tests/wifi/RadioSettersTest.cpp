@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -77,6 +78,17 @@ class RadioSetters : public PlatformTest {
         EXPECT_TRUE(context.intact());
     }
 
+    // Each setter takes each of the values.
+    template <typename Value, std::size_t count>
+    void expectAllAccepted(const Row<Value> (&rows)[count], std::initializer_list<Value> values, std::size_t width) {
+        for (const auto& row : rows) {
+            EXPECT_EQ(row.node, row.number);
+            for (const Value value : values) {
+                expectAccepted(row, value, width);
+            }
+        }
+    }
+
     void expectRefused(const Row<std::uint32_t>& row, std::uint32_t value) {
         SCOPED_TRACE("node " + std::to_string(row.number) + " value " + std::to_string(value));
         ASSERT_EQ(WiFiRadioInitContext(context.get()), 0U);
@@ -106,10 +118,8 @@ TEST_F(RadioSetters, OfFlagsTakeZeroAndOne) {
         ROW(ResetToFactory, 57),
         ROW(AtfEnable, 64),
     };
+    expectAllAccepted(rows, {0U, 1U}, 1);
     for (const auto& row : rows) {
-        EXPECT_EQ(row.node, row.number);
-        expectAccepted(row, 0U, 1);
-        expectAccepted(row, 1U, 1);
         expectRefused(row, 2U);
         expectRefused(row, 256U);
         expectRefused(row, 0xFFFFFFFFU);
@@ -148,12 +158,7 @@ TEST_F(RadioSetters, OfOtherNumbersTakeAnyValue) {
         ROW(RxChainMask, 49),
         ROW(pushRadioChannel, 61),
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.node, row.number);
-        for (const std::uint32_t value : {0U, 1U, 0x80000000U, 0xFFFFFFFFU}) {
-            expectAccepted(row, value, 4);
-        }
-    }
+    expectAllAccepted(rows, {0U, 1U, 0x80000000U, 0xFFFFFFFFU}, 4);
 }
 
 TEST_F(RadioSetters, OfSignedNumbersTakeAnyValue) {
@@ -165,12 +170,7 @@ TEST_F(RadioSetters, OfSignedNumbersTakeAnyValue) {
         ROW(BandSteeringRSSIThreshold, 54),
         ROW(BandSteeringPhyRateThreshold, 55),
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.node, row.number);
-        for (const std::int32_t value : {0, -1, INT32_MIN, INT32_MAX}) {
-            expectAccepted(row, value, 4);
-        }
-    }
+    expectAllAccepted(rows, {0, -1, INT32_MIN, INT32_MAX}, 4);
 }
 
 TEST_F(RadioSetters, OfTextsTakeTheFieldsCapacityAndNothingMore) {

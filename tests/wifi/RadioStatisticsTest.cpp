@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/wifi/LogLines.h"
+#include "tests/wifi/StatisticsTest.h"
 #include "tests/wifi/platform/FreshProcess.h"
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"
@@ -21,19 +21,18 @@ namespace quorvel {
 namespace {
 
 using scripted::GuardedBlock;
-using scripted::loggedBy;
+using scripted::kHeaders;
+using scripted::kUntouched;
 using scripted::logLines;
-using scripted::PlatformTest;
 using scripted::runFresh;
+using scripted::StatisticsTest;
 using Texts = std::vector<std::string>;
 
-constexpr std::uint32_t kUntouched = 0x5A5A5A5A;
 constexpr char kSource[] = "wifi/QuorvelWiFiRadioStatsImpl";
-constexpr char kHeaders[] = "Inter-|   Receive\n face |bytes\n";
 
-class RadioStatistics : public PlatformTest {
+class RadioStatistics : public StatisticsTest {
   protected:
-    RadioStatistics() {
+    RadioStatistics() : StatisticsTest(kSource) {
         platform.setVariable(1, 0, "radio_status", "Up");
     }
 
@@ -45,10 +44,6 @@ class RadioStatistics : public PlatformTest {
         std::uint32_t value = kUntouched;
         EXPECT_EQ(WiFiRadioStatsBytesSentGet(2, &value), 0U);
         return value;
-    }
-
-    bool failed(const char* function, const std::string& message) {
-        return loggedBy(platform, kSource, function, 0, message);
     }
 };
 
@@ -251,11 +246,10 @@ std::string interfaceLine(const std::string& name, std::uint32_t receivedDrops, 
 
 TEST_F(RadioStatistics, DiscardsAreSummedOverTheRadiosInterfaces) {
     platform.setVariable(1, 0, "radio_status", "Down");  // read in any status
-    platform.setFile("/proc/net/dev", kHeaders + interfaceLine("lo", 1000, 1000) + interfaceLine("wl0", 500, 600) +
-                                          interfaceLine("wl1", 1, 10) + interfaceLine("wl1.1", 2, 20) +
-                                          interfaceLine("wl1.7", 4, 40) + interfaceLine("wl10", 8, 80) +
-                                          interfaceLine("wl2", 5000, 5000) + interfaceLine("xwl1", 7000, 7000) +
-                                          interfaceLine("wl", 9000, 9000));
+    setInterfaces(interfaceLine("lo", 1000, 1000) + interfaceLine("wl0", 500, 600) + interfaceLine("wl1", 1, 10) +
+                  interfaceLine("wl1.1", 2, 20) + interfaceLine("wl1.7", 4, 40) + interfaceLine("wl10", 8, 80) +
+                  interfaceLine("wl2", 5000, 5000) + interfaceLine("xwl1", 7000, 7000) +
+                  interfaceLine("wl", 9000, 9000));
     std::uint32_t sent = kUntouched;
     std::uint32_t received = kUntouched;
     EXPECT_EQ(WiFiRadioStatsDiscardPacketsSentGet(2, &sent), 0U);
@@ -269,7 +263,7 @@ TEST_F(RadioStatistics, DiscardsAreSummedOverTheRadiosInterfaces) {
 }
 
 TEST_F(RadioStatistics, DiscardsOfARadioWithoutInterfacesAreZero) {
-    platform.setFile("/proc/net/dev", kHeaders + interfaceLine("wl0", 500, 600));
+    setInterfaces(interfaceLine("wl0", 500, 600));
     std::uint32_t sent = kUntouched;
     EXPECT_EQ(WiFiRadioStatsDiscardPacketsSentGet(2, &sent), 0U);
     EXPECT_EQ(sent, 0U);
@@ -299,8 +293,7 @@ TEST_F(RadioStatistics, DiscardsReadEachHeaderLineIntoFiveHundredAndTwelveBytes)
 }
 
 TEST_F(RadioStatistics, DiscardsEndAtALineThatDoesNotParse) {
-    platform.setFile("/proc/net/dev",
-                     kHeaders + interfaceLine("wl1", 1, 10) + "wl1.1:5 bad\n" + interfaceLine("wl1.2", 4, 40));
+    setInterfaces(interfaceLine("wl1", 1, 10) + "wl1.1:5 bad\n" + interfaceLine("wl1.2", 4, 40));
     std::uint32_t sent = kUntouched;
     EXPECT_EQ(WiFiRadioStatsDiscardPacketsSentGet(2, &sent), 0U);
     EXPECT_EQ(sent, 10U);

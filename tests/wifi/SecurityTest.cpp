@@ -10,7 +10,8 @@
 #include "wifi/model/Contexts.h"
 #include "wifi/model/Implementations.h"
 
-// Security: mapped parameters, mode names in both directions, WEP mode derived from the key's length, and the reset rule.
+// Security: mapped parameters, mode names in both directions, WEP mode derived from the key's length, and the reset
+// rule.
 
 namespace quorvel {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/wifi/DataModel.h"
 #include "tests/wifi/AllReadsSucceed.h"
+#include "tests/wifi/DataModel.h"
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"
 #include "wifi/QuorvelWiFiNeighboringDiagnosticsResultImpl.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/wifi/LogLines.h"
+#include "tests/wifi/StatisticsTest.h"
 #include "tests/wifi/platform/FreshProcess.h"
 #include "tests/wifi/platform/PlatformTest.h"
 #include "wifi/QuorvelWiFiExports.h"
@@ -19,15 +19,15 @@ namespace quorvel {
 namespace {
 
 using scripted::GuardedBlock;
-using scripted::loggedBy;
+using scripted::kHeaders;
+using scripted::kUntouched;
 using scripted::logLines;
 using scripted::PlatformTest;
 using scripted::runFresh;
+using scripted::StatisticsTest;
 using Texts = std::vector<std::string>;
 
-constexpr std::uint32_t kUntouched = 0x5A5A5A5A;
 constexpr char kSource[] = "wifi/QuorvelWiFiSSIDStatsImpl";
-constexpr char kHeaders[] = "Inter-|   Receive\n face |bytes\n";
 
 // A line whose sixteen counters are base + 1 to base + 16.
 std::string interfaceLine(const std::string& name, std::uint32_t base) {
@@ -38,15 +38,9 @@ std::string interfaceLine(const std::string& name, std::uint32_t base) {
     return line + "\n";
 }
 
-class SsidStatistics : public PlatformTest {
+class SsidStatistics : public StatisticsTest {
   protected:
-    void setInterfaces(const std::string& lines) {
-        platform.setFile("/proc/net/dev", kHeaders + lines);
-    }
-
-    bool failed(const char* function, const std::string& message) {
-        return loggedBy(platform, kSource, function, 0, message);
-    }
+    SsidStatistics() : StatisticsTest(kSource) {}
 };
 
 struct Row {

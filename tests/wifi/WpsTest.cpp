@@ -374,9 +374,11 @@ TEST_F(Wps, MethodAndCancelSayWhenTheyAreStaged) {
     EXPECT_EQ(lines(method), (Texts{"3 " + method + " Enter", "3 " + method + " DONE"}));
     EXPECT_EQ(WiFiAccessPointWPSMethodSet(context.get(), 7, "1234567890123456", 16), 8U);
     EXPECT_EQ(lines(method), (Texts{"3 " + method + " Enter", "0 Value out of range"}));
-    EXPECT_EQ(WiFiAccessPointWPSMethodSet(context.get(), 7, nullptr, 16), 6U);  // a null text is refused before the length
+    EXPECT_EQ(WiFiAccessPointWPSMethodSet(context.get(), 7, nullptr, 16),
+              6U);  // a null text is refused before the length
     EXPECT_EQ(lines(method), (Texts{"3 " + method + " Enter", "0 Invalid input params"}));
-    EXPECT_EQ(WiFiAccessPointWPSMethodSet(uninitialised.get(), 7, nullptr, 16), 5U);  // an uninitialised context before both
+    EXPECT_EQ(WiFiAccessPointWPSMethodSet(uninitialised.get(), 7, nullptr, 16),
+              5U);  // an uninitialised context before both
     EXPECT_EQ(lines(method), (Texts{"3 " + method + " Enter", "0 Uninit context"}));
     EXPECT_EQ(context.bytes(684, 16), "PIN" + std::string(13, '\0'));
     const std::string cancel = "WiFiAccessPointWPSCancel";
