@@ -4,7 +4,7 @@
 #
 ################################################################################
 
-QUORVEL_WIFI_VERSION = 0.1.0
+QUORVEL_WIFI_VERSION = 0.2.0
 QUORVEL_WIFI_SITE = $(call qstrip,$(BR2_PACKAGE_QUORVEL_WIFI_SOURCE))
 QUORVEL_WIFI_SITE_METHOD = local
 QUORVEL_WIFI_LICENSE = PROPRIETARY
