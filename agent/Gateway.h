@@ -72,6 +72,8 @@ class GatewayListener {
     virtual void onBoardTime(BoardInstant now) = 0;
     /// The gateway is there again after it was lost; watches are renewed.
     virtual void onRestored() = 0;
+    /// The board has been without power: what was not saved is lost. Follows onRestored().
+    virtual void onRebooted() = 0;
 };
 
 /// The library behind the host process. Every request returns at once and calls back later from the same thread, in
@@ -90,14 +92,18 @@ class Gateway {
     /// Returns the board's time now.
     [[nodiscard]] virtual BoardInstant boardTime() const = 0;
 
+    /// Has onBoardTime() called when the board's time has come; replaces an earlier wish.
+    virtual void wakeAt(BoardInstant at) = 0;
+
     /// Describes the plug-in's exported table.
     virtual void table(std::function<void(std::vector<TableRow>)> done) = 0;
 
     /// Reads parameters and partial paths; of these down to `levels` levels of objects, 0 for all.
     virtual void get(std::vector<std::string> paths, unsigned levels, std::function<void(GetAnswer)> done) = 0;
 
-    /// Returns the instances at and below object paths: "Device.WiFi.Radio.1.", ...
-    virtual void instances(std::vector<std::string> paths,
+    /// Returns the rows of tables ("Device.WiFi.Radio."): "Device.WiFi.Radio.1.", ...; a fault with 7016 where a row in
+    /// the path of the table is missing. Rows below rows may be among them.
+    virtual void instances(std::vector<std::string> tables,
                            std::function<void(std::vector<std::string>, std::vector<GatewayFault>)> done) = 0;
 
     /// Stages settings without applying them, and tells which are refused. Settings that act at once are checked for
@@ -115,11 +121,14 @@ class Gateway {
     /// results are in Device.WiFi.NeighboringWiFiDiagnostic.Result.
     virtual void scan(std::string radio, std::function<void(std::vector<GatewayFault>)> done) = 0;
 
+    /// Starts a WPS exchange by push button ("Device.WiFi.AccessPoint.1.WPS."); how it goes shows in its Status.
+    virtual void pushButton(std::string wps, std::function<void(std::vector<GatewayFault>)> done) = 0;
+
     /// Replaces the set of watched paths (parameters, partial paths).
     virtual void watch(std::vector<std::string> paths) = 0;
 
-    /// Takes the board's power away and gives it back; `factory`: without its saved variables. The agent may be ended
-    /// by it before it is called back; `done` is called when the board is there again, or could not be restarted.
+    /// Takes the board's power away and gives it back; `factory`: without its saved variables. Calls back with why it
+    /// cannot be done, or with no fault when it is under way: onRebooted() follows.
     virtual void powerCycle(bool factory, std::function<void(std::vector<GatewayFault>)> done) = 0;
 };
 
