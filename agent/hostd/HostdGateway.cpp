@@ -17,6 +17,8 @@ namespace protocol = hostd::protocol;
 using Faults = std::vector<GatewayFault>;
 
 constexpr std::chrono::milliseconds kBetweenAttempts{200};
+// A board that restarts keeps its socket; one that does not take connections for so long is down.
+constexpr int kAttempts = 25;
 // How soon a change that nobody announces is seen.
 constexpr double kWatchInterval = 1;
 constexpr const char* kService = "usp";
@@ -79,10 +81,11 @@ void HostdGateway::greet() {
             clockAt_ = EventLoop::Clock::now();
             // The moment of switching on stays where it is, however often the clock is read.
             if (!known) origin_ -= std::chrono::milliseconds(std::llround(clock_ * 1000));
+            attempts_ = 0;
             subscribe();
             if (known && listener_ != nullptr) listener_->onRestored();
             if (rebooted && listener_ != nullptr) listener_->onRebooted();
-            if (ready_) ready_();
+            if (onReady) onReady();
         });
     });
 }
@@ -185,7 +188,9 @@ void HostdGateway::reconnectLater() {
     loop_.cancel(reconnecting_);
     reconnecting_ = loop_.after(kBetweenAttempts, [this] {
         reconnecting_ = 0;
-        if (!connect()) reconnectLater();
+        if (connect()) return;
+        if (++attempts_ < kAttempts) return reconnectLater();
+        if (onEnd) onEnd();
     });
 }
 

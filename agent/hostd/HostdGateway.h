@@ -24,10 +24,10 @@ class HostdGateway final : public Gateway {
     /// Connects. Returns false when no board is up there; the gateway does not try again by itself then.
     [[nodiscard]] bool connect();
 
-    /// Calls `ready` once the board's time and life are known, after each connect.
-    void onReady(std::function<void()> ready) {
-        ready_ = std::move(ready);
-    }
+    /// Called once the board's time and life are known, after each connect.
+    std::function<void()> onReady;
+    /// Called when the connection has ended and no board takes a new one.
+    std::function<void()> onEnd;
 
     /// Leaves the agent's status, and entries of its trace, with the host process: JSON objects.
     void reportStatus(const nlohmann::ordered_json& status);
@@ -70,7 +70,6 @@ class HostdGateway final : public Gateway {
     EventLoop& loop_;
     std::string stateFolder_;
     std::function<void(const std::string&)> log_;
-    std::function<void()> ready_;
     GatewayListener* listener_ = nullptr;
     std::unique_ptr<hostd::Client> client_;
     std::map<hostd::protocol::Id, Lost> pending_;
@@ -79,6 +78,7 @@ class HostdGateway final : public Gateway {
     hostd::protocol::Id watch_ = 0;
     hostd::protocol::Id wake_ = 0;
     EventLoop::TimerId reconnecting_ = 0;
+    int attempts_ = 0;
     std::optional<unsigned> life_;  // number of the board's present life
     BoardInstant origin_;           // when the board was switched on
     double clock_ = 0;              // board time as it was told last

@@ -3,23 +3,30 @@
 #include <chrono>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <utility>
 
 namespace quorvel::agent {
 namespace {
 
 constexpr std::chrono::milliseconds kStatusInterval(1000);
+// How long a board that is up may take to say so.
+constexpr std::chrono::seconds kPatience(10);
+
+void logLine(const std::string& line) {
+    std::cerr << line << '\n';
+}
 
 }  // namespace
 
 Runner::Runner(const Config& config)
-    : gateway_(loop_, config.stateFolder),
+    : gateway_(loop_, config.stateFolder, logLine),
       transports_(loop_, config.tls),
       trace_(loop_, [this](auto entries) { gateway_.reportTrace(std::move(entries)); }),
       agent_(config, gateway_, transports_,
              {.random = {},
               .trace = [this](const TraceEntry& entry) { trace_.add(entry); },
-              .log = [](const std::string& line) { std::cerr << line << '\n'; }}) {
+              .log = logLine}) {
     transports_.listen(agent_);
     gateway_.onEnd = [this] {
         ended_ = "the board is down";
@@ -28,6 +35,14 @@ Runner::Runner(const Config& config)
 }
 
 void Runner::start() {
+    bool ready = false;
+    gateway_.onReady = [&ready] { ready = true; };
+    if (!gateway_.connect()) throw std::runtime_error("no board is up there; start it first");
+    const auto deadline = EventLoop::Clock::now() + kPatience;
+    while (!ready && EventLoop::Clock::now() < deadline)
+        (void)loop_.once(kStatusInterval);
+    gateway_.onReady = {};
+    if (!ready) throw std::runtime_error("the board does not answer; is its host process stopped?");
     agent_.start();
     reportStatus();
 }
@@ -49,7 +64,6 @@ std::string Runner::run() {
 }
 
 void Runner::lookAfterwards() {
-    gateway_.wakeAt(agent_.nextDue());
     const auto now = EventLoop::Clock::now();
     if (now < nextStatus_) return;
     nextStatus_ = now + kStatusInterval;

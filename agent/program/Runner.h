@@ -7,7 +7,7 @@
 
 #include "agent/Agent.h"
 #include "agent/EventLoop.h"
-#include "agent/host/HostGateway.h"
+#include "agent/hostd/HostdGateway.h"
 #include "agent/mtp/TransportSet.h"
 #include "agent/program/TraceReporter.h"
 
@@ -15,10 +15,10 @@ namespace quorvel::agent {
 
 class Runner {
   public:
-    /// Connects to the board. Throws hostd::ConnectionError when it is not up.
     explicit Runner(const Config& config);
 
-    /// Starts the agent. Throws std::runtime_error when its saved state cannot be used.
+    /// Connects to the board and starts the agent. Throws std::runtime_error when the board is not up or does not
+    /// answer, and when the agent's saved state cannot be used.
     void start();
 
     /// Serves until the board is down or stop() is called. Returns why it ended.
@@ -36,7 +36,7 @@ class Runner {
     void reportStatus();
 
     EventLoop loop_;
-    HostGateway gateway_;
+    HostdGateway gateway_;
     TransportSet transports_;
     TraceReporter trace_;
     Agent agent_;
