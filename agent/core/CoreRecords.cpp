@@ -9,6 +9,11 @@ namespace {
 // Requests of one controller that are being worked on; more are refused until some are answered.
 constexpr std::size_t kMaxInWork = 1000;
 
+std::size_t inWorkOf(const std::set<std::pair<std::string, std::string>>& all, const std::string& endpointId) {
+    return static_cast<std::size_t>(
+        std::count_if(all.begin(), all.end(), [&endpointId](const auto& each) { return each.first == endpointId; }));
+}
+
 const char* protocolName(Protocol protocol) {
     return protocol == Protocol::kMqtt ? "MQTT" : "WebSocket";
 }
@@ -158,11 +163,7 @@ void AgentCore::handleRequest(const std::shared_ptr<usp::Msg>& message, const Co
     if (fault.code != kNone) return sendError(reply, message->header().msg_id(), {fault.code, fault.text});
     const std::pair<std::string, std::string> id(controller.endpointId, message->header().msg_id());
     if (inWork_.contains(id)) return;
-    const auto own =
-        static_cast<std::size_t>(std::count_if(inWork_.begin(), inWork_.end(), [&controller](const auto& each) {
-            return each.first == controller.endpointId;
-        }));
-    if (inWork_.size() >= kMaxInWork && own >= kMaxInWork) {
+    if (inWork_.size() >= kMaxInWork && inWorkOf(inWork_, controller.endpointId) >= kMaxInWork) {
         return sendError(reply, id.second, {kResourcesExceeded, "too many requests are waiting"});
     }
     inWork_.insert(id);

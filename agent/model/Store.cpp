@@ -151,6 +151,8 @@ void Store::rollBack(std::size_t mark) {
                 break;
             case Change::Kind::kAdded:
                 erase(undo.object);
+                // The number was not used in the end.
+                if (isRow(undo.object)) --highest_[std::string(tableOf(undo.object))];
                 break;
             case Change::Kind::kRemoved:
                 insert(undo.object, std::move(undo.row));

@@ -234,7 +234,8 @@ Problem Resolver::pickLeaf(const Path& path, Resolution& at) const {
     };
     if (at.shape != nullptr && lacks(*at.shape)) return noSuchPath(at.shape->path + path.leaf);
     for (const Place& place : at.places) {
-        if (place.table || lacks(*place.object)) return noSuchPath(place.path + path.leaf);
+        if ((place.table && path.kind != Path::Kind::kObject) || lacks(*place.object))
+            return noSuchPath(place.path + path.leaf);
     }
     return {};
 }
@@ -255,7 +256,7 @@ Task<Resolution> Resolver::resolve(std::string text, Numbers numbers) {
     bool several = false;
     bool atTable = false;  // the names lead to a table
     for (const Segment& segment : path.segments) {
-        if (segment.kind == Kind::kName && atTable) {
+        if ((segment.kind == Kind::kName || segment.kind == Kind::kReference) && atTable) {
             at.problem = noSuchPath(at.shape->path + segment.name);
         } else {
             at.problem = co_await step(segment, at, numbers, several);
