@@ -55,7 +55,7 @@ struct Record {
 };
 
 constexpr Record kRecords[] = {
-    {"gQuorvelWiFiDataModelTable", 245 * kWordsPerEntry, 0},
+    {"gQuorvelWiFiDataModelTable", std::size(model::kParameters) * kWordsPerEntry, 0},
     {"gQuorvelWiFiDataModelTableInfo", 0, 16},
     {"authModeMapper", 16, 0},
     {"wpaEncryptionMapper", 6, 0},

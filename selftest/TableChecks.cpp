@@ -32,7 +32,7 @@ void checkEntry(const Library& library, const Parameter& parameter, const Word* 
 }  // namespace
 
 void checkTable(const Library& library, Report& report) {
-    report.begin("the table's descriptor is 0, 0, 0, 245");
+    report.begin("the table's descriptor is 0, 0, 0 and the number of parameters");
     const Word descriptor = library.find("gQuorvelWiFiDataModelTableInfo");
     if (library.sizeOf("gQuorvelWiFiDataModelTableInfo") < 16) {
         report.fail("the descriptor is missing or too small to be looked at");

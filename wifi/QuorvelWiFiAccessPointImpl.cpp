@@ -77,7 +77,8 @@ uint32_t WiFiAccessPointAssociatedDeviceMacListGetImpl(uint32_t ap, char* buf, u
         length += size;
         buf[length] = '\0';
     }
-    QUORVEL_LOG(Traffic, __func__, "AssociatedDeviceMacList[%.*s]", static_cast<int>(len), buf);
+    const quorvel::LoggedText<quorvel::kValueSize> list(buf, len);
+    QUORVEL_LOG(Traffic, __func__, "AssociatedDeviceMacList[%s]", list.text);
     return kSuccess;
 }
 
@@ -152,7 +153,8 @@ uint32_t WiFiAccessPointBeaconRateGetImpl(uint32_t ap, char* buf, uint32_t len) 
         if (known.units == rate) quorvel::copyText(buf, len, known.text);
     }
     // Another rate leaves the buffer as it was, and is no failure.
-    QUORVEL_LOG(Traffic, __func__, "BeaconRate[%.*s]", static_cast<int>(len), buf);
+    const quorvel::LoggedText<quorvel::kValueSize> text(buf, len);
+    QUORVEL_LOG(Traffic, __func__, "BeaconRate[%s]", text.text);
     return kSuccess;
 }
 

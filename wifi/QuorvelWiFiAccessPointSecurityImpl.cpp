@@ -75,8 +75,10 @@ uint32_t wlcsm_dm_adjust_security(char* dataModel, uint32_t dataModelLen, char* 
         }
         quorvel::copyText(dataModel, dataModelLen, mode);
     }
-    QUORVEL_LOG(Traffic, __func__, "dm_value[%.*s], wlmngr_value[%.*s], loading[%u]\n", static_cast<int>(dataModelLen),
-                dataModel, static_cast<int>(managerLen), manager, loading);
+    const quorvel::LoggedText<quorvel::kValueSize> dataModelText(dataModel, dataModelLen);
+    const quorvel::LoggedText<quorvel::kValueSize> managerText(manager, managerLen);
+    QUORVEL_LOG(Traffic, __func__, "dm_value[%s], wlmngr_value[%s], loading[%u]\n", dataModelText.text,
+                managerText.text, loading);
     return kSuccess;
 }
 

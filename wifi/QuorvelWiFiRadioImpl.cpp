@@ -105,8 +105,8 @@ uint32_t WiFiRadioBasicDataTransmitRatesGetImpl(uint32_t radio, char* buf, uint3
     (void)readManager(radio - 1, 0, "wlBand", value);  // an unread band is band 0
     const int32_t band = value.number();
     QUORVEL_LOG(Traffic, __func__, "wlBand[%d]", band);
-    value = {};
-    (void)readManager(radio - 1, 0, "wlgMode", value);  // an unread mode is mode 0
+    // Quirk: read into the same buffer, so that an unread mode is the band's number.
+    (void)readManager(radio - 1, 0, "wlgMode", value);
     const int32_t gMode = value.number();
     QUORVEL_LOG(Traffic, __func__, "wlgMode[%d]", gMode);
     if (band != 1 && band != 2) {

@@ -3,6 +3,7 @@
 
 #include "fuzz/ScriptedRun.h"
 #include "wifi/QuorvelWiFiExports.h"
+#include "wifi/model/Contexts.h"
 
 // Rate lists: the manager's texts when they are read, the host's when they are written.
 
@@ -37,7 +38,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     read(WiFiRadioBasicDataTransmitRatesGet, 256);
     read(WiFiRadioOperationalDataTransmitRatesGet, 256);
     read(WiFiRadioSupportedDataTransmitRatesGet, 256);
-    ExactBuffer context(9960);
+    ExactBuffer context(sizeof(WiFiRadioContext));
     require(WiFiRadioInitContext(context.get()) == 0, "the context is initialised");
     const auto length = static_cast<std::uint32_t>(bytes.size());
     const std::uint32_t basic = WiFiRadioBasicDataTransmitRatesSet(context.get(), 1, bytes.data(), length);

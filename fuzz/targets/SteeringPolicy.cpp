@@ -2,6 +2,7 @@
 
 #include "fuzz/ScriptedRun.h"
 #include "wifi/QuorvelWiFiExports.h"
+#include "wifi/model/Contexts.h"
 
 // A radio's band-steering policy, as the non-volatile store holds it: read, and rewritten by an apply.
 
@@ -23,7 +24,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     require(WiFiRadioBandSteeringBandUtilizationThresholdGet(1, &read) == 0, "any policy can be read");
     require(WiFiRadioBandSteeringRSSIThresholdGet(1, &read) == 0, "any policy can be read");
     require(WiFiRadioBandSteeringPhyRateThresholdGet(1, &read) == 0, "any policy can be read");
-    ExactBuffer context(9960);
+    ExactBuffer context(sizeof(WiFiRadioContext));
     require(WiFiRadioInitContext(context.get()) == 0, "the context is initialised");
     require(WiFiRadioBandSteeringBandUtilizationThresholdSet(context.get(), 1, value) == 0, "any value is staged");
     require(WiFiRadioBandSteeringRSSIThresholdSet(context.get(), 1, value) == 0, "any value is staged");

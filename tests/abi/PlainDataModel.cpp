@@ -99,6 +99,12 @@ unsigned Parameter::setterWord() const {
 DataModel readDataModel(const std::string& path) {
     DataModel model;
     readLines(path, [&model](const std::string& first, std::istringstream& words) {
+        if (first == "model") {
+            if (!(words >> model.statedObjects >> model.statedParameters)) {
+                throw std::runtime_error("a model has a number of objects and a number of parameters");
+            }
+            return;
+        }
         if (first == "object") {
             Object object;
             if (!(words >> object.path >> object.prefix >> object.entries >> object.contextSize)) {

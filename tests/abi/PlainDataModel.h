@@ -36,6 +36,8 @@ struct Parameter {
 };
 
 struct DataModel {
+    unsigned statedObjects = 0;
+    unsigned statedParameters = 0;
     std::vector<Object> objects;
     std::vector<Parameter> parameters;
 };

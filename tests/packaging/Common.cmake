@@ -20,6 +20,14 @@ function(expect_equal what actual expected)
     endif()
 endfunction()
 
+# The numbers of objects and parameters, which the interface's test states.
+function(stated_numbers objects parameters)
+    file(STRINGS ${SOURCE}/tests/abi/DataModel.txt stated REGEX "^model ")
+    string(REGEX MATCH "^model ([0-9]+) ([0-9]+)$" stated "${stated}")
+    set(${objects} ${CMAKE_MATCH_1} PARENT_SCOPE)
+    set(${parameters} ${CMAKE_MATCH_2} PARENT_SCOPE)
+endfunction()
+
 # Installs components (all when none is named) below a folder that stands for the root.
 function(install_below root)
     if(NOT ARGN)

@@ -8,6 +8,7 @@
 #include "tests/wifi/StationRecord.h"
 #include "tests/wifi/platform/FreshProcess.h"
 #include "wifi/QuorvelWiFiExports.h"
+#include "wifi/model/Contexts.h"
 #include "wifi/model/Implementations.h"
 
 // Access points: mapped parameters, the filter's modes, station walks and the beacon rate.
@@ -35,7 +36,7 @@ class AccessPoint : public MappedParameters {
         platform.forget();
         return WiFiAccessPointApplyContext(context.get(), kAccessPoint);
     }
-    GuardedBlock context{1588};
+    GuardedBlock context{sizeof(WiFiAccessPointContext)};
 };
 
 const MappedNumber kReadNumbers[] = {
@@ -266,6 +267,7 @@ TEST_F(StationWalk, ListsTheAddressesOfAllStations) {
                      "wlcsm_mngr_get(1, 2, \"wlStaInfo_1\")", "wlcsm_mngr_get(1, 2, \"wlStaInfo_2\")"}));
     EXPECT_EQ(linesOf("WiFiAccessPointAssociatedDeviceMacListGetImpl"),
               Texts{"2 AssociatedDeviceMacList[" + list + "]"});
+    EXPECT_EQ(platform.formatOf("AssociatedDeviceMacList[" + list + "]"), "AssociatedDeviceMacList[%s]");
 }
 
 TEST_F(StationWalk, ListsOneStationWithoutComma) {
@@ -476,7 +478,7 @@ TEST_F(StationWalk, SnapshotEndsAtTheListOfAnAccessPointWithoutStations) {
         platform.setVariable(1, 2, name, "1");
     }
     platform.setVariable(1, 2, "numStations", "0");
-    GuardedBlock context(1588);
+    GuardedBlock context(sizeof(WiFiAccessPointContext));
     EXPECT_EQ(WiFiAccessPointInstanceGet(context.get(), 11), 1U);
     EXPECT_EQ(platform.logTexts(0), (Texts{"There is no station associated on AP[11]", "Impl call failed, result 1",
                                            "Get failed, result 1"}));
@@ -562,7 +564,7 @@ TEST_F(BeaconRate, LeavesTheBufferForARateWithoutName) {
     EXPECT_STREQ(buffer, "as it was");
     GuardedBlock unterminated(32);
     EXPECT_EQ(WiFiAccessPointBeaconRateGet(1, unterminated.text(), 32), 0U);
-    EXPECT_TRUE(platform.logged(2, "BeaconRate[" + std::string(32, '\xEE') + "]"));
+    EXPECT_EQ(platform.formatOf("BeaconRate[" + std::string(32, '\xEE') + "]"), "BeaconRate[%s]");
 }
 
 TEST_F(BeaconRate, FailsWhenTheManagerDoes) {

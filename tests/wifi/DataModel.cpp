@@ -7,6 +7,7 @@
 #include <string>
 
 #include "wifi/QuorvelWiFiExports.h"
+#include "wifi/model/Contexts.h"
 
 namespace quorvel::datamodel {
 
@@ -130,16 +131,15 @@ std::uint32_t setValue(const Parameter& parameter, void* ctx, std::uint32_t valu
 
 const std::vector<Object>& objects() {
     static const std::vector<Object> all = {
-#define OBJECT(prefix, path, depth, size, limit, entries) \
-    {#prefix,                                             \
-     path,                                                \
-     depth,                                               \
-     size,                                                \
-     limit,                                               \
-     entries,                                             \
-     &prefix##InitContext,                                \
-     &prefix##CheckContextNodeSet,                        \
-     eraseApply(&prefix##ApplyContext),                   \
+#define OBJECT(prefix, path, depth, limit) \
+    {#prefix,                              \
+     path,                                 \
+     depth,                                \
+     sizeof(prefix##Context),              \
+     limit,                                \
+     &prefix##InitContext,                 \
+     &prefix##CheckContextNodeSet,         \
+     eraseApply(&prefix##ApplyContext),    \
      eraseApply(&prefix##InstanceGet)},
 #include "tests/wifi/DataModelRows.inc"
     };

@@ -19,7 +19,6 @@ struct Object {
     int depth;
     std::uint32_t contextSize;
     std::uint32_t nodeLimit;
-    std::size_t entries;
     std::uint32_t (*initContext)(void* ctx);
     std::uint32_t (*checkContextNodeSet)(void* ctx, std::uint32_t node);
     Function applyContext;

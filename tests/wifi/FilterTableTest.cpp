@@ -6,6 +6,7 @@
 #include "tests/wifi/MappedParameters.h"
 #include "tests/wifi/platform/FreshProcess.h"
 #include "wifi/QuorvelWiFiExports.h"
+#include "wifi/model/Contexts.h"
 
 // The station filter's list of addresses and their count.
 
@@ -112,7 +113,7 @@ TEST_F(FilterTable, RefusesNodesAboveTheCount) {
 
 TEST_F(FilterTable, IsEmptiedThroughTheAccessPoint) {
     setList(kThree);
-    GuardedBlock accessPoint(1588);
+    GuardedBlock accessPoint(sizeof(WiFiAccessPointContext));
     ASSERT_EQ(WiFiAccessPointInitContext(accessPoint.get()), 0U);
     ASSERT_EQ(WiFiAccessPointClearAccessControlFilterTableSet(accessPoint.get(), kAccessPoint, 1), 0U);
     ASSERT_EQ(WiFiAccessPointApplyContext(accessPoint.get(), kAccessPoint), 0U);
@@ -170,7 +171,7 @@ TEST_F(FilterTable, FollowsItsAccessPointToAnotherRadio) {
 
 TEST_F(FilterTable, ModeIsLeftToWhatIsAllowed) {
     platform.setVariable(kRadioIndex, kSubIndex, "wlFltMacMode", "disabled");
-    GuardedBlock accessPoint(1588);
+    GuardedBlock accessPoint(sizeof(WiFiAccessPointContext));
     ASSERT_EQ(WiFiAccessPointInitContext(accessPoint.get()), 0U);
     ASSERT_EQ(WiFiAccessPointAccessControlFilterEnabledSet(accessPoint.get(), kAccessPoint, 1), 0U);
     ASSERT_EQ(WiFiAccessPointApplyContext(accessPoint.get(), kAccessPoint), 0U);

@@ -402,13 +402,13 @@ TEST_F(RadioReads, BasicRatesRefuseAnotherBand) {
     }
 }
 
-TEST_F(RadioReads, BasicRatesTakeAnUnreadBandForZeroAndAnUnreadModeForZero) {
+TEST_F(RadioReads, BasicRatesTakeAnUnreadBandForZeroAndAnUnreadModeForTheBandsNumber) {
     set("wlBasicRate", "all");
     EXPECT_EQ(text(WiFiRadioBasicDataTransmitRatesGet), std::nullopt);
     EXPECT_TRUE(platform.logged(0, "Invalid band[0]"));
     set("wlBand", "2");
-    EXPECT_EQ(text(WiFiRadioBasicDataTransmitRatesGet), "1,2,5.5,11");
-    EXPECT_TRUE(platform.logged(2, "wlgMode[0]"));
+    EXPECT_EQ(text(WiFiRadioBasicDataTransmitRatesGet), "1,2,5.5,6,9,11,12,18,24,36,48,54");
+    EXPECT_TRUE(platform.logged(2, "wlgMode[2]"));
 }
 
 TEST_F(RadioReads, BasicRatesPassAFailureOn) {

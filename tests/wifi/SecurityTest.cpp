@@ -246,7 +246,8 @@ TEST_F(Security, BoundsWhatItReadsOfAMode) {
     EXPECT_EQ(modeFailure(), Texts{"Invalid wlWep value: " + std::string(32, 'w')});
     setMode((std::string(32, 'm') + "beyond").c_str());
     EXPECT_EQ(mode(), "None");
-    EXPECT_TRUE(platform.logged(2, "dm_value[None], wlmngr_value[" + std::string(32, 'm') + "], loading[0]\n"));
+    EXPECT_EQ(platform.formatOf("dm_value[None], wlmngr_value[" + std::string(32, 'm') + "], loading[0]\n"),
+              "dm_value[%s], wlmngr_value[%s], loading[%u]\n");
 }
 
 TEST_F(Security, FailsForAnotherWepSwitch) {

@@ -268,7 +268,7 @@ TEST_F(Snapshot, ReadsItsOwnInstance) {
     for (const auto& [snapshot, instance] : snapshots) {
         platform.reset();
         scripted::letAllReadsSucceed(platform);
-        GuardedBlock context(9960);
+        GuardedBlock context(sizeof(WiFiRadioContext));
         EXPECT_EQ(snapshot(context.get(), instance), 0U);
         std::size_t reads = 0;
         for (const auto& call : platform.calls()) {
@@ -359,7 +359,7 @@ TEST_F(Snapshot, GivesEachTextGetterItsMinimum) {
 TEST_F(Snapshot, TakesARecordForTheTextThatItBeginsWith) {
     scripted::letAllReadsSucceed(platform);
     platform.setRecord("wlcsm_mngr_channelstats", "\x24\x01" + std::string(2, '\0') + "\x07" + std::string(75, '\0'));
-    GuardedBlock context(9960);
+    GuardedBlock context(sizeof(WiFiRadioContext));
     ASSERT_EQ(WiFiRadioInstanceGet(context.get(), 1), 0U);
     EXPECT_EQ(context.bytes(datamodel::parameter("WiFiRadioChannelStats").offset(), 2048),
               "\x24\x01" + std::string(2046, '\0'));
@@ -369,7 +369,7 @@ TEST_F(Snapshot, PutsNothingOfAnotherRecordBehindOneWithoutAZero) {
     scripted::letAllReadsSucceed(platform);
     platform.setRecord("wlcsm_mngr_chanim_stats", std::string(1056, '\x55'));
     platform.setRecord("wlcsm_mngr_channelstats", std::string(80, '\x07'));
-    GuardedBlock context(9960);
+    GuardedBlock context(sizeof(WiFiRadioContext));
     ASSERT_EQ(WiFiRadioInstanceGet(context.get(), 1), 0U);
     EXPECT_EQ(context.bytes(datamodel::parameter("WiFiRadioDcsChannelMetrics").offset(), 1024),
               std::string(1024, '\x55'));

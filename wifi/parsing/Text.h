@@ -29,6 +29,21 @@ struct TerminatedText {
     }
 };
 
+/// The text in a buffer that it may fill, for a log line: the text itself, or a terminated copy of at most `most`
+/// bytes.
+template <size_t most>
+struct LoggedText {
+    char copy[most + 1];
+    const char* text;
+    LoggedText(const char* from, size_t size) : text(from) {
+        if (strnlen(from, size) < size) return;
+        const size_t length = size < most ? size : most;
+        memcpy(copy, from, length);
+        copy[length] = '\0';
+        text = copy;
+    }
+};
+
 }  // namespace quorvel
 
 #pragma GCC visibility pop

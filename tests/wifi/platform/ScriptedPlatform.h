@@ -81,6 +81,13 @@ class Platform {
     [[nodiscard]] bool logged(std::uint32_t level, const std::string& text) const {
         return logCount(level, text) > 0;
     }
+    // The format of the first line with this text; empty without such a line.
+    [[nodiscard]] std::string formatOf(const std::string& text) const {
+        for (const LogLine& line : logs()) {
+            if (line.text == text) return line.format;
+        }
+        return {};
+    }
     // Forgets calls and log lines (and starts the counting of calls anew), keeps scripts.
     void forget();
     // Seconds of every sleep, in order; no call really waits.
