@@ -1,6 +1,6 @@
-# What is installed where, but for the programs and stand-in libraries of gateway/ and console/, which say it themselves.
+# The places of installed files, but for the programs and stand-in libraries of gateway/ and console/, which name their own.
 # Components: runtime (the plug-in), development (its headers, CMake package and .pc file), gateway (the simulated gateway and
-# the console, whose programs stand with the stand-in libraries in a private folder).
+# the console, whose programs are with the stand-in libraries in a private folder).
 include(CMakePackageConfigHelpers)
 
 set(QUORVEL_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR}/quorvel/plugins)
@@ -21,7 +21,7 @@ install(FILES
     ${PROJECT_SOURCE_DIR}/wifi/model/Signatures.h
     DESTINATION ${QUORVEL_HEADER_DIR}/wifi/model COMPONENT development)
 
-# The CMake package finds the installed files from where it stands itself; the .pc file tells where they are on the target,
+# The CMake package finds the installed files from its own place; the .pc file names their places on the target,
 # which is known when they are installed.
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/quorvel_wifi-config.cmake.in
     ${CMAKE_BINARY_DIR}/package/quorvel_wifi-config.cmake

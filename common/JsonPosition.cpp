@@ -14,7 +14,7 @@ class Walker {
         }
     }
 
-    // Skips a text and returns what stands between its quotes, escapes as they are.
+    // Skips a text and returns the characters between its quotes, with its escapes.
     std::string_view skipText() {
         const std::size_t start = ++at_;
         while (at_ < text_.size() && text_[at_] != '"')

@@ -54,7 +54,7 @@ class CommandLine {
                "quorvel-wifi") {
         app_.require_subcommand(1);
         app_.set_help_flag("-h,--help", "Show the verbs, or what a verb takes");
-        app_.set_version_flag("--version", std::string("quorvel-wifi ") + kVersion, "Tell the version");
+        app_.set_version_flag("--version", std::string("quorvel-wifi ") + kVersion, "Show the version");
         addOptions(app_, session.options, kinds_);
         VerbContext context{app_, session, status_, kinds_, dispatch, [this] { return shape(); }};
         addValueVerbs(context);
@@ -119,10 +119,10 @@ std::string complaint(const CommandShape& program, const CLI::App& app, const CL
     }
     if (!verb->verbs.empty()) {
         const std::string names = listed(verb->verbNames());
-        const std::string meant = unknown.empty() ? "" : didYouMean(unknown.front(), verb->verbNames());
+        const std::string nearest = unknown.empty() ? "" : didYouMean(unknown.front(), verb->verbNames());
         if (verb != &program && unknown.empty()) return verb->name + " is followed by " + names;
-        if (verb != &program) return verb->name + " knows no \"" + unknown.front() + "\", only " + names + meant;
-        if (!unknown.empty()) return "there is no verb \"" + unknown.front() + "\"" + meant;
+        if (verb != &program) return verb->name + " has no verb \"" + unknown.front() + "\"; it has " + names + nearest;
+        if (!unknown.empty()) return "there is no verb \"" + unknown.front() + "\"" + nearest;
     }
     if (!unknown.empty()) return "\"" + unknown.front() + "\" is one argument too many";
     std::string text = error.what();
@@ -130,7 +130,7 @@ std::string complaint(const CommandShape& program, const CLI::App& app, const CL
     static constexpr std::string_view kNoNumber = "Could not convert: ";
     if (const std::size_t sign = text.find(" = "); text.starts_with(kNoNumber) && sign != std::string::npos) {
         return text.substr(kNoNumber.size(), sign - kNoNumber.size()) + ": \"" + text.substr(sign + 3) +
-               "\" is no number";
+               "\" is not a whole number";
     }
     return text;
 }
@@ -175,7 +175,7 @@ void refuseWhatCannotBeNested(const CLI::App& app, const Session& session, const
                        same(&Options::configuration) && same(&Options::programs) && same(&Options::emulator) &&
                        same(&Options::logFile);
     if (texts && same(&Options::logLevel) && same(&Options::noSandbox) && same(&Options::realTime)) return;
-    // What plays or checks has a board of its own, or none.
+    // play has a board of its own; selftest has none.
     if (verb == "play" || verb == "selftest") return;
     throw CLI::ValidationError(
         "the board is chosen when a shell or a batch begins; give --board, --state, --plugin, --configuration, "

@@ -1,4 +1,4 @@
-// quorvel-wifi: what a person types and sees.
+// quorvel-wifi: the command line of the simulated gateway.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -15,7 +15,7 @@
 
 namespace {
 
-// What is opened later must not be taken for an input or output that somebody has closed; writing to it fails.
+// Fills the places of closed inputs and outputs, so that no file opened later takes one; writing to them fails.
 void fillClosedPlaces() {
     for (int place = open("/dev/null", O_RDONLY); place >= 0; place = open("/dev/null", O_RDONLY)) {
         if (place <= STDERR_FILENO) continue;
@@ -24,7 +24,7 @@ void fillClosedPlaces() {
     }
 }
 
-// What did not arrive is not done. Who closes a pipe has seen enough and needs no words.
+// Fails when output was lost. EPIPE: the reader quit; stay silent.
 int withOutputChecked(int status) {
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
     if (errno != EPIPE) std::cerr << "quorvel-wifi: cannot write to standard output: " << std::strerror(errno) << '\n';
@@ -39,7 +39,7 @@ int main(int argc, char** argv) {
     (void)std::signal(SIGPIPE, SIG_IGN);
     quorvel::console::Session session{quorvel::console::Options{}};
     std::vector<std::string> words(argv + 1, argv + argc);
-    // Asked by the completion scripts of shells.
+    // The completion scripts of shells call this.
     if (!words.empty() && words.front() == "__complete") {
         words.erase(words.begin());
         return quorvel::console::printCompletions(words, session);

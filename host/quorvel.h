@@ -48,19 +48,19 @@ uint32_t QuorvelOsMutexUnlock(void* handle);
 /* Reads `key` of `section` from the host configuration. `auxiliary` has 16 bytes, `value` 64. */
 uint32_t QuorvelUtilGetCfg(const char* section, const char* key, char* auxiliary, char* value);
 
-/* What the host's process service needs to start or find a process. */
+/* The data with which the host's process service starts or finds a process. */
 typedef struct SpawnInfo {
     char program[64];    /* path, NUL-terminated */
     char arguments[256]; /* one argument text, NUL-terminated */
     uint32_t option320;  /* the host's own; 1 for a daemon started without configuration */
-    uint8_t option324;   /* the host's own; 1 likewise */
+    uint8_t option324;   /* the host's own; 1 for a daemon started without configuration */
     uint8_t reserved325[7];
-    uint8_t option332; /* the host's own; 0 likewise */
-    uint8_t option333; /* the host's own; 0 likewise */
+    uint8_t option332; /* the host's own; 0 for a daemon started without configuration */
+    uint8_t option333; /* the host's own; 0 for a daemon started without configuration */
     uint8_t reserved334[10];
 } SpawnInfo;
 
-/* What the host's spawn call fills. */
+/* The record that the host's spawn call fills. */
 typedef struct ProcessRecord {
     uint8_t bytes[16];
 } ProcessRecord;

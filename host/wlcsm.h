@@ -1,7 +1,7 @@
 /* The WLAN manager's client calls (libwlcsm) as the plug-in uses them: declarations only.
  *
  * `radio` and `sub` are 0-based: radio N's main interface is wlN (sub 0), its others wlN.1 to wlN.7. Calls differ in
- * what they return for success; each comment says which it is. */
+ * the value that they return for success; each comment states it. */
 #ifndef WLCSM_H
 #define WLCSM_H
 

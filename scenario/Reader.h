@@ -7,7 +7,7 @@
 
 namespace quorvel::scenario {
 
-/// A file is no scenario: "FILE:LINE:COLUMN: POINTER: what was expected, found ...".
+/// A file is not a scenario: "FILE:LINE:COLUMN: POINTER: expected ..., found ...".
 class ScenarioError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -16,7 +16,7 @@ class ScenarioError : public std::runtime_error {
 /// Reads and checks the scenario in `path`. Throws ScenarioError for the first thing that is wrong with it.
 [[nodiscard]] Scenario readScenario(const std::string& path);
 
-/// The same for a text; `name` stands for the file in messages.
+/// Reads a scenario from a text. Messages call it `name`.
 [[nodiscard]] Scenario parseScenario(const std::string& text, const std::string& name);
 
 }  // namespace quorvel::scenario

@@ -24,7 +24,7 @@ struct Step {
     Json members;        ///< the action's own members, checked by the reader
 };
 
-/// What a value must be like.
+/// The rule that a value must meet.
 struct Condition {
     enum class Kind { kEquals, kDiffers, kOneOf, kMatches, kAtLeast, kAtMost };
     Kind kind = Kind::kEquals;
@@ -36,7 +36,7 @@ struct Expectation {
     enum class Kind {
         kParameter,   ///< a parameter's value
         kUnreadable,  ///< reading a parameter gives a fault
-        kEvent,       ///< the plug-in told of stations coming or going
+        kEvent,       ///< the plug-in reported stations that come or go
         kLog,         ///< the WLAN manager's log has an entry
         kFault,       ///< a step gave a fault, or none
     };

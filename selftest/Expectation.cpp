@@ -30,7 +30,7 @@ std::size_t deepSetterWord(const Parameter& parameter) {
     return parameter.object->path.ends_with(".AC.{i}") ? 65 : 61;
 }
 
-// Fields stand behind the host's header in node order, each aligned to its size.
+// Fields follow the host's header in node order, each aligned to its size.
 std::size_t place(const model::Parameter& row, std::size_t& end) {
     std::size_t size = row.type.capacity;
     if (row.type.kind == Kind::kBoolean) size = 1;
@@ -50,7 +50,7 @@ std::vector<Parameter> makeParameters() {
         for (const model::Parameter& row : model::parametersOf(object.index))
             all.push_back({&object, &row, depthOf(object), place(row, end)});
     }
-    // Radio's BandUtilization, node 58, stands before nodes 56 and 57.
+    // Radio's BandUtilization, node 58, precedes nodes 56 and 57.
     const auto found =
         std::find_if(all.begin(), all.end(), [](const Parameter& each) { return each.row->name == "BandUtilization"; });
     std::rotate(found - 2, found, found + 1);

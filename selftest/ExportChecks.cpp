@@ -1,4 +1,4 @@
-// What a host finds by name.
+// Checks the names that a host finds.
 #include "selftest/Checks.h"
 #include "selftest/Expectation.h"
 

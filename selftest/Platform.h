@@ -8,13 +8,13 @@ namespace quorvel::selftest {
 /// The platform that the plug-in finds here in place of the host framework and the WLAN manager: it notes what it is
 /// asked and does nothing. The program exports the platform's calls, so that they come before the platform's libraries.
 struct Platform {
-    // What it answers.
+    // Its answers.
     std::uint32_t createResult = 0;
     std::uint32_t lockResult = 0;
     std::uint32_t unlockResult = 0;
     bool managerAnswers = false;  ///< every variable is "1" and every command succeeds, or everything fails
 
-    // What it was asked.
+    // The calls that it received.
     unsigned creates = 0;
     unsigned lockAttempts = 0;
     unsigned locks = 0;

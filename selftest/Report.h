@@ -6,7 +6,7 @@
 
 namespace quorvel::selftest {
 
-/// What the checks found, by group, and the call that is under way, for the case that the plug-in does not return from
+/// The findings of the checks by group, and the call under way, in case the plug-in does not return from
 /// it.
 class Report {
   public:

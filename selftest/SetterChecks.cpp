@@ -35,7 +35,7 @@ struct Trial {
         report.check(platform().lockAttempts == 0, set.name() + " takes the lock, expected not to");
     }
 
-    // `field` is what must stand in the parameter's field afterwards.
+    // `field` is the value that the parameter's field must have afterwards.
     template <typename... Last>
     void accepts(const std::string& what, const void* field, std::size_t size, Last... last) const {
         Context context;

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kFirstFunction = 6;
 
 std::string found(const Library& library, std::size_t word, Word value) {
-    // Types, sizes and other numbers stand before the functions.
+    // Types, sizes and other numbers precede the functions.
     return word < kFirstFunction ? std::to_string(value) : library.describe(value);
 }
 

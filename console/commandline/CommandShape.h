@@ -11,13 +11,13 @@ class Option;
 
 namespace quorvel::console {
 
-// What the verbs are about: the headings of the help, in its order.
+// The headings of the help, in its order.
 inline constexpr const char* kDataModelVerbs = "Data model";
 inline constexpr const char* kAirVerbs = "Radios and stations";
 inline constexpr const char* kBoardVerbs = "The board";
 inline constexpr const char* kManyVerbs = "Many commands, checks and help";
 
-/// What an argument or the value of an option stands for: completion offers values by it.
+/// The kind of an argument or an option's value: completion offers values by it.
 enum class ArgumentKind {
     kOther,  ///< nothing to offer
     kAccessPoint,
@@ -39,7 +39,7 @@ enum class ArgumentKind {
 /// The kinds of the arguments and options that have one.
 using ArgumentKinds = std::map<const CLI::Option*, ArgumentKind>;
 
-/// What a command line can be made of: the program, a verb, or a verb's verb. Help and completion are made from it.
+/// The parts of a command line: of the program, a verb, or a verb's verb. Help and completion are made from it.
 struct CommandShape {
     struct Option {
         std::string name;   ///< "--board"
@@ -58,7 +58,7 @@ struct CommandShape {
     std::string name;
     std::string heading;
     std::string description;
-    std::vector<std::string> examples;  ///< what stands behind the program's name
+    std::vector<std::string> examples;  ///< the words behind the program's name
     std::vector<Option> options;
     std::vector<Positional> positionals;
     std::vector<CommandShape> verbs;

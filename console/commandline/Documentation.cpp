@@ -24,7 +24,7 @@ bool isInstance(std::string_view segment) {
     return !segment.empty() && segment.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-// Replaces instances and what stands for them by "{i}", and keeps what was there.
+// Replaces instances and their placeholders by "{i}", and keeps the originals.
 std::string templateOf(std::string_view path, std::vector<std::string>* instances = nullptr) {
     std::string text;
     for (std::size_t begin = 0; begin < path.size();) {
@@ -36,7 +36,7 @@ std::string templateOf(std::string_view path, std::vector<std::string>* instance
         if (end < path.size()) text += '.';
         begin = end + 1;
     }
-    // A station's MAC stands behind the name.
+    // A station's MAC follows the name.
     const std::size_t bracket = text.find('[', text.rfind('.') == std::string::npos ? 0 : text.rfind('.'));
     return bracket == std::string::npos ? text : text.substr(0, bracket);
 }

@@ -10,7 +10,7 @@
 
 namespace quorvel::console {
 
-/// What the data model's definitions say about parameters beyond the exported table. It is read from
+/// The facts about parameters that the data model's definitions have beyond the exported table. It is read from
 /// share/quorvel-wifi/data-model.json beside the programs and needs no board.
 class Documentation {
   public:
@@ -21,7 +21,7 @@ class Documentation {
     ~Documentation();
 
     /// Returns the descriptions of what a full or partial path names, as an array; instances and searches in the path
-    /// stand for all of their kind. Empty when there is nothing of the kind.
+    /// serve for all of their kind. Empty when there is none.
     [[nodiscard]] nlohmann::ordered_json below(std::string_view path) const;
 
     /// Returns the description of a parameter, or null.

@@ -6,7 +6,7 @@
 
 namespace quorvel::console {
 
-/// Returns the one of `known` that `word` is most likely meant to be, or the empty text when none is near.
+/// Returns the one of `known` that is nearest to `word`, or the empty text when none is near.
 [[nodiscard]] std::string nearestWord(std::string_view word, const std::vector<std::string>& known);
 
 /// Returns "; did you mean "X"?" for the nearest of `known`, or the empty text.

@@ -32,14 +32,14 @@ char* nextMatch(const char*, int state) {
 
 char** complete(const char* word, int, int end) {
     rl_attempted_completion_over = 1;  // no file names
-    // The library breaks words at more than blanks; what stands in front of its word is kept as it is.
+    // The library breaks words at more than blanks; the text in front of its word is kept.
     const std::string line(rl_line_buffer, static_cast<std::size_t>(end));
     const std::size_t begin = line.find_last_of(" \t") + 1;
     const std::size_t kept = line.size() - begin - std::min(std::strlen(word), line.size() - begin);
     theMatches = theCompleter(line.substr(0, begin), line.substr(begin));
     for (std::string& match : theMatches)
         match.erase(0, kept);
-    // What can go on is not finished by a blank.
+    // No blank follows a word that can go on.
     const bool goesOn = theMatches.size() == 1 && !theMatches.front().empty() &&
                         std::string_view(".=/").find(theMatches.front().back()) != std::string_view::npos;
     rl_completion_append_character = goesOn ? 0 : ' ';

@@ -5,7 +5,7 @@
 namespace quorvel::console {
 namespace {
 
-// What is over within it needs no words.
+// Work that ends sooner shows no progress.
 constexpr std::chrono::milliseconds kMoment{300};
 
 }  // namespace

@@ -10,7 +10,7 @@ bool isNumber(const std::string& text) {
     return !text.empty() && text.find_first_not_of("0123456789.-") == std::string::npos;
 }
 
-// A last column with less room is left as it is.
+// A last column with less room is not cut.
 constexpr std::size_t kNarrowest = 20;
 
 // Breaks a text at its blanks.

@@ -81,10 +81,9 @@ int explain(const Session& session, const std::string& path) {
 void addExplainVerbs(VerbContext& context) {
     Session& session = context.session;
     auto path = std::make_shared<std::string>();
-    CLI::App* const verb =
-        context.add(kDataModelVerbs, "explain", "Tell what a parameter is: type, range, unit and source",
-                    "explain Device.WiFi.Radio.2.DcsDwelltime\nexplain Device.WiFi.SSID.",
-                    [&session, path] { return explain(session, *path); });
+    CLI::App* const verb = context.add(kDataModelVerbs, "explain", "Show a parameter's type, range, unit and source",
+                                       "explain Device.WiFi.Radio.2.DcsDwelltime\nexplain Device.WiFi.SSID.",
+                                       [&session, path] { return explain(session, *path); });
     context
         .take(verb, ArgumentKind::kPath, "PATH", *path, "e.g. Device.WiFi.Radio.2.DcsDwelltime or Device.WiFi.SSID.")
         ->required();

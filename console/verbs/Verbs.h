@@ -20,7 +20,7 @@ struct VerbContext {
     std::function<int(std::vector<std::string>, Session&)> dispatch;  ///< runs a command in a session
     std::function<CommandShape()> shape;                              ///< returns the shape of the whole command line
 
-    /// Adds a verb under a heading of the help; its work is `run`. The examples are what stands behind the program's
+    /// Adds a verb under a heading of the help; its work is `run`. The examples are the words behind the program's
     /// name, one per line.
     CLI::App* add(const char* heading, const char* name, const char* description, const char* examples,
                   const std::function<int()>& run) {
@@ -47,7 +47,7 @@ inline CLI::Validator oneOf(std::vector<std::string> words) {
     return CLI::Validator(
         [words = std::move(words)](std::string& given) {
             if (std::find(words.begin(), words.end(), given) != words.end()) return std::string();
-            return "\"" + given + "\" is none of " + listed(words) + didYouMean(given, words);
+            return "\"" + given + "\" is not one of " + listed(words) + didYouMean(given, words);
         },
         "");
 }
@@ -59,7 +59,7 @@ inline CLI::Validator positive() {
             const bool number = !given.empty() && given.find_first_not_of("0123456789") == std::string::npos;
             return number && given.find_first_not_of('0') != std::string::npos
                        ? std::string()
-                       : "\"" + given + "\" is no number from 1";
+                       : "\"" + given + "\" must be a positive whole number";
         },
         "");
 }

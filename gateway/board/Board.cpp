@@ -34,7 +34,7 @@ namespace {
 
 constexpr char kPoweredUp[] = "!";
 
-// What the board's processes share until each goes its own way.
+// The state that the board's processes share until each goes its own way.
 struct Power {
     Plan plan;
     pid_t caller = 0;
@@ -116,7 +116,7 @@ Places sandboxPlaces(const Plan& plan) {
     return places;
 }
 
-// Carries a process of the board out: what goes wrong is told to the caller, and the process ends.
+// Runs a process of the board. Reports an exception to the caller and ends the process.
 template <typename Work>
 Places runOrReport(Power& power, Work work) {
     try {

@@ -8,7 +8,7 @@
 
 namespace quorvel::board {
 
-// What a board is powered up with.
+/// The choices with which a board is powered up.
 struct Options {
     // A path to a board description (it contains a '/' or ends in ".json"), or the name of a shipped board: NAME.json
     // in `boards/` of the program folder.
@@ -51,7 +51,7 @@ struct Places {
     std::string configuration;  // /board/etc/host.ini
     std::string state;          // /data
     std::string socket;         // /var/run/wlmngr2.socket, the WLAN manager's
-    std::string hostState;      // the state folder as it is called outside, for messages
+    std::string hostState;      // the state folder's name outside, for messages
 };
 
 // A board that could not be powered up: what failed, with which value, and what to do next.

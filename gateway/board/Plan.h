@@ -1,6 +1,6 @@
 #pragma once
 
-// What a board consists of, found and checked while everything can still be reached under its ordinary name.
+// The parts of a board, found and checked while each is still reachable under its ordinary name.
 
 #include <filesystem>
 #include <string>

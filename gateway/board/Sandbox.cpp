@@ -126,7 +126,7 @@ void showMachine() {
             continue;
         }
         if (mount(entry.path().c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0) continue;
-        // What this user may not even look at, nobody on the board needs.
+        // Skip folders that this user may not read: nothing on the board can need them.
         if (errno != EACCES && errno != ENOENT) throw failure("Cannot show /" + name + " on the board");
     }
 }
@@ -169,7 +169,7 @@ unsigned long flagsOf(const std::string& options) {
     return flags;
 }
 
-// What is mounted in the mount that `folder` shows. What an older mount there holds is out of sight, though its path is
+// The mounts below the one that `folder` shows. Those of an older mount there are hidden, though their paths are
 // still listed.
 std::vector<MountPoint> mountPointsBelow(const std::string& folder) {
     std::map<int, int> parents;
@@ -337,7 +337,7 @@ void enterNamespaces() {
         return;
     }
     const int error = errno;
-    // Whoever may administer the system needs no user namespace for the others.
+    // A user with the right to administer the system needs no user namespace for the others.
     if (unshare(kKinds) != 0) throw BoardError(adviseOnNamespaces(error));
 }
 

@@ -27,7 +27,7 @@ void createPrivate(const std::string& folder) {
 
     struct stat status {};
     if (stat(folder.c_str(), &status) != 0) throw failure("Cannot look at the board's state folder " + folder);
-    if (!S_ISDIR(status.st_mode)) throw BoardError("The board's state folder " + folder + " is no folder.");
+    if (!S_ISDIR(status.st_mode)) throw BoardError("The board's state folder " + folder + " is a file; name a folder.");
     refuseForeignFolder(folder);
     if ((status.st_mode & 077) != 0 && chmod(folder.c_str(), 0700) != 0)
         throw failure("Cannot make the board's state folder " + folder + " private");

@@ -77,7 +77,7 @@ int supervise(pid_t child) {
         }
         siginfo_t info{};
         const int number = sigwaitinfo(&set, &info);
-        // What the terminal sends, it sends to all of the board's processes.
+        // The terminal sends a signal to all of the board's processes.
         if (number > 0 && number != SIGCHLD && info.si_code != SI_KERNEL) kill(child, number);
     }
 }

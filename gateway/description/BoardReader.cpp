@@ -67,7 +67,7 @@ Board readBoard(const JsonCursor& cursor) {
             board.radios.push_back(readRadio(entry));
             if (board.radios.back().index + 1 != board.radios.size()) {
                 entry.at("index").fail(std::to_string(board.radios.size() - 1) +
-                                       " (radios stand in order, without gaps)");
+                                       " (radios are listed in order, without gaps)");
             }
         },
         kMaxRadios);

@@ -16,7 +16,7 @@ constexpr std::size_t kMapSize = QUORVEL_CONTEXT_HEADER_SIZE - sizeof kMark;
 constexpr uint32_t kNodes = kMapSize * 8;
 static_assert(kNodes == 1024);
 
-// Blocks come from whoever allocates them and may be unaligned.
+// Callers allocate the blocks, which may be unaligned.
 unsigned char* mapOf(void* ctx) {
     return static_cast<unsigned char*>(ctx) + sizeof kMark;
 }

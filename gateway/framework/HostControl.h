@@ -1,4 +1,4 @@
-/* What a host process asks of the host framework beyond the plug-in's calls (quorvel.h): the log's reader side. */
+/* The calls that a host process makes beyond those of the plug-in (quorvel.h): the reader's side of the log. */
 #ifndef QUORVEL_HOST_CONTROL_H
 #define QUORVEL_HOST_CONTROL_H
 

@@ -9,7 +9,7 @@
 
 namespace quorvel::framework {
 
-// What is wrong with a configuration text: the line, from 1, and what was expected there.
+// A mistake in a configuration text: the line, from 1, and the text that was expected there.
 struct IniError {
     unsigned line = 0;
     std::string message;

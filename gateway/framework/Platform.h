@@ -10,7 +10,7 @@
 
 namespace quorvel::framework {
 
-// What the host's calls return. The plug-in only tests for 0 and hands others on.
+// The results of the host's calls. The plug-in tests for 0 and passes others on.
 enum Result : uint32_t {
     kDone = 0,
     kNotFound = 1,       // no such entry, process or program

@@ -25,7 +25,7 @@ struct CloseFolder {
     }
 };
 
-// Reads /proc/PID/FILE as far as it fits. Returns what was read.
+// Reads /proc/PID/FILE as far as it fits. Returns the bytes read.
 std::string_view readEntry(const char* pid, const char* name, std::span<char> buffer) {
     std::array<char, 300> path{};
     (void)std::snprintf(path.data(), path.size(), "/proc/%s/%s", pid, name);

@@ -47,7 +47,7 @@ class Gateway {
     [[nodiscard]] bool inBackground() const {
         return process_ <= 0;
     }
-    /// What start-up complained about, or the empty text.
+    /// Returns the complaint of start-up, or the empty text.
     [[nodiscard]] const std::string& bootTrouble() const {
         return bootTrouble_;
     }

@@ -8,7 +8,7 @@ namespace quorvel::manager {
 using Milliseconds = std::int64_t;
 
 // The board's time since power-on. It follows real time plus whatever it has been advanced, or, once it is virtual,
-// stands still between advances.
+// does not move between advances.
 class BoardClock {
   public:
     // `real` gives monotonic milliseconds; board time starts at 0 now.

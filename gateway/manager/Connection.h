@@ -7,11 +7,11 @@
 namespace quorvel::manager {
 
 // A client's connection to the WLAN manager. It connects when it is needed and again after a failure; it needs no C++
-// run-time library. Not safe to share between threads: whoever does holds a lock around each call.
+// run-time library. Not safe to share between threads: callers that share it hold a lock around each call.
 class Connection {
   public:
     // Sends the request and waits for the answer, whose blocks stay valid until the next call. Returns false when there
-    // is no manager, or it did not answer rightly within the bound: 1.5 seconds, or 200 ms when the last request
+    // is no manager, or it did not give a valid answer within the bound: 1.5 seconds, or 200 ms when the last request
     // already ran into it, so that a caller that reads a whole tree from a hanging manager gets through. A manager
     // whose process is stopped is not waited for so long.
     [[nodiscard]] bool call(const Request& request, Answer& answer);

@@ -137,7 +137,7 @@ Json timeRequest(Service& service, const Json& request) {
     if (request.contains("virtual")) {
         if (!request.at("virtual").is_boolean() || !request.at("virtual").get<bool>()) {
             throw Refusal{
-                "\"virtual\" can only be set to true: a clock that stands still cannot be told how late it is"};
+                "\"virtual\" can only be set to true: a virtual clock has lost the real time and cannot return to it"};
         }
         service.clock().makeVirtual();
     }

@@ -21,8 +21,8 @@
 // times give the same state and the same log.
 namespace quorvel::manager {
 
-// What survives a power cycle once it has been saved: variables that differ from the factory's, by "RADIO.SUB.NAME"
-// (SUB is
+// The values that survive a power cycle once they have been saved: variables that differ from the factory's, by
+// "RADIO.SUB.NAME" (SUB is
 // "-" for a radio, both for the system), and non-volatile keys that differ, absent ones with no text.
 struct Saved {
     std::map<std::string, std::optional<std::string>> variables;
@@ -43,9 +43,9 @@ struct Counters {
 };
 
 struct Station {
-    description::Station setup;  // as it is at present: moves change it
+    description::Station setup;  // at present: moves change it
     std::size_t planAt = 0;      // next step of its plan
-    std::string security;        // what the station is set up for
+    std::string security;        // the mode that the station is set up for
     std::string passphrase;
     bool wanted = false;  // tries to be associated
     bool associated = false;
@@ -130,7 +130,7 @@ class Model {
     [[nodiscard]] bool restart(unsigned radio);
     [[nodiscard]] bool switchChannel(unsigned radio, std::string_view text);  // "44" or "44/80"
 
-    // Information. Nothing when there is no such radio, BSS or station.
+    // Information. Each returns nothing for a radio, BSS or station that does not exist.
     [[nodiscard]] std::optional<ManagerStationRecord> stationInfo(unsigned radio, unsigned sub,
                                                                   std::string_view mac) const;
     [[nodiscard]] std::optional<SsidRecord> ssidInfo(unsigned radio, unsigned sub) const;

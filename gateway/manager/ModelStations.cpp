@@ -1,4 +1,4 @@
-// Stations: who is let in, who is dropped, and what the event socket is told.
+// Stations: admission, dropping, and their events.
 #include <algorithm>
 #include <cstring>
 #include <utility>

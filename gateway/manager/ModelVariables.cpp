@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kLongestValue = 1023;
 constexpr std::size_t kLongestKey = 63;
 constexpr std::size_t kMostKeys = 4096;
-// What tells the manager that a list is to be removed, not emptied.
+// The value that removes a list, instead of emptying it.
 constexpr std::string_view kDelete = "*DEL*";
 constexpr Milliseconds kRejoinDelay = 3000;
 
@@ -204,7 +204,7 @@ void Model::react(unsigned radio, unsigned sub, std::string_view name, const std
         const unsigned widest = state.factory.band == common::Band::k5GHz ? 160 : 40;
         state.values["wlNBw"] = std::to_string(bandwidthCode(capability == 4 ? widest : 20U << capability));
     } else if (name == "wlNPreambleType") {
-        // Written as a word, kept as the flag that it stands for.
+        // Callers write a word; the store keeps its flag.
         if (value == "gf") value = "1";
     } else if (name == "wlSsid" && value != before) {
         const auto members = bss.stations;

@@ -39,10 +39,10 @@ void Model::runWps(unsigned radio, unsigned sub) {
     for (std::size_t i = 0; i < stations_.size(); ++i) {
         Station& station = stations_[i];
         if (!station.wanted || station.associated || station.setup.accessPoint != accessPoint) continue;
-        const bool meant = bss.wps.pin
-                               ? !station.setup.wpsPin.empty() && station.setup.wpsPin == bss.values.at("wlWscStaPin")
-                               : station.setup.wpsPushButton;
-        if (!meant) continue;
+        const bool matches = bss.wps.pin
+                                 ? !station.setup.wpsPin.empty() && station.setup.wpsPin == bss.values.at("wlWscStaPin")
+                                 : station.setup.wpsPushButton;
+        if (!matches) continue;
         // The exchange hands the access point's present security over to the station.
         const std::string& mode = bss.values.at("wlAuthMode");
         const std::string before[] = {station.security, station.passphrase};

@@ -32,11 +32,11 @@ Server::~Server() {
 
 std::string Server::open() {
     std::string problem;
-    // The event socket first: who finds the manager may count on it.
+    // Open the event socket first: a client that reaches the manager expects it.
     problem = events_.open();
     if (!problem.empty()) return problem;
     listener_ = common::listenOn(socketPath_, problem);
-    // What happened before anybody could listen is not told.
+    // Drop the events from before anybody could listen.
     (void)service_.model().takeMessages();
     return problem;
 }

@@ -11,7 +11,7 @@
 
 namespace quorvel::manager {
 
-// What the manager may be in the middle of when it ends or stops.
+// The work during which the manager ends or stops.
 enum class FaultPoint { kNothing, kRead, kWrite, kScan, kSave };
 
 // How the manager misbehaves on request.
@@ -26,7 +26,7 @@ struct Faults {
     description::ToolFault wl = description::ToolFault::kNone;
 };
 
-// What one connection has pending: bytes that its last answer points into, and the rest of a long answer.
+// One connection's pending bytes: those that its last answer points into, and the rest of a long answer.
 struct Session {
     std::string bytes;
     std::string longAnswer;
@@ -67,7 +67,7 @@ class Service {
     [[nodiscard]] std::size_t listeners() const {
         return listeners_;
     }
-    // What loading the store had to say, or nothing.
+    // Returns the problem met when loading the store, or the empty text.
     [[nodiscard]] const std::string& problem() const {
         return problem_;
     }

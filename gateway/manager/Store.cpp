@@ -22,7 +22,7 @@ class File {
   public:
     explicit File(int descriptor) : descriptor_(descriptor) {}
     ~File() {
-        if (descriptor_ >= 0) (void)::close(descriptor_);  // what must be durable has been synced before
+        if (descriptor_ >= 0) (void)::close(descriptor_);  // sync() has made it durable before
     }
     File(const File&) = delete;
     File& operator=(const File&) = delete;
@@ -175,7 +175,7 @@ std::optional<std::string> Store::save(const Saved& saved, const std::function<v
     }
     if (std::rename(fresh.c_str(), path_.c_str()) != 0) {
         auto failure = because("cannot replace " + path_);
-        (void)::unlink(fresh.c_str());  // likewise
+        (void)::unlink(fresh.c_str());  // the old file stays valid without it
         return failure;
     }
     const std::string folder = folderOf(path_);

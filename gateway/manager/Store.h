@@ -17,7 +17,7 @@ class Store {
     // nothing saved, and sets `problem` to a text for a person.
     [[nodiscard]] Saved load(std::string& problem) const;
 
-    // Replaces the file and makes it durable before it returns. Gives what failed, in which case the old file stands,
+    // Replaces the file and makes it durable before it returns. Gives what failed, in which case the old file stays,
     // or nothing. `halfway` is called when half of it is written.
     [[nodiscard]] std::optional<std::string> save(
         const Saved& saved, const std::function<void()>& halfway = [] {}) const;

@@ -7,7 +7,7 @@
 
 namespace quorvel::manager {
 
-// What the `wl` tool prints and the status it ends with (0, or 1 with the text as its message).
+// The output of the `wl` tool and its exit status (0, or 1 with the text as its message).
 struct WlAnswer {
     std::int32_t status = 0;
     std::string text;

@@ -1,4 +1,4 @@
-/* What the simulation's client library offers beside the platform's calls: steering of the simulated surroundings. */
+/* The call of the simulation's client library beside the platform's: it steers the simulated surroundings. */
 #ifndef WLCSM_CONTROL_H
 #define WLCSM_CONTROL_H
 

@@ -21,7 +21,7 @@
 namespace quorvel::board {
 namespace {
 
-// Lets go of all that came from whoever loaded the driver: somebody may be waiting for the end of its output.
+// Closes the descriptors inherited from the loader of the driver: a reader may wait for the end of its output.
 void letGo(int keptReader, int keptWriter) {
     const int null = open("/dev/null", O_RDWR);
     for (int number = 0; number <= 2 && null >= 0; ++number)

@@ -49,7 +49,7 @@ TEST_F(BoardFailure, NamesAMissingConfiguration) {
 }
 
 TEST_F(BoardFailure, NamesAStateFolderThatIsNone) {
-    expectRefusal({"--state", folder_.write("file", "")}, "/file is no folder");
+    expectRefusal({"--state", folder_.write("file", "")}, "/file is a file; name a folder");
     expectRefusal({"--state", folder_.path() + "/file/below"}, "Cannot create");
 }
 
