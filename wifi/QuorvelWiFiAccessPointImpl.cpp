@@ -40,8 +40,8 @@ uint32_t WiFiAccessPointApplyContextImpl(void* ctx, uint32_t ap) {
 
 namespace {
 
-// Reads how many stations the access point has; 0, with a word in the log, when it has none or the manager did not say.
-// Signed, so that a negative number is a walk over nobody.
+// Reads how many stations the access point has; 0, which it logs, when there is none or the manager failed.
+// Signed, so that a negative number is a walk over no station.
 int32_t countStations(const char* function, const ManagerAddress& address, uint32_t ap) {
     ManagerText value;
     (void)readManager(address.radio, address.sub, "numStations", value);  // an unread number is 0
@@ -152,7 +152,7 @@ uint32_t WiFiAccessPointBeaconRateGetImpl(uint32_t ap, char* buf, uint32_t len) 
     for (const Rate& known : kRates) {
         if (known.units == rate) quorvel::copyText(buf, len, known.text);
     }
-    // Another rate leaves the buffer as it was, and is no failure.
+    // Quirk: another rate succeeds, and leaves the buffer unchanged.
     const quorvel::LoggedText<quorvel::kValueSize> text(buf, len);
     QUORVEL_LOG(Traffic, __func__, "BeaconRate[%s]", text.text);
     return kSuccess;

@@ -52,7 +52,7 @@ uint32_t WiFiAccessPointWPSStatusGetImpl(uint32_t, int32_t* out) {
 
 namespace {
 
-// An access point's marked context, and where its writes go. What the manager answers to them is not looked at.
+// An access point's marked context, and where its writes go. The manager's results are ignored.
 struct Staged {
     WiFiAccessPointWPSContext& context;
     uint32_t ap;

@@ -489,7 +489,7 @@ uint32_t WiFiRadioChannelStatsGet2Impl(uint32_t radio, void* record, uint32_t le
         QUORVEL_LOG(Traffic, __func__, "ChannelStats is NULL");
         return kFailed;
     }
-    // What the manager does not fill, or the caller has no room for, reads as 0 in the log.
+    // Bytes that the manager does not fill, or the caller has no room for, are logged as 0.
     if (wlcsm_mngr_getRadioChannelStats2(radio - 1, record, length) != 0) {
         QUORVEL_LOG(Error, __func__, "Channelstats2 fail to get results");
         return kFailed;
@@ -598,7 +598,7 @@ void applySteering(const Staged& staged, uint32_t node, int32_t value) {
 void turnAutomaticChannelOff(const Staged& staged) {
     char name[32];
     snprintf(name, sizeof name, "wl%d_auto_cha", static_cast<int>(staged.radio - 1));
-    (void)wlcsm_nvram_set(name, "0");  // the switch has been made; nobody waits for this
+    (void)wlcsm_nvram_set(name, "0");  // the switch has been made: a failure changes nothing
 }
 
 template <size_t capacity>
@@ -606,7 +606,7 @@ template <size_t capacity>
     return TerminatedText(field).number();
 }
 
-// Measures the channel that a staged text names; what the measurement returns is of no use here.
+// Measures the channel that a staged text names; ignores the measurement's result.
 template <size_t size, size_t capacity>
 [[gnu::noinline]] void measureStaged(const Staged& staged, const char (&field)[capacity],
                                      uint32_t (*measure)(uint32_t, char*, uint32_t)) {

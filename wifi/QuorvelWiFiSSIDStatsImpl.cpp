@@ -21,7 +21,7 @@ constexpr uint32_t kCounters = 16;  // of a line
 constexpr uint32_t kHighestNode = 22;
 constexpr uint16_t kUnsupported = 0;
 
-// Where a node's counter stands in the record; 0, where the name is, for a node without one.
+// Offsets of the nodes' counters in the record; 0, the name's, for a node without one.
 constexpr uint16_t NONE = kUnsupported;
 #define COLUMN(member) offsetof(NetDevStats, member)
 #define PARAMETER_ROW(prefix, depth, apply, node, name, stem, access, type, accepted, read, source, ...) source,
@@ -84,7 +84,7 @@ uint32_t WiFiSSIDStatsApplyContextImpl(void*, uint32_t) {
 
 namespace {
 
-// The name at the start of a line: what stands before the first blank, at most 127 characters.
+// The name at the start of a line: the text before the first blank, at most 127 characters.
 struct Name {
     const char* text;
     size_t length;
@@ -97,7 +97,7 @@ struct Name {
             ++line;
         length = static_cast<size_t>(line - text);
     }
-    // What a name is made of lies mostly above the blanks.
+    // Most characters of a name are above the blanks.
     static bool endsName(char c) {
         return static_cast<unsigned char>(c) <= ' ' && (c == '\0' || quorvel::isBlank(c));
     }

@@ -16,7 +16,7 @@ constexpr const char* kLogFile = "wifi/QuorvelWiFiSystem";
 
 constexpr uint32_t kNoRadio = 0xFFFFFFFF;
 
-// Which access point each radio's slots hold; 0 is a free slot. Read and written without a lock, as the host is told.
+// Which access point each radio's slots hold; 0 is a free slot. Read and written without a lock.
 uint32_t slots[quorvel::kRadios][kAccessPointsPerRadio] = {
     {1, 2, 3, 4, 5, 6, 7, 8},
     {9, 10, 11, 12, 13, 14, 15, 16},
@@ -43,7 +43,7 @@ Slot find(uint32_t ap) {
     return {0, 0, false};
 }
 
-// What follows logs under the name of the operation that it works for.
+// These helpers log under the name of the operation that they work for.
 
 bool isRadio(const char* function, uint32_t radio) {
     if (radio != 0 && radio <= quorvel::kRadios) return true;
@@ -223,7 +223,7 @@ uint32_t WiFiSystemApplyContextImpl(void*) {
 uint32_t WiFiSystemInstanceGet(void* ctx) {
     static constexpr auto site = quorvel::siteOf(quorvel::kWiFiSystemObject, __func__);
     quorvel::logEnter(site);
-    (void)Quorvel_ContextInit(ctx, kContextSize);  // a context that the host refuses stays as it is
+    (void)Quorvel_ContextInit(ctx, kContextSize);  // a context that the host refuses stays unchanged
     quorvel::logDone(site);
     return kSuccess;
 }

@@ -79,7 +79,7 @@ union TableWord {
 };
 static_assert(sizeof(TableWord) == sizeof(Word));
 
-/// Where the getter of a parameter stands in its entry.
+/// Returns the word of an entry that holds the getter.
 constexpr size_t getterWord(size_t type, size_t depth) {
     return depth == 2 ? 55 + type : 6 + 2 * type + depth;
 }

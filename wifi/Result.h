@@ -1,4 +1,4 @@
-// What the library's functions return.
+// Result codes of the library's functions.
 #pragma once
 
 #include <cstdint>

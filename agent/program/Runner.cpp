@@ -24,9 +24,7 @@ Runner::Runner(const Config& config)
       transports_(loop_, config.tls),
       trace_(loop_, [this](auto entries) { gateway_.reportTrace(std::move(entries)); }),
       agent_(config, gateway_, transports_,
-             {.random = {},
-              .trace = [this](const TraceEntry& entry) { trace_.add(entry); },
-              .log = logLine}) {
+             {.random = {}, .trace = [this](const TraceEntry& entry) { trace_.add(entry); }, .log = logLine}) {
     transports_.listen(agent_);
     gateway_.onEnd = [this] {
         ended_ = "the board is down";

@@ -1,4 +1,4 @@
-// Variables of the manager read with its plain call, and what the manager knows instances by.
+// Variables of the manager read with its plain call, and its indices of instances.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ constexpr uint32_t subIndex(uint32_t instance) {
     return (instance - 1) & (kAccessPointsPerRadio - 1);
 }
 
-/// What the manager knows an access point or SSID by, indices from 0.
+/// The manager's indices of an access point or SSID, from 0.
 struct ManagerAddress {
     uint32_t radio;
     uint32_t sub;

@@ -1,4 +1,4 @@
-// What the pattern makes of each row, decided by what the row says.
+// The getters, setters and context functions of the pattern, chosen by the words of each row.
 #pragma once
 
 #include <cstddef>

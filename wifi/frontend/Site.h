@@ -1,4 +1,4 @@
-// Where a front-end function stands: what its log lines say. The function's name is text behind the record, so that
+// The place of a front-end function, as its log lines name it. The function's name is text behind the record, so that
 // there is no pointer for the loader to relocate.
 #pragma once
 

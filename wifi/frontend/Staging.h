@@ -38,7 +38,7 @@ uint32_t stageBoolean(void* ctx, uint32_t value, const StagingSite& site);
 uint32_t stageWord(void* ctx, uint32_t value, const StagingSite& site);
 uint32_t stageWordInRange(void* ctx, uint32_t value, const RangeStagingSite& site);
 
-/// Stage a text of at most `len` bytes. What remains of the field behind it is cleared; a text that fills the field has
+/// Stage a text of at most `len` bytes. The rest of the field is cleared; a text that fills the field has
 /// no terminator. Return 0, 2, 5, 6 or 8.
 uint32_t stageText(void* ctx, const char* src, uint32_t len, const TextStagingSite& site);
 uint32_t stageTextOfLength(void* ctx, const char* src, uint32_t len, const LengthStagingSite& site);

@@ -1,4 +1,4 @@
-// What the columns of a definition say, as values.
+// The words of a definition's columns, as values.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +22,7 @@ struct Type {
     bool ofStation;     ///< the getter takes a station's MAC text instead of a second instance
 };
 
-/// What a setter takes: values of a number from `low` to `high`, or texts of `low` or `high` characters.
+/// The values that a setter takes: those of a number from `low` to `high`, or texts of `low` or `high` characters.
 struct Accepted {
     enum class Rule : uint8_t { kNone, kAny, kRange, kLengths } rule;
     uint32_t low;

@@ -13,7 +13,7 @@
 #define PASS_INSTANCES_1 i
 #define PASS_INSTANCES_2 i, j
 
-// What a getter writes to, by type, declared and passed on.
+// The output of a getter, by type, declared and passed on.
 #define OUTPUT_boolean [[maybe_unused]] uint8_t* out
 #define OUTPUT_unsignedInt [[maybe_unused]] uint32_t* out
 #define OUTPUT_int [[maybe_unused]] int32_t* out
@@ -25,7 +25,7 @@
 #define PASS_OUTPUT_stationInt mac, out
 #define PASS_OUTPUT_string(capacity) buf, len
 
-// What a setter takes, by type, declared and passed on.
+// The input of a setter, by type, declared and passed on.
 #define INPUT_boolean uint32_t value
 #define INPUT_unsignedInt uint32_t value
 #define INPUT_int int32_t value
@@ -35,7 +35,7 @@
 #define PASS_INPUT_int value
 #define PASS_INPUT_string(capacity) src, len
 
-// What is said only of a row with a getter, with a setter, and with a setter that follows the pattern, by access.
+// Keep their text for rows with a getter, with a setter, and with a setter that takes a value, by access.
 #define WITH_GETTER_RO(...) __VA_ARGS__
 #define WITH_GETTER_RW(...) __VA_ARGS__
 #define WITH_GETTER_WO(...)

@@ -34,8 +34,8 @@ constexpr bool isBlank(char c) {
 /// Tells whether `text` begins with `count` numbers, each as skipCounter takes it.
 [[nodiscard]] bool beginsWithCounters(const char* text, uint32_t count);
 
-/// Write a number as "%u" and "%d" do, or a text, and a NUL: at most 11 bytes and the NUL for a number. Return where
-/// the NUL stands.
+/// Write a number as "%u" and "%d" do, or a text, and a NUL: at most 11 bytes and the NUL for a number. Return the
+/// place of the NUL.
 char* appendDecimal(char* to, uint32_t value);
 char* appendDecimal(char* to, int32_t value);
 char* append(char* to, const char* text);

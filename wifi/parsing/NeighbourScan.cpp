@@ -18,7 +18,7 @@ constexpr char kScan[] = "WiFiRadioStatsApplyContextImpl";
 // Longer lines arrive in pieces, each of which counts as a line.
 constexpr size_t kLineSize = 128;
 
-// What is known of the entry being parsed.
+// The parts found in the entry being parsed.
 struct Found {
     bool radio;
     bool ssid;

@@ -1,4 +1,4 @@
-// What the columns of a definition say, in words.
+// The columns of a definition, in words.
 #pragma once
 
 #include <string>
@@ -22,7 +22,7 @@ namespace quorvel::model {
 /// Returns where the value comes from and how it is converted, e.g. "`wlEnbl`, 0 or 1".
 [[nodiscard]] std::string sourceText(const Parameter& parameter);
 
-/// Returns the `read` column as it is written.
+/// Returns the word of the `read` column.
 [[nodiscard]] std::string_view readName(Read read);
 
 }  // namespace quorvel::model
