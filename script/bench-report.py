@@ -178,10 +178,23 @@ def processor():
 
 load = os.getloadavg()[0]
 machine = f"Measured on {processor()}, Linux {platform.release()}, load average {load:.1f}; instructions with callgrind."
+
+
+def alternatives():
+    """The table of what other options make of the library, and the chosen ones'."""
+    named = [line.split(maxsplit=2) for line in lines("alternatives")]
+    table = ["| Options | Number read | Text read | Staged set | Apply, radio | File, bytes |", "|---|---|---|---|---|---|"]
+    for name, bytes_of_file, options in named:
+        counts = counts_in(f"alternative-{name}")
+        cells = [cost(counts, each) for each in ("mapped-number-read", "mapped-text-read", "staged-set", "apply-one-of-65")]
+        table.append("| " + " | ".join([options, *cells, f"{int(bytes_of_file):,}"]) + " |")
+    return table if named else []
+
+
 begin, end = "<!-- begin of what script/bench writes -->", "<!-- end of what script/bench writes -->"
 with open(document) as file:
     content = file.read()
 before, rest = content.split(begin)
 after = rest.split(end)[1]
 with open(document, "w") as file:
-    file.write(before + begin + "\n" + machine + "\n\n" + "\n".join(table) + "\n" + end + after)
+    file.write(before + begin + "\n" + machine + "\n\n" + "\n".join(table) + "\n\n" + "\n".join(alternatives()) + "\n" + end + after)
