@@ -35,5 +35,5 @@ uint32_t WiFiAccessPointSsidNameStatusGet(uint32_t ap, void* buffer) {
 
 uint32_t WiFiAccessPointMacModeGet(uint32_t ap, uint32_t* out) {
     static constexpr auto site = quorvel::siteOf(quorvel::kWiFiAccessPointObject, __func__);
-    return quorvel::get(&WiFiAccessPointMacModeGetImpl, site, ap, out);
+    return quorvel::get(ap, out, &WiFiAccessPointMacModeGetImpl, site);
 }

@@ -9,8 +9,8 @@ struct FrontEnds<kWiFiAccessPointACObject> : Pattern {
     static constexpr TextGetter kGetterWithoutEntry = &WiFiAccessPointACAliasGet;
 
     // Quirk: the context is neither checked nor initialised again.
-    static uint32_t applyContext(uint32_t (*impl)(void*, uint32_t, uint32_t), const Site& site, uint32_t, void* ctx,
-                                 uint32_t ap, uint32_t ac) {
+    static uint32_t applyContext(uint32_t (*impl)(void*, uint32_t, uint32_t), const Site& site, void* ctx, uint32_t ap,
+                                 uint32_t ac) {
         logEnter(site);
         if (const uint32_t result = lock(site)) return result;
         return endGet(impl(ctx, ap, ac), site);

@@ -515,7 +515,7 @@ struct Staged {
     WiFiRadioContext& context;
     uint32_t radio;  // from 1
 
-    [[nodiscard]] bool has(uint32_t node) const {
+    [[nodiscard, gnu::always_inline]] bool has(uint32_t node) const {
         return WiFiRadioCheckContextNodeSet(&context, node) != 0;
     }
     void clear(uint32_t node) const {

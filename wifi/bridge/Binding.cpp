@@ -33,8 +33,4 @@ Binding bindingOf(const MappingRow* rows, uint32_t node) {
     return {row, {conversionOfForeign(row->conversion), model::specialOf(object, node), kValueSize}, object, node};
 }
 
-bool instancesAreValid(uint32_t radio, uint32_t ssid) {
-    return radio - 1 < kRadios && ssid - 1 < kAccessPoints;
-}
-
 }  // namespace quorvel

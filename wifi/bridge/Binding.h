@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "wifi/bridge/ManagerText.h"
 #include "wifi/model/Mapping.h"
 
 #pragma GCC visibility push(hidden)
@@ -29,7 +30,9 @@ inline Binding bindingOf(OwnRow own) {
 Binding bindingOf(const MappingRow* rows, uint32_t node);
 
 /// Whether the manager has a radio and an SSID of these numbers (from 1).
-bool instancesAreValid(uint32_t radio, uint32_t ssid);
+inline bool instancesAreValid(uint32_t radio, uint32_t ssid) {
+    return radio - 1 < kRadios && ssid - 1 < kAccessPoints;
+}
 
 }  // namespace quorvel
 

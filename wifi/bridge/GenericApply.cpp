@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "wifi/Log.h"
+#include "wifi/Platform.h"
 #include "wifi/QuorvelWiFiExports.h"
 #include "wifi/Result.h"
 #include "wifi/bridge/Binding.h"
@@ -41,7 +42,7 @@ bool makeText(const Binding& binding, const Target& target, const char* field, c
 }
 
 // Writes one marked node.
-void applyNode(const Target& target, const char* ctx, const MappingRow* rows, uint32_t node) {
+[[gnu::noinline]] void applyNode(const Target& target, const char* ctx, const MappingRow* rows, uint32_t node) {
     const char* variable = rows[node].variable;
     if (variable[0] == '\0') {
         QUORVEL_LOG(Error, kFunction, " No direct wlmgnr mapping for node[%d].", node);
@@ -75,10 +76,11 @@ uint32_t Quorvel_P_WiFiApplyContext(uint32_t radio, uint32_t ssid, void* ctx, co
     }
     const quorvel::Target target{radio - 1, quorvel::subIndex(ssid)};
     const auto* rows = static_cast<const quorvel::MappingRow*>(table);
+    // One pointer for all nodes.
+    const auto isSet = quorvel::kPlatform.isContextSetMap;
     // In increasing order: of two nodes that share a variable, the higher one's text stays.
     for (uint32_t node = 1; node < count; ++node) {
-        if (Quorvel_IsContextSetMap(ctx, node) == 0) continue;
-        quorvel::applyNode(target, static_cast<const char*>(ctx), rows, node);
+        if (isSet(ctx, node) != 0) quorvel::applyNode(target, static_cast<const char*>(ctx), rows, node);
     }
     QUORVEL_LOG(Trace, __func__, "%s DONE", __func__);
     return quorvel::kSuccess;

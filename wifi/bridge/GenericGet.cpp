@@ -26,12 +26,12 @@ struct Instance {
     uint32_t ssid;   // from 1
 };
 
-bool refuse(const Instance& at) {
+[[gnu::noinline]] bool refuse(const Instance& at) {
     QUORVEL_LOG(Error, kFunction, "Invalid radioIdx[%u] or ssidIdx[%u]", at.radio, at.ssid);
     return false;
 }
 
-bool isValid(const Instance& at) {
+[[gnu::always_inline]] inline bool isValid(const Instance& at) {
     return instancesAreValid(at.radio, at.ssid) || refuse(at);
 }
 
@@ -45,7 +45,8 @@ bool storeAbsent(const Binding& binding, void* out) {
 }
 
 // Stores the value of a text that the manager has; a text is cut to `bound` bytes.
-void store(const Binding& binding, const Instance& at, const char* text, void* out, uint32_t bound) {
+[[gnu::always_inline]] inline void store(const Binding& binding, const Instance& at, const char* text, void* out,
+                                         uint32_t bound) {
     if (binding.facts.special != model::SpecialValue::kNone && readSpecial(binding.facts.special, text, out)) {
         QUORVEL_LOG(Traffic, "Quorvel_P_WiFiSpecialCaseGet", "SpecialCaseHit: objIdx[%d], nodeIdx[%d]", binding.object,
                     binding.node);
@@ -56,7 +57,8 @@ void store(const Binding& binding, const Instance& at, const char* text, void* o
 }
 
 // Reads a variable for a valid instance. Returns 0 or 1.
-uint32_t readVariable(const Binding& binding, const Instance& at, void* out, uint32_t bound) {
+[[gnu::always_inline]] inline uint32_t readVariable(const Binding& binding, const Instance& at, void* out,
+                                                    uint32_t bound) {
     const char* variable = binding.row->variable;
     if (variable[0] == '\0') {
         QUORVEL_LOG(Error, kFunction, "Couldn't find node[%d] in the mapping table.", binding.node);
@@ -80,7 +82,7 @@ uint32_t readVariable(const Binding& binding, const Instance& at, void* out, uin
     return kSuccess;
 }
 
-uint32_t readOwn(OwnRow row, uint32_t i, void* out, uint32_t bound) {
+[[gnu::noinline]] uint32_t readOwn(OwnRow row, uint32_t i, void* out, uint32_t bound) {
     const Instance at{radioOf(row.scope, i), ssidOf(row.scope, i)};
     if (!isValid(at)) return kInvalidInput;
     return readVariable(bindingOf(row), at, out, bound);

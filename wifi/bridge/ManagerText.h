@@ -32,9 +32,7 @@ struct ManagerAddress {
 inline constexpr size_t kValueSize = 1024;
 
 /// Clears a buffer for a value: the manager is given no remains of the stack.
-inline void clearValue(char (&text)[kValueSize]) {
-    memset(text, 0, sizeof text);
-}
+void clearValue(char (&text)[kValueSize]);
 
 /// A variable of the manager read into a cleared buffer; an unread one is the empty text.
 struct ManagerText {

@@ -9,27 +9,28 @@
 #include "wifi/frontend/Pattern.h"
 #include "wifi/model/Implementations.h"
 
-#define OBJECT_ROW(prefix, depth, apply, path)                                                                      \
-    uint32_t prefix##InitContext(void* ctx) {                                                                       \
-        static constexpr auto site = quorvel::siteOf(quorvel::k##prefix##Object, #prefix "InitContext", __LINE__);  \
-        return quorvel::initContext(ctx, sizeof(prefix##Context), site);                                            \
-    }                                                                                                               \
-    uint32_t prefix##CheckContextNodeSet(void* ctx, uint32_t node) {                                                \
-        static constexpr auto site =                                                                                \
-            quorvel::siteOf(quorvel::k##prefix##Object, #prefix "CheckContextNodeSet", __LINE__);                   \
-        constexpr uint32_t kLimit = quorvel::model::nodeLimitOf(quorvel::k##prefix##Object);                        \
-        return quorvel::FrontEnds<quorvel::k##prefix##Object>::checkNode(ctx, node, kLimit, site);                  \
-    }                                                                                                               \
-    uint32_t prefix##ApplyContext(void* ctx TRAILING(INSTANCES_##apply)) {                                          \
-        static constexpr auto site = quorvel::siteOf(quorvel::k##prefix##Object, #prefix "ApplyContext", __LINE__); \
-        return quorvel::FrontEnds<quorvel::k##prefix##Object>::applyContext(                                        \
-            &prefix##ApplyContextImpl, site, sizeof(prefix##Context), ctx TRAILING(PASS_INSTANCES_##apply));        \
-    }                                                                                                               \
-    uint32_t prefix##InstanceGet(void* ctx TRAILING(INSTANCES_##depth)) {                                           \
-        static constexpr auto site =                                                                                \
-            quorvel::snapshotSiteOf<quorvel::k##prefix##Object>(#prefix "InstanceGet", __LINE__);                   \
-        using FrontEnds = quorvel::FrontEnds<quorvel::k##prefix##Object>;                                           \
-        return FrontEnds::snapshot(site, FrontEnds::kGetterWithoutEntry, ctx TRAILING(PASS_INSTANCES_##depth));     \
+#define OBJECT_ROW(prefix, depth, apply, path)                                                                     \
+    uint32_t prefix##InitContext(void* ctx) {                                                                      \
+        static constexpr auto site = quorvel::siteOf(quorvel::k##prefix##Object, #prefix "InitContext", __LINE__); \
+        return quorvel::initContext(ctx, sizeof(prefix##Context), site);                                           \
+    }                                                                                                              \
+    uint32_t prefix##CheckContextNodeSet(void* ctx, uint32_t node) {                                               \
+        static constexpr auto site =                                                                               \
+            quorvel::siteOf(quorvel::k##prefix##Object, #prefix "CheckContextNodeSet", __LINE__);                  \
+        constexpr uint32_t kLimit = quorvel::model::nodeLimitOf(quorvel::k##prefix##Object);                       \
+        return quorvel::FrontEnds<quorvel::k##prefix##Object>::checkNode(ctx, node, kLimit, site);                 \
+    }                                                                                                              \
+    uint32_t prefix##ApplyContext(void* ctx TRAILING(INSTANCES_##apply)) {                                         \
+        static constexpr auto site =                                                                               \
+            quorvel::contextSiteOf<quorvel::k##prefix##Object>(#prefix "ApplyContext", __LINE__);                  \
+        return quorvel::FrontEnds<quorvel::k##prefix##Object>::applyContext(&prefix##ApplyContextImpl, site,       \
+                                                                            ctx TRAILING(PASS_INSTANCES_##apply)); \
+    }                                                                                                              \
+    uint32_t prefix##InstanceGet(void* ctx TRAILING(INSTANCES_##depth)) {                                          \
+        static constexpr auto site =                                                                               \
+            quorvel::snapshotSiteOf<quorvel::k##prefix##Object>(#prefix "InstanceGet", __LINE__);                  \
+        using FrontEnds = quorvel::FrontEnds<quorvel::k##prefix##Object>;                                          \
+        return FrontEnds::snapshot(site, FrontEnds::kGetterWithoutEntry, ctx TRAILING(PASS_INSTANCES_##depth));    \
     }
 
 #define PARAMETER_ROW(prefix, depth, apply, node, name, stem, access, type, ...)                                   \

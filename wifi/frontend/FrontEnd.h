@@ -52,6 +52,16 @@ uint32_t beginApply(void* ctx, const Site& site);
 /// Leaves an apply: unlocks and, after success, initialises the context of `size` bytes again.
 uint32_t endApply(void* ctx, uint32_t result, uint32_t size, const Site& site);
 
+/// A function of an object whose contexts have `size` bytes.
+struct ContextSite : Site {
+    uint16_t size;
+};
+
+/// Applies of the pattern: their own arguments first, which stay in their registers.
+uint32_t apply(void* ctx, uint32_t (*impl)(void*), const ContextSite& site);
+uint32_t apply(void* ctx, uint32_t i, uint32_t (*impl)(void*, uint32_t), const ContextSite& site);
+uint32_t apply(void* ctx, uint32_t i, uint32_t j, uint32_t (*impl)(void*, uint32_t, uint32_t), const ContextSite& site);
+
 /// A getter of a text; `minimum` is the smallest buffer that it takes.
 struct TextSite : Site {
     uint16_t minimum;
@@ -70,29 +80,30 @@ uint32_t getMapped(uint32_t i, char* buf, uint32_t len, const MappedSite& site);
 uint32_t getInert(const void* out, const Site& site);
 uint32_t getInert(const char* buf, uint32_t len, const TextSite& site);
 
-/// Getters that call an implementation function. The overloads are by what the function takes.
+/// Getters that call an implementation function, with their own arguments first, which stay in their registers. The
+/// overloads are by what the function takes.
 template <typename Value>
-[[gnu::noinline]] uint32_t get(uint32_t (*impl)(Value*), const Site& site, Value* out) {
+[[gnu::noinline]] uint32_t get(Value* out, uint32_t (*impl)(Value*), const Site& site) {
     if (const uint32_t result = beginGet(out, site)) return result;
     return endGet(impl(out), site);
 }
 template <typename Value>
-[[gnu::noinline]] uint32_t get(uint32_t (*impl)(uint32_t, Value*), const Site& site, uint32_t i, Value* out) {
+[[gnu::noinline]] uint32_t get(uint32_t i, Value* out, uint32_t (*impl)(uint32_t, Value*), const Site& site) {
     if (const uint32_t result = beginGet(out, site)) return result;
     return endGet(impl(i, out), site);
 }
 template <typename Value>
-[[gnu::noinline]] uint32_t get(uint32_t (*impl)(uint32_t, uint32_t, Value*), const Site& site, uint32_t i, uint32_t j,
-                               Value* out) {
+[[gnu::noinline]] uint32_t get(uint32_t i, uint32_t j, Value* out, uint32_t (*impl)(uint32_t, uint32_t, Value*),
+                               const Site& site) {
     if (const uint32_t result = beginGet(out, site)) return result;
     return endGet(impl(i, j, out), site);
 }
-uint32_t get(uint32_t (*impl)(uint32_t, char*, uint32_t), const TextSite& site, uint32_t i, char* buf, uint32_t len);
-uint32_t get(uint32_t (*impl)(uint32_t, uint32_t, char*, uint32_t), const TextSite& site, uint32_t i, uint32_t j,
-             char* buf, uint32_t len);
+uint32_t get(uint32_t i, char* buf, uint32_t len, uint32_t (*impl)(uint32_t, char*, uint32_t), const TextSite& site);
+uint32_t get(uint32_t i, uint32_t j, char* buf, uint32_t len, uint32_t (*impl)(uint32_t, uint32_t, char*, uint32_t),
+             const TextSite& site);
 /// The getters of one station take its MAC text; a null one is refused like a null output.
-uint32_t get(uint32_t (*impl)(uint32_t, const char*, int32_t*), const Site& site, uint32_t ap, const char* mac,
-             int32_t* out);
+uint32_t get(uint32_t ap, const char* mac, int32_t* out, uint32_t (*impl)(uint32_t, const char*, int32_t*),
+             const Site& site);
 
 }  // namespace quorvel
 

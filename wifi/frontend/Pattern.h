@@ -18,10 +18,9 @@ struct Pattern {
     }
 
     template <typename... Numbers>
-    static uint32_t applyContext(uint32_t (*impl)(void*, Numbers...), const Site& site, uint32_t size, void* ctx,
+    static uint32_t applyContext(uint32_t (*impl)(void*, Numbers...), const ContextSite& site, void* ctx,
                                  Numbers... numbers) {
-        if (const uint32_t result = beginApply(ctx, site)) return result;
-        return endApply(ctx, impl(ctx, numbers...), size, site);
+        return apply(ctx, numbers..., impl, site);
     }
 
     /// The getter of the object's text that has none in the exported table.
@@ -45,6 +44,13 @@ constexpr uint32_t textsWithoutEntry(ObjectIndex object) {
     for (const model::Parameter& parameter : model::parametersOf(object))
         count += parameter.type.kind == model::Kind::kString && model::writable(parameter) ? 1 : 0;
     return count;
+}
+
+/// Makes the record of an object's apply function.
+template <ObjectIndex object, size_t size>
+constexpr Named<ContextSite, size> contextSiteOf(const char (&name)[size], uint32_t line) {
+    constexpr uint16_t kContext = kContextSizes[object];
+    return withName(ContextSite{siteAt(object, line), kContext}, name);
 }
 
 /// Makes the record of an object's snapshot function.
@@ -95,7 +101,7 @@ class Getter {
         } else if constexpr (kRead == model::Read::kBypassed) {
             return FrontEnds<kObject>::getPastImplementation(site, arguments...);
         } else {
-            return quorvel::get(impl, site, arguments...);
+            return quorvel::get(arguments..., impl, site);
         }
     }
 
@@ -156,17 +162,26 @@ class Setter {
     }
 
   private:
-    // The value follows the instance numbers, which the context makes redundant.
+    // The value follows the instance numbers, which the context makes redundant. The last of them is passed on, so that
+    // the arguments of most setters stay in their registers.
     template <typename AnySite, typename Value>
-    static uint32_t stage(const AnySite& site, void* ctx, Value value) {
+    static uint32_t stage(const AnySite& site, void* ctx, uint32_t i, Value value) {
         const auto word = static_cast<uint32_t>(value);
         if constexpr (kKind == model::Kind::kBoolean) {
-            return stageBoolean(ctx, word, site);
+            return stageBoolean(ctx, i, word, site);
         } else if constexpr (kHasRule) {
-            return stageWordInRange(ctx, word, site);
+            return stageWordInRange(ctx, i, word, site);
         } else {
-            return stageWord(ctx, word, site);
+            return stageWord(ctx, i, word, site);
         }
+    }
+    template <typename AnySite, typename Value>
+    static uint32_t stage(const AnySite& site, void* ctx, Value value) {
+        return stage(site, ctx, 0, value);
+    }
+    template <typename AnySite, typename Value>
+    static uint32_t stage(const AnySite& site, void* ctx, uint32_t, uint32_t j, Value value) {
+        return stage(site, ctx, j, value);
     }
     static uint32_t stage(const TextStagingSite& site, void* ctx, const char* src, uint32_t len) {
         return stageText(ctx, src, len, site);
@@ -174,9 +189,13 @@ class Setter {
     static uint32_t stage(const LengthStagingSite& site, void* ctx, const char* src, uint32_t len) {
         return stageTextOfLength(ctx, src, len, site);
     }
-    template <typename AnySite, typename Next, typename... Rest>
-    static uint32_t stage(const AnySite& site, void* ctx, uint32_t, Next next, Rest... rest) {
-        return stage(site, ctx, next, rest...);
+    template <typename AnySite>
+    static uint32_t stage(const AnySite& site, void* ctx, uint32_t, const char* src, uint32_t len) {
+        return stage(site, ctx, src, len);
+    }
+    template <typename AnySite>
+    static uint32_t stage(const AnySite& site, void* ctx, uint32_t, uint32_t, const char* src, uint32_t len) {
+        return stage(site, ctx, src, len);
     }
 };
 

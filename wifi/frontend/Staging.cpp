@@ -2,17 +2,19 @@
 
 #include <cstring>
 
+#include "wifi/frontend/Steps.h"
+
 namespace quorvel {
 namespace {
 
-uint32_t beginStaging(void* ctx, const Site& site) {
-    logEnter(site);
-    return checkContext(ctx, site);
+[[gnu::always_inline]] inline uint32_t beginStaging(void* ctx, const Site& site, const SiteLog& log) {
+    log.enter();
+    return steps::check(ctx, site);
 }
 
-uint32_t endStaging(void* ctx, const StagingSite& site) {
-    (void)Quorvel_ContextSetMap(ctx, site.node);  // an initialised context takes every node
-    logDone(site);
+[[gnu::always_inline]] inline uint32_t endStaging(void* ctx, const StagingSite& site, const SiteLog& log) {
+    (void)kPlatform.contextSetMap(ctx, site.node);  // an initialised context takes every node
+    log.done();
     return kSuccess;
 }
 
@@ -24,14 +26,15 @@ char* fieldOf(void* ctx, const StagingSite& site) {
     return static_cast<char*>(ctx) + site.offset;
 }
 
-uint32_t storeWord(void* ctx, uint32_t value, const StagingSite& site) {
+[[gnu::always_inline]] inline uint32_t storeWord(void* ctx, uint32_t value, const StagingSite& site,
+                                                 const SiteLog& log) {
     memcpy(fieldOf(ctx, site), &value, sizeof value);
-    return endStaging(ctx, site);
+    return endStaging(ctx, site, log);
 }
 
 // Refuses a null text and one that is longer than the field.
-uint32_t beginStagingText(void* ctx, const char* src, uint32_t len, const TextStagingSite& site) {
-    if (const uint32_t result = beginStaging(ctx, site)) return result;
+uint32_t beginStagingText(void* ctx, const char* src, uint32_t len, const TextStagingSite& site, const SiteLog& log) {
+    if (const uint32_t result = beginStaging(ctx, site, log)) return result;
     if (src == nullptr) return refuse(site, kInvalidInput, "Invalid input params");
     if (len > site.capacity) return outOfRange(site);
     return kSuccess;
@@ -39,36 +42,41 @@ uint32_t beginStagingText(void* ctx, const char* src, uint32_t len, const TextSt
 
 }  // namespace
 
-uint32_t stageBoolean(void* ctx, uint32_t value, const StagingSite& site) {
-    if (const uint32_t result = beginStaging(ctx, site)) return result;
+uint32_t stageBoolean(void* ctx, uint32_t, uint32_t value, const StagingSite& site) {
+    const SiteLog log(site);
+    if (const uint32_t result = beginStaging(ctx, site, log)) return result;
     if (value > 1) return outOfRange(site);
     *fieldOf(ctx, site) = static_cast<char>(value);
-    return endStaging(ctx, site);
+    return endStaging(ctx, site, log);
 }
 
-uint32_t stageWord(void* ctx, uint32_t value, const StagingSite& site) {
-    if (const uint32_t result = beginStaging(ctx, site)) return result;
-    return storeWord(ctx, value, site);
+uint32_t stageWord(void* ctx, uint32_t, uint32_t value, const StagingSite& site) {
+    const SiteLog log(site);
+    if (const uint32_t result = beginStaging(ctx, site, log)) return result;
+    return storeWord(ctx, value, site, log);
 }
 
-uint32_t stageWordInRange(void* ctx, uint32_t value, const RangeStagingSite& site) {
-    if (const uint32_t result = beginStaging(ctx, site)) return result;
+uint32_t stageWordInRange(void* ctx, uint32_t, uint32_t value, const RangeStagingSite& site) {
+    const SiteLog log(site);
+    if (const uint32_t result = beginStaging(ctx, site, log)) return result;
     if (value < site.low || value > site.high) return outOfRange(site);
-    return storeWord(ctx, value, site);
+    return storeWord(ctx, value, site, log);
 }
 
 uint32_t stageText(void* ctx, const char* src, uint32_t len, const TextStagingSite& site) {
-    if (const uint32_t result = beginStagingText(ctx, src, len, site)) return result;
+    const SiteLog log(site);
+    if (const uint32_t result = beginStagingText(ctx, src, len, site, log)) return result;
     fillField(fieldOf(ctx, site), site.capacity, src, len);
-    return endStaging(ctx, site);
+    return endStaging(ctx, site, log);
 }
 
 uint32_t stageTextOfLength(void* ctx, const char* src, uint32_t len, const LengthStagingSite& site) {
-    if (const uint32_t result = beginStagingText(ctx, src, len, site)) return result;
+    const SiteLog log(site);
+    if (const uint32_t result = beginStagingText(ctx, src, len, site, log)) return result;
     const size_t length = strnlen(src, len);
     if (length != site.one && length != site.other) return outOfRange(site);
     fillField(fieldOf(ctx, site), site.capacity, src, len);
-    return endStaging(ctx, site);
+    return endStaging(ctx, site, log);
 }
 
 void fillField(char* field, size_t capacity, const char* src, size_t len) {

@@ -33,10 +33,11 @@ struct LengthStagingSite : TextStagingSite {
     uint8_t other;
 };
 
-/// Stage a number in a field of one byte, of which 0 and 1 are accepted, or of four. Return 0, 2, 5 or 8.
-uint32_t stageBoolean(void* ctx, uint32_t value, const StagingSite& site);
-uint32_t stageWord(void* ctx, uint32_t value, const StagingSite& site);
-uint32_t stageWordInRange(void* ctx, uint32_t value, const RangeStagingSite& site);
+/// Stage a number in a field of one byte, of which 0 and 1 are accepted, or of four. `i` is any instance number: the
+/// context is of one. Return 0, 2, 5 or 8.
+uint32_t stageBoolean(void* ctx, uint32_t i, uint32_t value, const StagingSite& site);
+uint32_t stageWord(void* ctx, uint32_t i, uint32_t value, const StagingSite& site);
+uint32_t stageWordInRange(void* ctx, uint32_t i, uint32_t value, const RangeStagingSite& site);
 
 /// Stage a text of at most `len` bytes. The rest of the field is cleared; a text that fills the field has
 /// no terminator. Return 0, 2, 5, 6 or 8.

@@ -1,0 +1,56 @@
+// The steps of the front ends, for the functions that most calls pass through: compiled into them, so that a site's
+// words are looked up once. FrontEnd.h declares the same steps as functions.
+#pragma once
+
+#include <cstdint>
+
+#include "wifi/QuorvelWiFiExports.h"
+#include "wifi/Result.h"
+#include "wifi/frontend/FrontEnd.h"
+#include "wifi/frontend/SiteLog.h"
+
+namespace quorvel::steps {
+
+/// Logs `format` with `result` at level 0 and returns `result`.
+[[gnu::noinline, gnu::visibility("hidden")]] uint32_t fail(const Site& site, const char* format, uint32_t result);
+/// Unlocks after an implementation that failed with `result`, which is the failure to report.
+[[gnu::noinline, gnu::visibility("hidden")]] uint32_t leaveFailed(uint32_t result, const Site& site);
+
+[[gnu::always_inline]] inline uint32_t check(void* ctx, const Site& site) {
+    if (ctx == nullptr) return refuse(site, kInvalidContext, "Invalid context");
+    if (kPlatform.isContextInit(ctx) != 0) return refuse(site, kUninitContext, "Uninit context");
+    return kSuccess;
+}
+
+[[gnu::always_inline]] inline uint32_t take(const Site& site) {
+    const uint32_t result = WiFiLock();
+    return result == 0 ? kSuccess : fail(site, "Lock failed, result %d", result);
+}
+
+[[gnu::always_inline]] inline uint32_t leave(uint32_t result, const Site& site) {
+    if (result != 0) return leaveFailed(result, site);
+    result = WiFiUnlock();
+    return result == 0 ? kSuccess : fail(site, "Unlock failed, result %d", result);
+}
+
+[[gnu::always_inline]] inline uint32_t begin(const void* out, const Site& site, const SiteLog& log) {
+    log.enter();
+    if (out == nullptr) return refuse(site, kInvalidInput, "Invalid input params");
+    return take(site);
+}
+
+[[gnu::always_inline]] inline uint32_t beginText(const char* buf, uint32_t len, uint32_t minimum, const Site& site,
+                                                 const SiteLog& log) {
+    log.enter();
+    if (buf == nullptr) return refuse(site, kInvalidInput, "Invalid input params");
+    if (len < minimum) return refuse(site, kValueOutOfRange, "Value out of range");
+    return take(site);
+}
+
+[[gnu::always_inline]] inline uint32_t end(uint32_t result, const Site& site, const SiteLog& log) {
+    result = leave(result, site);
+    if (result == 0) log.done();
+    return result;
+}
+
+}  // namespace quorvel::steps
