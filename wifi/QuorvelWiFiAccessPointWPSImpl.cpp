@@ -130,14 +130,14 @@ uint32_t WiFiAccessPointWPSApplyContextImpl(void* ctx, uint32_t ap) {
         if (staged.wpsIsEnabled()) startExchange(staged);
         (void)staged.clear(WiFiAccessPointWPSNode::ButtonPush);
     }
-    const quorvel::Mapping mapping = quorvel::mappingOf<kWiFiAccessPointWPSObject>();
+    constexpr uint32_t kRows = quorvel::mappingRowsOf(kWiFiAccessPointWPSObject);
     // Quirk: walks one node more than the table has rows; it is not marked by then, and only a marked node's row is
     // read.
-    uint32_t count = mapping.count + 1;
+    uint32_t count = kRows + 1;
     if (staged.has(WiFiAccessPointWPSNode::Cancel)) {
         if (staged.wpsIsEnabled()) staged.exchange("cancel");
         // A mark that the host leaves must not lead behind the table.
-        if (!staged.clear(WiFiAccessPointWPSNode::Cancel)) count = mapping.count;
+        if (!staged.clear(WiFiAccessPointWPSNode::Cancel)) count = kRows;
     }
-    return Quorvel_P_WiFiApplyContext(radio, ap, ctx, mapping.rows, count);
+    return quorvel::applyOwn(quorvel::ownRow(kWiFiAccessPointWPSObject, 0), radio, ap, ctx, count);
 }

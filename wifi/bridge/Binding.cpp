@@ -2,8 +2,6 @@
 
 #include <cstring>
 
-#include "wifi/bridge/ManagerText.h"
-
 namespace quorvel {
 namespace {
 
@@ -20,17 +18,19 @@ Conversion conversionOfForeign(const char* name) {
     return Conversion::kUnknown;
 }
 
-bool isOwn(const MappingRow* row) {
-    return row >= kMappingRows.data() && row < kMappingRows.data() + kMappingRows.size();
-}
-
 }  // namespace
 
 Binding bindingOf(const MappingRow* rows, uint32_t node) {
-    const MappingRow* row = rows + node;
+    const MappingRow& row = rows[node];
     const auto object = static_cast<uint32_t>(rows[0].node);
-    if (isOwn(row)) return {row, kRowFacts[static_cast<size_t>(row - kMappingRows.data())], object, node};
-    return {row, {conversionOfForeign(row->conversion), model::specialOf(object, node), kValueSize}, object, node};
+    return {row.variable,
+            row.conversion,
+            conversionOfForeign(row.conversion),
+            model::specialOf(object, node),
+            kValueSize,
+            static_cast<uint32_t>(row.field),
+            object,
+            node};
 }
 
 }  // namespace quorvel

@@ -13,24 +13,36 @@ namespace quorvel {
 
 /// A variable of the manager and the node that it is bound to.
 struct Binding {
-    const MappingRow* row;
-    RowFacts facts;
-    uint32_t object;  ///< as the table's header has it
+    const char* variable;
+    const char* conversionName;  ///< as the table has it; empty in the library's own, whose conversions are all known
+    model::Conversion conversion;
+    model::SpecialValue special;
+    uint16_t fieldSize;
+    uint32_t field;   ///< offset in the context
+    uint32_t object;  ///< as the table's header has it; 0 in the library's own rows whose messages do not name it
     uint32_t node;
 };
 
-/// Returns the binding of a row of the library's own tables.
+/// Returns the binding of a row of the library's own.
 inline Binding bindingOf(OwnRow own) {
-    const MappingRow* row = &kMappingRows[own.number];
-    const auto node = static_cast<uint32_t>(row->node);
-    return {row, kRowFacts[own.number], static_cast<uint32_t>((row - node)->node), node};
+    const OwnMappingRow& row = kOwnMappingRows[own.number];
+    Binding binding{&kVariables[row.variable], "", row.conversion, row.special, row.fieldSize, row.field, 0, 0};
+    if (row.special != model::SpecialValue::kNone || row.variable == 0) {
+        // Only their messages name the node. The header is as many rows above as its number.
+        const OwnMappingRow* header = &row;
+        while (header->conversion != model::Conversion::kNone)
+            --header;
+        binding.object = header->field;
+        binding.node = static_cast<uint32_t>(&row - header);
+    }
+    return binding;
 }
 
-/// Returns the binding of a node of any table. The field of a foreign table's text is as long as a value.
+/// Returns the binding of a node of a foreign table, whose texts' fields are as long as a value.
 Binding bindingOf(const MappingRow* rows, uint32_t node);
 
 /// Whether the manager has a radio and an SSID of these numbers (from 1).
-inline bool instancesAreValid(uint32_t radio, uint32_t ssid) {
+constexpr bool instancesAreValid(uint32_t radio, uint32_t ssid) {
     return radio - 1 < kRadios && ssid - 1 < kAccessPoints;
 }
 

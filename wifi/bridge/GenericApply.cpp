@@ -11,6 +11,7 @@
 #include "wifi/bridge/Binding.h"
 #include "wifi/bridge/Conversion.h"
 #include "wifi/bridge/ManagerText.h"
+#include "wifi/bridge/Mapped.h"
 #include "wifi/bridge/SpecialValues.h"
 
 namespace quorvel {
@@ -27,7 +28,7 @@ struct Target {
 
 // Makes the text of a node's field, in a cleared buffer. Returns whether it is to be written.
 bool makeText(const Binding& binding, const Target& target, const char* field, char* text) {
-    const Writing writing = writeSpecial(binding.facts.special, field, text);
+    const Writing writing = writeSpecial(binding.special, field, text);
     if (writing != Writing::kConverted) {
         const bool doAction = writing == Writing::kSpecial;
         QUORVEL_LOG(Traffic, "Quorvel_P_WiFiSpecialCaseSet",
@@ -35,15 +36,27 @@ bool makeText(const Binding& binding, const Target& target, const char* field, c
                     text, doAction);
         return doAction;
     }
-    if (convertField(binding.facts.conversion, field, binding.facts.fieldSize, text)) return true;
-    QUORVEL_LOG(Error, kFunction, "Invalid nodeType[%s] for radio[%d], ssid[%d], varName[%s].", binding.row->conversion,
-                target.radio, target.ssid, binding.row->variable);
+    if (convertField(binding.conversion, field, binding.fieldSize, text)) return true;
+    QUORVEL_LOG(Error, kFunction, "Invalid nodeType[%s] for radio[%d], ssid[%d], varName[%s].", binding.conversionName,
+                target.radio, target.ssid, binding.variable);
     return false;
 }
 
+// A mapping table, a caller's or one of the library's own.
+struct Table {
+    const MappingRow* foreign;  // null for an own one
+    OwnRow header;
+
+    [[nodiscard]] Binding bindingOf(uint32_t node) const {
+        if (foreign != nullptr) return quorvel::bindingOf(foreign, node);
+        return quorvel::bindingOf(OwnRow{static_cast<uint8_t>(header.number + node), header.scope});
+    }
+};
+
 // Writes one marked node.
-[[gnu::noinline]] void applyNode(const Target& target, const char* ctx, const MappingRow* rows, uint32_t node) {
-    const char* variable = rows[node].variable;
+[[gnu::noinline]] void applyNode(const Target& target, const char* ctx, const Table& table, uint32_t node) {
+    const Binding binding = table.bindingOf(node);
+    const char* variable = binding.variable;
     if (variable[0] == '\0') {
         QUORVEL_LOG(Error, kFunction, " No direct wlmgnr mapping for node[%d].", node);
         return;
@@ -55,7 +68,7 @@ bool makeText(const Binding& binding, const Target& target, const char* field, c
     } buffer;
     clearValue(buffer.text);
     buffer.end = '\0';
-    if (!makeText(bindingOf(rows, node), target, ctx + rows[node].field, buffer.text)) return;
+    if (!makeText(binding, target, ctx + binding.field, buffer.text)) return;
     if (wlcsm_mngr_set(target.radio, target.ssid, variable, buffer.text) == 0) {
         QUORVEL_LOG(Traffic, kFunction, "wlcsm_mngr_set: radio[%d], ssid[%d], varName[%s] value[%s] SUCCESS.",
                     target.radio, target.ssid, variable, buffer.text);
@@ -65,23 +78,30 @@ bool makeText(const Binding& binding, const Target& target, const char* field, c
     }
 }
 
+uint32_t applyMarked(uint32_t radio, uint32_t ssid, void* ctx, const Table& table, uint32_t count) {
+    if (!instancesAreValid(radio, ssid)) {
+        QUORVEL_LOG(Error, kFunction, "Invalid radioIdx[%u] or ssidIdx[%u]", radio, ssid);
+        return kInvalidInput;
+    }
+    const Target target{radio - 1, subIndex(ssid)};
+    // One pointer for all nodes.
+    const auto isSet = kPlatform.isContextSetMap;
+    // In increasing order: of two nodes that share a variable, the higher one's text stays.
+    for (uint32_t node = 1; node < count; ++node) {
+        if (isSet(ctx, node) != 0) applyNode(target, static_cast<const char*>(ctx), table, node);
+    }
+    QUORVEL_LOG(Trace, kFunction, "%s DONE", kFunction);
+    return kSuccess;
+}
+
 }  // namespace
+
+uint32_t applyOwn(OwnRow header, uint32_t radio, uint32_t ssid, void* ctx, uint32_t count) {
+    return applyMarked(radio, ssid, ctx, {nullptr, header}, count);
+}
+
 }  // namespace quorvel
 
 uint32_t Quorvel_P_WiFiApplyContext(uint32_t radio, uint32_t ssid, void* ctx, const void* table, uint32_t count) {
-    using quorvel::kLogFile;
-    if (!quorvel::instancesAreValid(radio, ssid)) {
-        QUORVEL_LOG(Error, __func__, "Invalid radioIdx[%u] or ssidIdx[%u]", radio, ssid);
-        return quorvel::kInvalidInput;
-    }
-    const quorvel::Target target{radio - 1, quorvel::subIndex(ssid)};
-    const auto* rows = static_cast<const quorvel::MappingRow*>(table);
-    // One pointer for all nodes.
-    const auto isSet = quorvel::kPlatform.isContextSetMap;
-    // In increasing order: of two nodes that share a variable, the higher one's text stays.
-    for (uint32_t node = 1; node < count; ++node) {
-        if (isSet(ctx, node) != 0) quorvel::applyNode(target, static_cast<const char*>(ctx), rows, node);
-    }
-    QUORVEL_LOG(Trace, __func__, "%s DONE", __func__);
-    return quorvel::kSuccess;
+    return quorvel::applyMarked(radio, ssid, ctx, {static_cast<const quorvel::MappingRow*>(table), {}}, count);
 }

@@ -37,8 +37,8 @@ struct Instance {
 
 // Stores the value of an absent variable. An absent filter list is an empty one; no other variable may be absent.
 bool storeAbsent(const Binding& binding, void* out) {
-    if (strcmp(binding.row->variable, "wlFltMacList") != 0) return false;
-    if (!readAbsent(binding.facts.special, out)) {
+    if (strcmp(binding.variable, "wlFltMacList") != 0) return false;
+    if (!readAbsent(binding.special, out)) {
         QUORVEL_LOG(Error, kFunction, "Invalid case: objIdx[%d], nodeIdx[%d]", binding.object, binding.node);
     }
     return true;
@@ -47,19 +47,18 @@ bool storeAbsent(const Binding& binding, void* out) {
 // Stores the value of a text that the manager has; a text is cut to `bound` bytes.
 [[gnu::always_inline]] inline void store(const Binding& binding, const Instance& at, const char* text, void* out,
                                          uint32_t bound) {
-    if (binding.facts.special != model::SpecialValue::kNone && readSpecial(binding.facts.special, text, out)) {
+    if (binding.special != model::SpecialValue::kNone && readSpecial(binding.special, text, out)) {
         QUORVEL_LOG(Traffic, "Quorvel_P_WiFiSpecialCaseGet", "SpecialCaseHit: objIdx[%d], nodeIdx[%d]", binding.object,
                     binding.node);
-    } else if (!convertText(binding.facts.conversion, text, out, bound)) {
+    } else if (!convertText(binding.conversion, text, out, bound)) {
         QUORVEL_LOG(Traffic, kFunction, "Invalid nodeType[%s] for radio[%d], ssid[%d], varName[%s].",
-                    binding.row->conversion, at.radio - 1, subIndex(at.ssid), binding.row->variable);
+                    binding.conversionName, at.radio - 1, subIndex(at.ssid), binding.variable);
     }
 }
 
 // Reads a variable for a valid instance. Returns 0 or 1.
-[[gnu::always_inline]] inline uint32_t readVariable(const Binding& binding, const Instance& at, void* out,
-                                                    uint32_t bound) {
-    const char* variable = binding.row->variable;
+uint32_t readVariable(const Binding& binding, const Instance& at, void* out, uint32_t bound) {
+    const char* variable = binding.variable;
     if (variable[0] == '\0') {
         QUORVEL_LOG(Error, kFunction, "Couldn't find node[%d] in the mapping table.", binding.node);
         return kFailed;
@@ -68,7 +67,7 @@ bool storeAbsent(const Binding& binding, void* out) {
     const uint32_t ssidIndex = subIndex(at.ssid);
     alignas(32) char local[kValueSize];
     clearValue(local);
-    char* text = binding.facts.conversion == model::Conversion::kUnconverted ? static_cast<char*>(out) : local;
+    char* text = binding.conversion == model::Conversion::kUnconverted ? static_cast<char*>(out) : local;
     // Quirk: the messages name the plain call, not the extended one that is made.
     if (wlcsm_mngr_ext_get(radioIndex, ssidIndex, variable, text) != 0) {
         store(binding, at, text, out, bound);

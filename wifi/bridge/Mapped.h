@@ -38,12 +38,16 @@ constexpr uint32_t ssidOf(model::Scope scope, uint32_t i) {
     return scope == model::Scope::kAccessPoint ? i : 1;
 }
 
+/// Writes the marked nodes below `count` of a context for a radio and an SSID (from 1), by the table whose header this
+/// is. Returns the bridge's code.
+uint32_t applyOwn(OwnRow header, uint32_t radio, uint32_t ssid, void* ctx, uint32_t count);
+
 /// Writes the marked nodes of an object's context for instance `i`. Returns the bridge's code.
 template <ObjectIndex object>
 uint32_t applyMapped(uint32_t i, void* ctx) {
-    constexpr model::Scope kScope = model::scopeOf(model::objectOf(object));
-    const Mapping mapping = mappingOf<object>();
-    return Quorvel_P_WiFiApplyContext(radioOf(kScope, i), ssidOf(kScope, i), ctx, mapping.rows, mapping.count);
+    static_assert(model::isMapped(object));
+    constexpr OwnRow kHeader = ownRow(object, 0);
+    return applyOwn(kHeader, radioOf(kHeader.scope, i), ssidOf(kHeader.scope, i), ctx, mappingRowsOf(object));
 }
 
 }  // namespace quorvel
