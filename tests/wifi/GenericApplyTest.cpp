@@ -223,8 +223,7 @@ TEST_F(GenericApply, BoundsATextOfTheLibrarysOwnTablesByTheField) {
     ssid.write(offsetof(WiFiSSIDContext, Name), "what follows the field is not its text");
     ASSERT_EQ(Quorvel_ContextSetMap(ssid.get(), WiFiSSIDNode::Alias), 0U);
     platform.forget();
-    const auto table = quorvel::mappingOf<quorvel::kWiFiSSIDObject>();
-    EXPECT_EQ(Quorvel_P_WiFiApplyContext(1, 1, ssid.get(), table.rows, table.count), 0U);
+    EXPECT_EQ(WiFiSSIDApplyContext(ssid.get(), 1), 0U);
     EXPECT_EQ(written(), Texts{set("sAlias", std::string(sizeof WiFiSSIDContext::Alias, 'a'))});
 }
 

@@ -81,7 +81,7 @@ uint32_t readVariable(const Binding& binding, const Instance& at, void* out, uin
     return kSuccess;
 }
 
-[[gnu::noinline]] uint32_t readOwn(OwnRow row, uint32_t i, void* out, uint32_t bound) {
+uint32_t readOwn(OwnRow row, uint32_t i, void* out, uint32_t bound) {
     const Instance at{radioOf(row.scope, i), ssidOf(row.scope, i)};
     if (!isValid(at)) return kInvalidInput;
     return readVariable(bindingOf(row), at, out, bound);

@@ -7,7 +7,7 @@
 namespace quorvel {
 
 void clearValue(char (&text)[kValueSize]) {
-#ifdef __ARM_FP
+#if defined(__arm__) && defined(__ARM_FP)
     // Sixty-four bytes a store: the compiler and the C library make it eight.
     char* to = text;
     asm volatile(

@@ -31,7 +31,7 @@ struct ManagerAddress {
 /// Bytes of every buffer that the manager writes into.
 inline constexpr size_t kValueSize = 1024;
 
-/// Clears a buffer for a value: the manager is given no remains of the stack.
+/// Clears a buffer for a value, aligned to words: the manager is given no remains of the stack.
 void clearValue(char (&text)[kValueSize]);
 
 /// A variable of the manager read into a cleared buffer; an unread one is the empty text.

@@ -51,13 +51,13 @@ uint32_t apply(void* ctx, uint32_t i, uint32_t j, uint32_t (*impl)(void*, uint32
     return endApply(ctx, impl(ctx, i, j), site.size, site);
 }
 
-uint32_t getMapped(uint32_t i, void* out, const MappedSite& site) {
+[[gnu::flatten]] uint32_t getMapped(uint32_t i, void* out, const MappedSite& site) {
     const SiteLog log(site);
     if (const uint32_t result = steps::begin(out, site, log)) return result;
     return steps::end(readMapped(site.row, i, out), site, log);
 }
 
-uint32_t getMapped(uint32_t i, char* buf, uint32_t len, const MappedSite& site) {
+[[gnu::flatten]] uint32_t getMapped(uint32_t i, char* buf, uint32_t len, const MappedSite& site) {
     const SiteLog log(site);
     if (const uint32_t result = steps::beginText(buf, len, site.minimum, site, log)) return result;
     return steps::end(readMapped(site.row, i, buf, len), site, log);
