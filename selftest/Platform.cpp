@@ -4,6 +4,7 @@
 #include <wlcsm.h>
 
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -75,7 +76,7 @@ using quorvel::selftest::platform;
 
 // The host framework.
 
-uint32_t Quorvel_ContextInit(void* ctx, uint32_t size) {
+std::uint32_t Quorvel_ContextInit(void* ctx, std::uint32_t size) {
     ++platform().contextInits;
     platform().contextSize = size;
     if (ctx == nullptr || size < QUORVEL_CONTEXT_HEADER_SIZE || size > quorvel::selftest::kContextRoom) return 1;
@@ -84,35 +85,35 @@ uint32_t Quorvel_ContextInit(void* ctx, uint32_t size) {
     return 0;
 }
 
-uint32_t Quorvel_IsContextInit(void* ctx) {
+std::uint32_t Quorvel_IsContextInit(void* ctx) {
     return std::memcmp(ctx, &quorvel::selftest::kMark, sizeof quorvel::selftest::kMark) == 0 ? 0 : 1;
 }
 
-uint32_t Quorvel_ContextSetMap(void* ctx, uint32_t node) {
+std::uint32_t Quorvel_ContextSetMap(void* ctx, std::uint32_t node) {
     if (node >= quorvel::selftest::kNodes) return 1;
     *quorvel::selftest::mapByte(ctx, node) |= quorvel::selftest::bit(node);
     return 0;
 }
 
-uint32_t Quorvel_IsContextSetMap(void* ctx, uint32_t node) {
+std::uint32_t Quorvel_IsContextSetMap(void* ctx, std::uint32_t node) {
     ++platform().nodeQuestions;
     platform().node = node;
     if (node >= quorvel::selftest::kNodes) return 0;
     return (*quorvel::selftest::mapByte(ctx, node) & quorvel::selftest::bit(node)) != 0 ? 1 : 0;
 }
 
-uint32_t Quorvel_ContextClearMap(void* ctx, uint32_t node) {
+std::uint32_t Quorvel_ContextClearMap(void* ctx, std::uint32_t node) {
     if (node >= quorvel::selftest::kNodes) return 1;
-    *quorvel::selftest::mapByte(ctx, node) &= static_cast<uint8_t>(~quorvel::selftest::bit(node));
+    *quorvel::selftest::mapByte(ctx, node) &= static_cast<std::uint8_t>(~quorvel::selftest::bit(node));
     return 0;
 }
 
-uint32_t Quorvel_ContextZeroSetMap(void* ctx) {
+std::uint32_t Quorvel_ContextZeroSetMap(void* ctx) {
     std::memset(quorvel::selftest::mapByte(ctx, 0), 0, quorvel::selftest::kNodes / 8);
     return 0;
 }
 
-void Quorvel_LogPrint(uint32_t level, const char*, const char*, uint32_t, const char* format, ...) {
+void Quorvel_LogPrint(std::uint32_t level, const char*, const char*, std::uint32_t, const char* format, ...) {
     if (level != 0) return;
     char text[256];
     va_list values;
@@ -122,40 +123,40 @@ void Quorvel_LogPrint(uint32_t level, const char*, const char*, uint32_t, const 
     platform().error = text;
 }
 
-uint32_t QuorvelOsCreateMutex(const char*, void** handle) {
+std::uint32_t QuorvelOsCreateMutex(const char*, void** handle) {
     ++platform().creates;
     *handle = &platform();
     return platform().createResult;
 }
 
-uint32_t QuorvelOsMutexLock(void*) {
+std::uint32_t QuorvelOsMutexLock(void*) {
     ++platform().lockAttempts;
     if (platform().lockResult == 0) ++platform().locks;
     return platform().lockResult;
 }
 
-uint32_t QuorvelOsMutexUnlock(void*) {
+std::uint32_t QuorvelOsMutexUnlock(void*) {
     ++platform().unlocks;
     return platform().unlockResult;
 }
 
-uint32_t QuorvelUtilGetCfg(const char*, const char*, char*, char*) {
+std::uint32_t QuorvelUtilGetCfg(const char*, const char*, char*, char*) {
     return 1;
 }
 
-uint32_t QuorvelUtilGetSpawnInfoFromCfg(const char*, SpawnInfo*) {
+std::uint32_t QuorvelUtilGetSpawnInfoFromCfg(const char*, SpawnInfo*) {
     return 1;
 }
 
-uint32_t QuorvelOsSpawnProcess(SpawnInfo*, ProcessRecord*) {
+std::uint32_t QuorvelOsSpawnProcess(SpawnInfo*, ProcessRecord*) {
     return 1;
 }
 
-uint32_t QuorvelOsTerminateProcess(SpawnInfo*, char*) {
+std::uint32_t QuorvelOsTerminateProcess(SpawnInfo*, char*) {
     return 1;
 }
 
-int32_t QuorvelUtilGetPidByName(const char*) {
+std::int32_t QuorvelUtilGetPidByName(const char*) {
     return 0;
 }
 
@@ -165,67 +166,68 @@ using quorvel::selftest::nonZeroForSuccess;
 using quorvel::selftest::variable;
 using quorvel::selftest::zeroForSuccess;
 
-int32_t wlcsm_mngr_get(uint32_t, uint32_t, const char*, char* value) {
+std::int32_t wlcsm_mngr_get(std::uint32_t, std::uint32_t, const char*, char* value) {
     return variable(value);
 }
-int32_t wlcsm_mngr_ext_get(uint32_t, uint32_t, const char*, char* value) {
+std::int32_t wlcsm_mngr_ext_get(std::uint32_t, std::uint32_t, const char*, char* value) {
     return variable(value);
 }
-int32_t wlcsm_mngr_set(uint32_t, uint32_t, const char*, const char*) {
+std::int32_t wlcsm_mngr_set(std::uint32_t, std::uint32_t, const char*, const char*) {
     return zeroForSuccess();
 }
 char* wlcsm_nvram_get(const char*) {
     static char value[WLCSM_VALUE_SIZE];
     return variable(value) != 0 ? value : nullptr;
 }
-int32_t wlcsm_nvram_set(const char*, const char*) {
+std::int32_t wlcsm_nvram_set(const char*, const char*) {
     return zeroForSuccess();
 }
-int32_t wlcsm_mngr_save_nvram(uint32_t, uint32_t, uint32_t) {
+std::int32_t wlcsm_mngr_save_nvram(std::uint32_t, std::uint32_t, std::uint32_t) {
     return nonZeroForSuccess();
 }
-int32_t wlcsm_mngr_wifi_hal_started(uint32_t, uint32_t, uint32_t) {
+std::int32_t wlcsm_mngr_wifi_hal_started(std::uint32_t, std::uint32_t, std::uint32_t) {
     return nonZeroForSuccess();
 }
-int32_t wlcsm_mngr_start_stop_services(uint32_t, uint32_t, uint32_t, uint32_t) {
+std::int32_t wlcsm_mngr_start_stop_services(std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) {
     return nonZeroForSuccess();
 }
-int32_t wlcsm_mngr_restart(uint32_t, uint32_t, uint32_t, uint32_t) {
+std::int32_t wlcsm_mngr_restart(std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) {
     return nonZeroForSuccess();
 }
-int32_t wlcsm_mngr_send_csa(uint32_t, uint32_t) {
+std::int32_t wlcsm_mngr_send_csa(std::uint32_t, std::uint32_t) {
     return zeroForSuccess();
 }
-int32_t wlcsm_mngr_send_csa2(uint32_t, const char*) {
+std::int32_t wlcsm_mngr_send_csa2(std::uint32_t, const char*) {
     return zeroForSuccess();
 }
-int32_t wlcsm_mngr_sta_info(uint32_t, uint32_t, const char*, void*) {
+std::int32_t wlcsm_mngr_sta_info(std::uint32_t, std::uint32_t, const char*, void*) {
     return zeroForSuccess();
 }
-int32_t wlcsm_mngr_ssid_info(uint32_t, uint32_t, void*) {
+std::int32_t wlcsm_mngr_ssid_info(std::uint32_t, std::uint32_t, void*) {
     return zeroForSuccess();
 }
-int32_t wlcsm_mngr_clientRxTxStatsResult(uint32_t, uint32_t, const char*, uint32_t, uint32_t, uint32_t) {
+std::int32_t wlcsm_mngr_clientRxTxStatsResult(std::uint32_t, std::uint32_t, const char*, std::uint32_t, std::uint32_t,
+                                              std::uint32_t) {
     return zeroForSuccess();
 }
-uint32_t wlcsm_get_systemUpSecs(void) {
+std::uint32_t wlcsm_get_systemUpSecs(void) {
     return 0;
 }
-uint32_t wlcsm_get_wlUpSecs(uint32_t) {
+std::uint32_t wlcsm_get_wlUpSecs(std::uint32_t) {
     return 0;
 }
-int32_t wlcsm_mngr_ci_scan_start(uint32_t, uint32_t, uint32_t, uint32_t) {
+std::int32_t wlcsm_mngr_ci_scan_start(std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) {
     return zeroForSuccess();
 }
-int32_t wlcsm_mngr_ci_scanresults(uint32_t, void*) {
+std::int32_t wlcsm_mngr_ci_scanresults(std::uint32_t, void*) {
     return zeroForSuccess();
 }
-int32_t wlcsm_mngr_chanim_stats(uint32_t, void*) {
+std::int32_t wlcsm_mngr_chanim_stats(std::uint32_t, void*) {
     return zeroForSuccess();
 }
-int32_t wlcsm_mngr_channelstats(uint32_t, void*) {
+std::int32_t wlcsm_mngr_channelstats(std::uint32_t, void*) {
     return zeroForSuccess();
 }
-int32_t wlcsm_mngr_getRadioChannelStats2(uint32_t, void*, uint32_t) {
+std::int32_t wlcsm_mngr_getRadioChannelStats2(std::uint32_t, void*, std::uint32_t) {
     return zeroForSuccess();
 }

@@ -10,83 +10,83 @@ namespace quorvel::board {
 
 /// The choices with which a board is powered up.
 struct Options {
-    // A path to a board description (it contains a '/' or ends in ".json"), or the name of a shipped board: NAME.json
-    // in `boards/` of the program folder.
+    /// A path to a board description (it contains a '/' or ends in ".json"), or the name of a shipped board: NAME.json
+    /// in `boards/` of the program folder.
     std::string board = "tri-band";
 
-    // The only folder that survives a power cycle; created private to the user when missing. Empty: the user's state
-    // folder ($XDG_STATE_HOME or ~/.local/state) + "/quorvel-wifi/" + the board's name.
+    /// The only folder that survives a power cycle; created private to the user when missing. Empty: the user's state
+    /// folder ($XDG_STATE_HOME or ~/.local/state) + "/quorvel-wifi/" + the board's name.
     std::string stateFolder;
 
-    // Where the built files are: bin/ with the board's tools and the daemon, lib/ with the libraries, boards/ with the
-    // shipped board descriptions. May lie anywhere, also below /tmp, /var or /data. Required.
+    /// Where the built files are: bin/ with the board's tools and the daemon, lib/ with the libraries, boards/ with the
+    /// shipped board descriptions. May lie anywhere, also below /tmp, /var or /data. Required.
     std::string programFolder;
 
-    // The plug-in under test. Empty: lib/libquorvel_wifi.so of the program folder.
+    /// The plug-in under test. Empty: lib/libquorvel_wifi.so of the program folder.
     std::string plugin;
 
-    // A host configuration (INI) to use instead of the board's own. Empty: the board's own.
+    /// A host configuration (INI) to use instead of the board's own. Empty: the board's own.
     std::string configuration;
 
-    // False runs without namespaces: /tmp and /var are the machine's own, there are no interfaces wlN, and the board's
-    // other places lie in the state folder. Programs call the option `--no-sandbox`; error texts name it so.
+    /// False runs without namespaces: /tmp and /var are the machine's own, there are no interfaces wlN, and the board's
+    /// other places lie in the state folder. Programs call the option `--no-sandbox`; error texts name it so.
     bool sandbox = true;
 
-    // Folders of the machine that stay writable on the board (log files, coverage data); everything else of the machine
-    // is read-only there. One that /tmp, /var, /data or /board hides cannot be reached and is ignored.
+    /// Folders of the machine that stay writable on the board (log files, coverage data); everything else of the
+    /// machine is read-only there. One that /tmp, /var, /data or /board hides cannot be reached and is ignored.
     std::vector<std::string> writableFolders;
 
-    // Words put before every program of /board/bin, for programs built for another processor: {"qemu-arm", "-L",
-    // "/usr/arm-linux-gnueabihf"}. Empty: programs run as they are.
+    /// Words put before every program of /board/bin, for programs built for another processor: {"qemu-arm", "-L",
+    /// "/usr/arm-linux-gnueabihf"}. Empty: programs run as they are.
     std::vector<std::string> emulator;
 };
 
-// Where things are, as seen by the process on the board. Without a sandbox these are places in the state folder and the
-// program folder instead of the ones named here.
+/// Where things are, as seen by the process on the board. Without a sandbox these are places in the state folder and
+/// the program folder instead of the ones named here.
 struct Places {
-    std::string plugin;         // /board/lib/libquorvel_wifi.so, whatever the file was called outside
-    std::string programs;       // /board/bin
-    std::string libraries;      // /board/lib
-    std::string boardFile;      // /board/etc/board.json
-    std::string configuration;  // /board/etc/host.ini
-    std::string state;          // /data
-    std::string socket;         // /var/run/wlmngr2.socket, the WLAN manager's
-    std::string hostState;      // the state folder's name outside, for messages
+    std::string plugin;         ///< /board/lib/libquorvel_wifi.so, whatever the file was called outside
+    std::string programs;       ///< /board/bin
+    std::string libraries;      ///< /board/lib
+    std::string boardFile;      ///< /board/etc/board.json
+    std::string configuration;  ///< /board/etc/host.ini
+    std::string state;          ///< /data
+    std::string socket;         ///< /var/run/wlmngr2.socket, the WLAN manager's
+    std::string hostState;      ///< the state folder's name outside, for messages
 };
 
-// A board that could not be powered up: what failed, with which value, and what to do next.
+/// A board that could not be powered up: what failed, with which value, and what to do next.
 class BoardError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-// Powers the board up and returns on it.
-//
-// Call it from a process with one thread, after parsing options and before loading the platform's libraries. The call
-// forks: it returns in the new process, an ordinary process of the board; the calling process never returns from it. It
-// stays outside, waits, hands SIGTERM, SIGINT and SIGHUP on, and exits with the new process's status (128 + signal when
-// a signal ended it). The board's first process (id 1) is neither of the two: it takes in orphans and reaps them.
-//
-// The board is off when the returned process has ended: everything else that still runs on it is killed before the
-// calling process exits. It is also off when the calling process dies, for whatever reason. Nothing of it outlives
-// either.
-//
-// In the returned process:
-// - every descriptor that the caller had open is still open (a socket to talk through); in the process that stays
-//   outside and in the board's first process they are closed, and so are their standard input and output;
-// - the working folder is `/` (without a sandbox: unchanged);
-// - PATH begins with the board's programs, LD_LIBRARY_PATH (for programs started from here) with its libraries, and
-//   QUORVEL_CONFIG, QUORVEL_BOARD, QUORVEL_STATE, QUORVEL_WLAN_SOCKET, QUORVEL_NOTIFY_SOCKET name the board's places.
-//   Without a sandbox the station events stay at /tmp/notify-socket, the place that the plug-in knows.
-//
-// Throws BoardError, in the calling process only, when the board cannot be powered up: nothing of it runs then. A state
-// folder belongs to one board at a time; a second one waits a second for it and then gives up.
+/// Powers the board up and returns on it.
+///
+/// Call it from a process with one thread, after parsing options and before loading the platform's libraries. The call
+/// forks: it returns in the new process, an ordinary process of the board; the calling process never returns from it.
+/// It stays outside, waits, hands SIGTERM, SIGINT and SIGHUP on, and exits with the new process's status (128 + signal
+/// when a signal ended it). The board's first process (id 1) is neither of the two: it takes in orphans and reaps them.
+///
+/// The board is off when the returned process has ended: everything else that still runs on it is killed before the
+/// calling process exits. It is also off when the calling process dies, for whatever reason. Nothing of it outlives
+/// either.
+///
+/// In the returned process:
+/// - every descriptor that the caller had open is still open (a socket to talk through); in the process that stays
+///   outside and in the board's first process they are closed, and so are their standard input and output;
+/// - the working folder is `/` (without a sandbox: unchanged);
+/// - PATH begins with the board's programs, LD_LIBRARY_PATH (for programs started from here) with its libraries, and
+///   QUORVEL_CONFIG, QUORVEL_BOARD, QUORVEL_STATE, QUORVEL_WLAN_SOCKET, QUORVEL_NOTIFY_SOCKET name the board's places.
+///   Without a sandbox the station events stay at /tmp/notify-socket, the place that the plug-in knows.
+///
+/// Throws BoardError, in the calling process only, when the board cannot be powered up: nothing of it runs then. A
+/// state folder belongs to one board at a time; a second one waits a second for it and then gives up.
 [[nodiscard]] Places enterBoard(const Options& options);
 
-// Returns the path of the board description that `options` names. Throws BoardError when there is none.
+/// Returns the path of the board description that `options` names. Throws BoardError when there is none.
 [[nodiscard]] std::string findBoard(const Options& options);
 
-// Returns the state folder that `options` name, without creating it.
+/// Returns the state folder that `options` name, without creating it.
 [[nodiscard]] std::string findStateFolder(const Options& options);
 
 }  // namespace quorvel::board

@@ -8,7 +8,7 @@
 
 namespace quorvel::board {
 
-// "<what>: <system's reason>", for throwing.
+/// Returns an error "<what>: <system's reason>", for throwing.
 [[nodiscard]] inline BoardError failure(const std::string& what, int error = errno) {
     return BoardError(what + ": " + std::strerror(error));
 }

@@ -4,8 +4,8 @@
 
 namespace quorvel::board {
 
-// Says which setting of the machine or flag of the container forbids namespaces and how to allow them, for the refusal
-// `error` (errno). `settings` is where the kernel's settings are read.
+/// Returns which setting of the machine or flag of the container forbids namespaces and how to allow them, for the
+/// refusal `error` (errno). `settings` is where the kernel's settings are read.
 [[nodiscard]] std::string adviseOnNamespaces(int error, const std::string& settings = "/proc/sys");
 
 }  // namespace quorvel::board

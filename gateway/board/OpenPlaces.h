@@ -4,7 +4,7 @@
 
 namespace quorvel::board {
 
-// Lays the board's places out in the state folder, for a board without a sandbox. Throws BoardError.
+/// Lays the board's places out in the state folder, for a board without a sandbox. Throws BoardError.
 [[nodiscard]] Places makeOpenPlaces(const Plan& plan);
 
 }  // namespace quorvel::board

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -70,7 +71,7 @@ Result copyEntry(const Ini& ini, const char* section, const char* key, std::span
     return kDone;
 }
 
-uint32_t getEntry(const char* section, const char* key, char* auxiliary, char* value) {
+std::uint32_t getEntry(const char* section, const char* key, char* auxiliary, char* value) {
     const std::optional<Ini> ini = load();
     if (!ini) return kMalformed;
     const Result result = copyEntry(*ini, section, key, {value, kValueSize});
@@ -78,7 +79,7 @@ uint32_t getEntry(const char* section, const char* key, char* auxiliary, char* v
     return result;
 }
 
-uint32_t getSpawnInfo(const char* section, SpawnInfo& info) {
+std::uint32_t getSpawnInfo(const char* section, SpawnInfo& info) {
     const std::optional<Ini> ini = load();
     if (!ini) return kMalformed;
     SpawnInfo found{};
@@ -91,7 +92,7 @@ uint32_t getSpawnInfo(const char* section, SpawnInfo& info) {
 
 }  // namespace
 
-uint32_t QuorvelUtilGetCfg(const char* section, const char* key, char* auxiliary, char* value) {
+std::uint32_t QuorvelUtilGetCfg(const char* section, const char* key, char* auxiliary, char* value) {
     if (section == nullptr || key == nullptr || value == nullptr) return kBadArgument;
     try {
         return getEntry(section, key, auxiliary, value);
@@ -100,7 +101,7 @@ uint32_t QuorvelUtilGetCfg(const char* section, const char* key, char* auxiliary
     }
 }
 
-uint32_t QuorvelUtilGetSpawnInfoFromCfg(const char* section, SpawnInfo* info) {
+std::uint32_t QuorvelUtilGetSpawnInfoFromCfg(const char* section, SpawnInfo* info) {
     if (section == nullptr || info == nullptr) return kBadArgument;
     try {
         return getSpawnInfo(section, *info);

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 #include "gateway/framework/Platform.h"
@@ -11,9 +12,9 @@ namespace {
 using quorvel::framework::kBadArgument;
 using quorvel::framework::kDone;
 
-constexpr uint32_t kMark = 0x51564358;
+constexpr std::uint32_t kMark = 0x51564358;
 constexpr std::size_t kMapSize = QUORVEL_CONTEXT_HEADER_SIZE - sizeof kMark;
-constexpr uint32_t kNodes = kMapSize * 8;
+constexpr std::uint32_t kNodes = kMapSize * 8;
 static_assert(kNodes == 1024);
 
 // Callers allocate the blocks, which may be unaligned.
@@ -21,44 +22,44 @@ unsigned char* mapOf(void* ctx) {
     return static_cast<unsigned char*>(ctx) + sizeof kMark;
 }
 
-unsigned char bitOf(uint32_t node) {
+unsigned char bitOf(std::uint32_t node) {
     return static_cast<unsigned char>(1U << (node % 8));
 }
 
 }  // namespace
 
-uint32_t Quorvel_ContextInit(void* ctx, uint32_t size) {
+std::uint32_t Quorvel_ContextInit(void* ctx, std::uint32_t size) {
     if (ctx == nullptr || size < QUORVEL_CONTEXT_HEADER_SIZE) return kBadArgument;
     std::memset(ctx, 0, size);
     std::memcpy(ctx, &kMark, sizeof kMark);
     return kDone;
 }
 
-uint32_t Quorvel_IsContextInit(void* ctx) {
+std::uint32_t Quorvel_IsContextInit(void* ctx) {
     if (ctx == nullptr) return 1;
     return std::memcmp(ctx, &kMark, sizeof kMark) == 0 ? 0 : 1;
 }
 
-uint32_t Quorvel_ContextSetMap(void* ctx, uint32_t node) {
+std::uint32_t Quorvel_ContextSetMap(void* ctx, std::uint32_t node) {
     if (ctx == nullptr || node >= kNodes) return kBadArgument;
     unsigned char& byte = mapOf(ctx)[node / 8];
     byte = static_cast<unsigned char>(byte | bitOf(node));
     return kDone;
 }
 
-uint32_t Quorvel_IsContextSetMap(void* ctx, uint32_t node) {
+std::uint32_t Quorvel_IsContextSetMap(void* ctx, std::uint32_t node) {
     if (ctx == nullptr || node >= kNodes) return 0;
     return (mapOf(ctx)[node / 8] & bitOf(node)) != 0 ? 1 : 0;
 }
 
-uint32_t Quorvel_ContextClearMap(void* ctx, uint32_t node) {
+std::uint32_t Quorvel_ContextClearMap(void* ctx, std::uint32_t node) {
     if (ctx == nullptr || node >= kNodes) return kBadArgument;
     unsigned char& byte = mapOf(ctx)[node / 8];
     byte = static_cast<unsigned char>(byte & ~bitOf(node));
     return kDone;
 }
 
-uint32_t Quorvel_ContextZeroSetMap(void* ctx) {
+std::uint32_t Quorvel_ContextZeroSetMap(void* ctx) {
     if (ctx == nullptr) return kBadArgument;
     std::memset(mapOf(ctx), 0, kMapSize);
     return kDone;

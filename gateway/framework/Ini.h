@@ -9,7 +9,7 @@
 
 namespace quorvel::framework {
 
-// A mistake in a configuration text: the line, from 1, and the text that was expected there.
+/// A mistake in a configuration text: the line, from 1, and the text that was expected there.
 struct IniError {
     unsigned line = 0;
     std::string message;
@@ -17,10 +17,10 @@ struct IniError {
 
 class Ini {
   public:
-    // Parses a whole text. Returns nothing and fills `error` when a line is malformed.
+    /// Parses a whole text. Returns nothing and fills `error` when a line is malformed.
     [[nodiscard]] static std::optional<Ini> parse(std::string_view text, IniError& error);
 
-    // Returns the value of `key` in `section`, or null. Names are compared as they are written.
+    /// Returns the value of `key` in `section`, or null. Names are compared as they are written.
     [[nodiscard]] const std::string* find(const std::string& section, const std::string& key) const;
 
   private:

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -18,14 +19,14 @@
 
 namespace {
 
-constexpr uint32_t kHighestLevel = 3;
+constexpr std::uint32_t kHighestLevel = 3;
 constexpr std::array<const char*, kHighestLevel + 1> kLevelNames{"error", "warning", "notice", "trace"};
 constexpr std::size_t kTextSize = 4096;
 constexpr std::size_t kLineSize = kTextSize + 512;
 
 // Until the environment is read, every level passes the first check.
-constexpr uint32_t kUnread = 0xffffffff;
-std::atomic<uint32_t> threshold{kUnread};
+constexpr std::uint32_t kUnread = 0xffffffff;
+std::atomic<std::uint32_t> threshold{kUnread};
 
 std::mutex sinkMutex;
 QuorvelHostLogSink sinkFunction = nullptr;
@@ -35,15 +36,15 @@ int fileDescriptor = -1;
 
 thread_local std::array<char, kTextSize> lastError{};
 
-uint32_t levelFromEnvironment() {
+std::uint32_t levelFromEnvironment() {
     const char* text = std::getenv("QUORVEL_LOG_LEVEL");
     if (text == nullptr || text[0] < '0' || text[0] > '3' || text[1] != '\0') return 0;
-    return static_cast<uint32_t>(text[0] - '0');
+    return static_cast<std::uint32_t>(text[0] - '0');
 }
 
-uint32_t readThreshold() {
-    uint32_t seen = kUnread;
-    const uint32_t level = levelFromEnvironment();
+std::uint32_t readThreshold() {
+    std::uint32_t seen = kUnread;
+    const std::uint32_t level = levelFromEnvironment();
     // A host that has set the level meanwhile keeps its own.
     return threshold.compare_exchange_strong(seen, level) ? level : seen;
 }
@@ -70,7 +71,7 @@ void writeAll(int descriptor, const char* bytes, std::size_t count) {
     }
 }
 
-void emit(uint32_t level, const char* line, std::size_t length) {
+void emit(std::uint32_t level, const char* line, std::size_t length) {
     const std::lock_guard<std::mutex> guard(sinkMutex);
     if (sinkFunction != nullptr) {
         sinkFunction(level, line, sinkUser);
@@ -83,10 +84,10 @@ void emit(uint32_t level, const char* line, std::size_t length) {
     if (fileDescriptor >= 0) writeAll(fileDescriptor, line, length);
 }
 
-void logLine(uint32_t level, const char* file, const char* function, uint32_t line, const char* format,
+void logLine(std::uint32_t level, const char* file, const char* function, std::uint32_t line, const char* format,
              va_list arguments) __attribute__((format(printf, 5, 0)));
 
-void logLine(uint32_t level, const char* file, const char* function, uint32_t line, const char* format,
+void logLine(std::uint32_t level, const char* file, const char* function, std::uint32_t line, const char* format,
              va_list arguments) {
     std::array<char, kTextSize> text{};
     if (std::vsnprintf(text.data(), text.size(), format, arguments) < 0) return;
@@ -108,8 +109,9 @@ void logLine(uint32_t level, const char* file, const char* function, uint32_t li
 
 }  // namespace
 
-void Quorvel_LogPrint(uint32_t level, const char* file, const char* function, uint32_t line, const char* format, ...) {
-    uint32_t limit = threshold.load(std::memory_order_relaxed);
+void Quorvel_LogPrint(std::uint32_t level, const char* file, const char* function, std::uint32_t line,
+                      const char* format, ...) {
+    std::uint32_t limit = threshold.load(std::memory_order_relaxed);
     if (__builtin_expect(level > limit, 1)) return;
     const int saved = errno;
     if (limit == kUnread) limit = readThreshold();
@@ -130,7 +132,7 @@ void QuorvelHost_ClearLastError(void) {
     lastError[0] = '\0';
 }
 
-void QuorvelHost_SetLogLevel(uint32_t level) {
+void QuorvelHost_SetLogLevel(std::uint32_t level) {
     threshold.store(std::min(level, kHighestLevel), std::memory_order_relaxed);
 }
 

@@ -2,6 +2,7 @@
 
 #include <pthread.h>
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -36,7 +37,7 @@ std::unique_ptr<pthread_mutex_t> makeMutex() {
     return good ? std::move(made) : nullptr;
 }
 
-uint32_t createMutex(const char* name, void** handle) {
+std::uint32_t createMutex(const char* name, void** handle) {
     const std::lock_guard<std::mutex> guard(registry().mutex);
     std::unique_ptr<pthread_mutex_t>& place = registry().named[name];
     if (place == nullptr) place = makeMutex();
@@ -47,7 +48,7 @@ uint32_t createMutex(const char* name, void** handle) {
 
 }  // namespace
 
-uint32_t QuorvelOsCreateMutex(const char* name, void** handle) {
+std::uint32_t QuorvelOsCreateMutex(const char* name, void** handle) {
     if (name == nullptr || handle == nullptr) return kBadArgument;
     try {
         return createMutex(name, handle);
@@ -56,12 +57,12 @@ uint32_t QuorvelOsCreateMutex(const char* name, void** handle) {
     }
 }
 
-uint32_t QuorvelOsMutexLock(void* handle) {
+std::uint32_t QuorvelOsMutexLock(void* handle) {
     if (handle == nullptr) return kBadArgument;
     return pthread_mutex_lock(static_cast<pthread_mutex_t*>(handle)) == 0 ? kDone : kSystemFailure;
 }
 
-uint32_t QuorvelOsMutexUnlock(void* handle) {
+std::uint32_t QuorvelOsMutexUnlock(void* handle) {
     if (handle == nullptr) return kBadArgument;
     return pthread_mutex_unlock(static_cast<pthread_mutex_t*>(handle)) == 0 ? kDone : kSystemFailure;
 }

@@ -15,6 +15,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -254,7 +255,7 @@ Result terminate(const std::string& program, const std::string& arguments) {
 
 }  // namespace
 
-uint32_t QuorvelOsSpawnProcess(SpawnInfo* info, ProcessRecord* process) {
+std::uint32_t QuorvelOsSpawnProcess(SpawnInfo* info, ProcessRecord* process) {
     if (info == nullptr || process == nullptr) return kBadArgument;
     try {
         return spawn(*info, *process);
@@ -264,7 +265,7 @@ uint32_t QuorvelOsSpawnProcess(SpawnInfo* info, ProcessRecord* process) {
     }
 }
 
-uint32_t QuorvelOsTerminateProcess(SpawnInfo* info, char* arguments) {
+std::uint32_t QuorvelOsTerminateProcess(SpawnInfo* info, char* arguments) {
     if (info == nullptr) return kBadArgument;
     try {
         return terminate(boundedText(info->program, sizeof info->program),

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -51,16 +52,16 @@ bool isRunning(const char* pid, std::string_view name) {
 
 }  // namespace
 
-int32_t QuorvelUtilGetPidByName(const char* name) {
+std::int32_t QuorvelUtilGetPidByName(const char* name) {
     if (name == nullptr || name[0] == '\0') return 0;
     const std::unique_ptr<DIR, CloseFolder> processes(opendir("/proc"));
     if (processes == nullptr) return 0;
     const std::string_view wanted = std::string_view(name).substr(0, kNameLength);
-    int32_t lowest = 0;
+    std::int32_t lowest = 0;
     while (const dirent* entry = readdir(processes.get())) {
         const long pid = std::strtol(entry->d_name, nullptr, 10);
         if (pid <= 0 || !isRunning(entry->d_name, wanted)) continue;
-        lowest = lowest == 0 ? static_cast<int32_t>(pid) : std::min(lowest, static_cast<int32_t>(pid));
+        lowest = lowest == 0 ? static_cast<std::int32_t>(pid) : std::min(lowest, static_cast<std::int32_t>(pid));
     }
     return lowest;
 }

@@ -7,17 +7,17 @@ namespace quorvel::manager {
 
 using Milliseconds = std::int64_t;
 
-// The board's time since power-on. It follows real time plus whatever it has been advanced, or, once it is virtual,
-// does not move between advances.
+/// The board's time since power-on. It follows real time plus whatever it has been advanced, or, once it is virtual,
+/// does not move between advances.
 class BoardClock {
   public:
-    // `real` gives monotonic milliseconds; board time starts at 0 now.
+    /// `real` gives monotonic milliseconds; board time starts at 0 now.
     explicit BoardClock(std::function<Milliseconds()> real);
 
     [[nodiscard]] Milliseconds now() const;
     void advance(Milliseconds by);
     void makeVirtual();
-    // Virtual from power-on: board time 0 until the first advance.
+    /// Makes the clock virtual from power-on: board time is 0 until the first advance.
     void startVirtual();
     [[nodiscard]] bool isVirtual() const {
         return virtual_;
@@ -29,7 +29,7 @@ class BoardClock {
     bool virtual_ = false;
 };
 
-// Monotonic real time in milliseconds.
+/// Returns monotonic real time in milliseconds.
 [[nodiscard]] Milliseconds realMilliseconds();
 
 }  // namespace quorvel::manager

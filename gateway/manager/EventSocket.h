@@ -2,6 +2,7 @@
 
 #include <poll.h>
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -11,8 +12,8 @@
 
 namespace quorvel::manager {
 
-// Serves station events. A listener that does not read is kept waiting for no longer than a bounded backlog lasts, and
-// then cut off; nothing here blocks.
+/// Serves station events. A listener that does not read is kept waiting for no longer than a bounded backlog lasts, and
+/// then cut off; nothing here blocks.
 class EventSocket {
   public:
     explicit EventSocket(std::string path);
@@ -20,10 +21,10 @@ class EventSocket {
     EventSocket(const EventSocket&) = delete;
     EventSocket& operator=(const EventSocket&) = delete;
 
-    // Opens the socket. Gives what failed, or an empty text.
+    /// Opens the socket. Returns the failure, or the empty text.
     [[nodiscard]] std::string open();
 
-    // Adds what is to be polled; serve then takes the same list after the poll.
+    /// Adds what is to be polled; serve then takes the same list after the poll.
     void watch(std::vector<pollfd>& watched) const;
     void serve(const std::vector<pollfd>& watched);
 

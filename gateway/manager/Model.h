@@ -16,14 +16,14 @@
 #include "host/ChannelRecords.h"
 #include "host/StationRecords.h"
 
-// The simulated WLAN: radios, BSSs, stations, neighbours and the manager's variables. It knows neither sockets nor
-// files nor real time: it is moved through board time by advanceTo, and the same board, seed and requests at the same
-// times give the same state and the same log.
+/// The simulated WLAN: radios, BSSs, stations, neighbours and the manager's variables. It knows neither sockets nor
+/// files nor real time: it is moved through board time by advanceTo, and the same board, seed and requests at the same
+/// times give the same state and the same log.
 namespace quorvel::manager {
 
-// The values that survive a power cycle once they have been saved: variables that differ from the factory's, by
-// "RADIO.SUB.NAME" (SUB is
-// "-" for a radio, both for the system), and non-volatile keys that differ, absent ones with no text.
+/// The values that survive a power cycle once they have been saved: variables that differ from the factory's, by
+/// "RADIO.SUB.NAME" (SUB is "-" for a radio, both for the system), and non-volatile keys that differ, absent ones with
+/// no text.
 struct Saved {
     std::map<std::string, std::optional<std::string>> variables;
     std::map<std::string, std::optional<std::string>> nvram;
@@ -43,11 +43,11 @@ struct Counters {
 };
 
 struct Station {
-    description::Station setup;  // at present: moves change it
-    std::size_t planAt = 0;      // next step of its plan
-    std::string security;        // the mode that the station is set up for
+    description::Station setup;  ///< at present: moves change it
+    std::size_t planAt = 0;      ///< next step of its plan
+    std::string security;        ///< the mode that the station is set up for
     std::string passphrase;
-    bool wanted = false;  // tries to be associated
+    bool wanted = false;  ///< tries to be associated
     bool associated = false;
     bool refusalLogged = false;
     Milliseconds retryAt = 0;
@@ -66,10 +66,10 @@ struct Bss {
     description::Bss factory;
     Values values;
     bool filterListPresent = false;
-    std::vector<std::size_t> stations;  // associated, in order of association
+    std::vector<std::size_t> stations;  ///< associated, in order of association
     WpsSession wps;
     Counters counters;
-    std::uint64_t pendingTx = 0;  // bytes that the kernel interface has not seen yet
+    std::uint64_t pendingTx = 0;  ///< bytes that the kernel interface has not seen yet
     std::uint64_t pendingRx = 0;
 };
 
@@ -80,25 +80,25 @@ struct Radio {
     Milliseconds lastChange = 0;
     Milliseconds nextAutoChannel = 0;
     int noise = -91;
-    unsigned selfBusy = 0;  // percent of air time for own traffic in the last second
+    unsigned selfBusy = 0;  ///< percent of air time for own traffic in the last second
     Counters counters;
     std::uint64_t badPlcp = 0;
     std::uint64_t badFcs = 0;
     std::uint64_t badSourceMac = 0;
     std::uint64_t otherManagement = 0;
     unsigned measuredChannel = 0;
-    unsigned measuredDwell = 0;  // 0 before the first measurement
+    unsigned measuredDwell = 0;  ///< 0 before the first measurement
     std::vector<Bss> bss;
 };
 
 struct LogEntry {
-    std::uint64_t number = 0;  // from 1
+    std::uint64_t number = 0;  ///< from 1
     Milliseconds at = 0;
     std::string kind;
     std::string text;
 };
 
-// A message that the event socket owes its clients.
+/// A message that the event socket owes its clients.
 struct StationMessage {
     AssociationMessage bytes = {};
     std::size_t size = 0;
@@ -106,18 +106,18 @@ struct StationMessage {
 
 class Model {
   public:
-    // Puts the board at power-on: factory values, then what was saved.
+    /// Puts the board at power-on: factory values, then what was saved.
     Model(description::Board board, const Saved& saved, std::uint64_t seed);
 
-    // Lets board time go on to `now`, which must not go back.
+    /// Lets board time go on to `now`, which must not go back.
     void advanceTo(Milliseconds now);
     [[nodiscard]] Milliseconds now() const {
         return now_;
     }
-    // When something will change by itself, or nothing when only requests can change something.
+    /// Returns the time of the next change that no request makes, or nothing when there is none.
     [[nodiscard]] std::optional<Milliseconds> nextChange() const;
 
-    // Variables. Indices are 0-based; get gives nothing for what is not there.
+    // Variables. Indices are 0-based; get returns nothing for a variable that does not exist.
     [[nodiscard]] std::optional<std::string> get(unsigned radio, unsigned sub, std::string_view name) const;
     [[nodiscard]] bool set(unsigned radio, unsigned sub, std::string_view name, std::optional<std::string_view> value);
     [[nodiscard]] std::optional<std::string> nvramGet(std::string_view name) const;
@@ -128,7 +128,7 @@ class Model {
     void halStarted();
     [[nodiscard]] bool startStopServices(unsigned index, unsigned command);
     [[nodiscard]] bool restart(unsigned radio);
-    [[nodiscard]] bool switchChannel(unsigned radio, std::string_view text);  // "44" or "44/80"
+    [[nodiscard]] bool switchChannel(unsigned radio, std::string_view text);  ///< "44" or "44/80"
 
     // Information. Each returns nothing for a radio, BSS or station that does not exist.
     [[nodiscard]] std::optional<ManagerStationRecord> stationInfo(unsigned radio, unsigned sub,
@@ -142,7 +142,7 @@ class Model {
     [[nodiscard]] std::optional<ChannelMetricsRecord> channelMetrics(unsigned radio) const;
     [[nodiscard]] std::optional<ChannelStatsRecord> channelStats(unsigned radio) const;
     [[nodiscard]] std::optional<ChannelStats2Record> channelStats2(unsigned radio) const;
-    [[nodiscard]] unsigned utilization(unsigned radio, unsigned channel) const;  // percent
+    [[nodiscard]] unsigned utilization(unsigned radio, unsigned channel) const;  ///< percent
 
     // Surroundings. Errors are texts that say what to change; nothing is success.
     [[nodiscard]] std::optional<std::string> joinStation(const description::Station& setup);
@@ -154,7 +154,7 @@ class Model {
                                                         unsigned uplink);
     [[nodiscard]] std::optional<std::string> addNeighbour(const description::Neighbour& neighbour);
     [[nodiscard]] std::optional<std::string> removeNeighbour(const common::MacAddress& bssid);
-    // Why the station is not let in, or nothing when it is or would be.
+    /// Returns the reason why the station is not let in, or nothing when it is or would be.
     [[nodiscard]] std::optional<std::string> refusal(const Station& station) const;
 
     void log(const std::string& kind, const std::string& text);
@@ -178,15 +178,15 @@ class Model {
     }
     [[nodiscard]] bool isUp(unsigned radio) const;
     [[nodiscard]] bool isUp(unsigned radio, unsigned sub) const;
-    [[nodiscard]] unsigned bandwidth(unsigned radio) const;  // MHz
+    [[nodiscard]] unsigned bandwidth(unsigned radio) const;  ///< MHz
     [[nodiscard]] int noise(unsigned radio) const {
         return radios_[radio].noise;
     }
     [[nodiscard]] ManagerStationRecord record(const Station& station) const;
-    [[nodiscard]] unsigned downlinkRate(const Station& station) const;  // kbit/s
+    [[nodiscard]] unsigned downlinkRate(const Station& station) const;  ///< kbit/s
     [[nodiscard]] unsigned uplinkRate(const Station& station) const;
 
-    // Takes what has come up since the last call.
+    /// Takes the messages since the last call.
     [[nodiscard]] std::vector<StationMessage> takeMessages();
     struct KernelTraffic {
         unsigned radio;

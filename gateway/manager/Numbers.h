@@ -5,7 +5,8 @@
 
 namespace quorvel::manager {
 
-// The number that the text's leading digits make, 0 without any; what does not fit 32 bits gives the largest that does.
+/// Returns the number that the text's leading digits make, 0 without any, and the largest of 32 bits when it does not
+/// fit.
 [[nodiscard]] inline std::uint32_t leadingNumber(std::string_view text) {
     std::uint64_t number = 0;
     for (const char c : text) {

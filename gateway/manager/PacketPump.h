@@ -1,13 +1,14 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "gateway/manager/Model.h"
 
 namespace quorvel::manager {
 
-// Sends real packets through the board's interfaces so that the kernel's counters grow with the stations' traffic.
-// Without the interfaces, or the right to send on them, it does nothing.
+/// Sends real packets through the board's interfaces so that the kernel's counters grow with the stations' traffic.
+/// Without the interfaces, or the right to send on them, it does nothing.
 class PacketPump {
   public:
     PacketPump() = default;

@@ -4,7 +4,7 @@
 
 namespace quorvel::manager {
 
-// A small seeded generator (splitmix64) that gives the same sequence on every platform.
+/// A small seeded generator (splitmix64) that gives the same sequence on every platform.
 class Random {
   public:
     explicit Random(std::uint64_t seed) : state_(seed) {}
@@ -17,7 +17,7 @@ class Random {
         return z ^ (z >> 31U);
     }
 
-    // A number from low to high, both included; low must not be above high.
+    /// A number from low to high, both included; low must not be above high.
     [[nodiscard]] int between(int low, int high) {
         const auto width = static_cast<std::uint64_t>(static_cast<std::int64_t>(high) - low) + 1;
         return static_cast<int>(low + static_cast<std::int64_t>(next() % width));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
@@ -13,7 +14,7 @@
 
 namespace quorvel::manager {
 
-// The daemon's event loop: clients on the manager's socket, listeners on the event socket, board time.
+/// The daemon's event loop: clients on the manager's socket, listeners on the event socket, board time.
 class Server {
   public:
     Server(Service& service, std::string socketPath, std::string notifyPath);
@@ -21,10 +22,10 @@ class Server {
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    // Opens both sockets. Gives what failed, or an empty text.
+    /// Opens both sockets. Returns the failure, or the empty text.
     [[nodiscard]] std::string open();
 
-    // Serves until `stop` (a descriptor) becomes readable.
+    /// Serves until `stop` (a descriptor) becomes readable.
     void run(int stop);
 
   private:
@@ -33,7 +34,7 @@ class Server {
         std::vector<std::uint8_t> in;
         std::vector<std::uint8_t> out;
         std::size_t sent = 0;
-        bool closing = false;  // once everything is sent
+        bool closing = false;  ///< once everything is sent
         bool dead = false;
     };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <utility>
@@ -11,44 +12,44 @@
 
 namespace quorvel::manager {
 
-// The work during which the manager ends or stops.
+/// The work during which the manager ends or stops.
 enum class FaultPoint { kNothing, kRead, kWrite, kScan, kSave };
 
-// How the manager misbehaves on request.
+/// How the manager misbehaves on request.
 struct Faults {
-    Milliseconds hangFor = 0;  // real time; the server takes it and sets it back
-    unsigned drop = 0;         // so many of the next requests get no answer but the connection's end
-    unsigned truncate = 0;     // so many get half an answer
-    unsigned oversize = 0;     // so many get a frame that claims to be too long
-    bool save = false;         // saving fails
+    Milliseconds hangFor = 0;  ///< real time; the server takes it and sets it back
+    unsigned drop = 0;         ///< so many of the next requests get no answer but the connection's end
+    unsigned truncate = 0;     ///< so many get half an answer
+    unsigned oversize = 0;     ///< so many get a frame that claims to be too long
+    bool save = false;         ///< saving fails
     FaultPoint point = FaultPoint::kNothing;
-    int signal = 0;  // that the manager sends itself point the next of those
+    int signal = 0;  ///< that the manager sends itself point the next of those
     description::ToolFault wl = description::ToolFault::kNone;
 };
 
-// One connection's pending bytes: those that its last answer points into, and the rest of a long answer.
+/// One connection's pending bytes: those that its last answer points into, and the rest of a long answer.
 struct Session {
     std::string bytes;
     std::string longAnswer;
 };
 
-// The manager behind its socket: model, store, clock and faults, one request at a time.
+/// The manager behind its socket: model, store, clock and faults, one request at a time.
 class Service {
   public:
     Service(description::Board board, Store store, BoardClock clock, std::uint64_t seed);
 
-    // How the manager sends itself a signal; without it, it neither ends nor stops on request.
+    /// How the manager sends itself a signal; without it, it neither ends nor stops on request.
     void setSignalling(std::function<void(int signal)> signalling) {
         signalling_ = std::move(signalling);
     }
 
-    // Performs the request. The answer points into the session.
+    /// Performs the request. The answer points into the session.
     void handle(const Request& request, Session& session, Answer& answer);
 
-    // Performs a control request and returns its answer; see README.md.
+    /// Performs a control request and returns its answer; see README.md.
     [[nodiscard]] std::string control(std::string_view json);
 
-    // Lets the model follow the clock.
+    /// Lets the model follow the clock.
     void followClock();
 
     [[nodiscard]] Model& model() {
@@ -60,14 +61,14 @@ class Service {
     [[nodiscard]] Faults& faults() {
         return faults_;
     }
-    // How many listen for station events; the server's to say.
+    /// How many listen for station events; the server's to say.
     void setListeners(std::size_t count) {
         listeners_ = count;
     }
     [[nodiscard]] std::size_t listeners() const {
         return listeners_;
     }
-    // Returns the problem met when loading the store, or the empty text.
+    /// Returns the problem met when loading the store, or the empty text.
     [[nodiscard]] const std::string& problem() const {
         return problem_;
     }

@@ -17,20 +17,20 @@ struct Variable {
     std::string_view factory;
 };
 
-// Finds a variable by its exact name, or gives null.
+/// Finds a variable by its exact name, or gives null.
 [[nodiscard]] const Variable* findVariable(std::string_view name);
 
-// The values that a board leaves the factory with.
+/// The values that a board leaves the factory with.
 [[nodiscard]] Values factorySystem();
 [[nodiscard]] Values factoryRadio(const description::Radio& radio);
 [[nodiscard]] Values factoryBss(const description::Radio& radio, const description::Bss& bss);
 [[nodiscard]] Values factoryNvram(const description::Board& board);
 
-// The manager's bandwidth code of 20, 40, 80 or 160 MHz, and back; 0 for anything else.
+/// The manager's bandwidth code of 20, 40, 80 or 160 MHz, and back; 0 for anything else.
 [[nodiscard]] unsigned bandwidthCode(unsigned megahertz);
 [[nodiscard]] unsigned bandwidthOfCode(unsigned code);
 
-// The manager's authentication mode of a security mode's name.
+/// The manager's authentication mode of a security mode's name.
 [[nodiscard]] std::string_view authModeOf(std::string_view security);
 
 }  // namespace quorvel::manager

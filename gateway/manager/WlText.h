@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -7,13 +8,13 @@
 
 namespace quorvel::manager {
 
-// The output of the `wl` tool and its exit status (0, or 1 with the text as its message).
+/// The output of the `wl` tool and its exit status (0, or 1 with the text as its message).
 struct WlAnswer {
     std::int32_t status = 0;
     std::string text;
 };
 
-// Performs "wl -i INTERFACE COMMAND"; commands are counters, status, scan, scanresults and macmode.
+/// Performs "wl -i INTERFACE COMMAND"; commands are counters, status, scan, scanresults and macmode.
 [[nodiscard]] WlAnswer wlText(Model& model, description::ToolFault fault, std::string_view interface,
                               std::string_view command);
 

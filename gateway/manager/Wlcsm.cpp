@@ -2,6 +2,7 @@
 #include <pthread.h>
 #include <wlcsm.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -103,15 +104,15 @@ std::int32_t variable(Operation operation, std::uint32_t radio, std::uint32_t su
 
 }  // namespace
 
-WLCSM_EXPORT int32_t wlcsm_mngr_get(uint32_t radio, uint32_t sub, const char* name, char* buffer) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_get(std::uint32_t radio, std::uint32_t sub, const char* name, char* buffer) {
     return variable(Operation::kGet, radio, sub, name, buffer);
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_ext_get(uint32_t radio, uint32_t sub, const char* name, char* buffer) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_ext_get(std::uint32_t radio, std::uint32_t sub, const char* name, char* buffer) {
     return variable(Operation::kExtGet, radio, sub, name, buffer);
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_set(uint32_t radio, uint32_t sub, const char* name, const char* text) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_set(std::uint32_t radio, std::uint32_t sub, const char* name, const char* text) {
     if (name == nullptr) return kFailed;
     Request request = ask(Operation::kSet, radio, sub);
     putText(request, 0, name);
@@ -132,7 +133,7 @@ WLCSM_EXPORT char* wlcsm_nvram_get(const char* name) {
     return nvramValue;
 }
 
-WLCSM_EXPORT int32_t wlcsm_nvram_set(const char* name, const char* text) {
+WLCSM_EXPORT std::int32_t wlcsm_nvram_set(const char* name, const char* text) {
     if (name == nullptr) return kFailed;
     Request request = ask(Operation::kNvramSet);
     putText(request, 0, name);
@@ -140,13 +141,13 @@ WLCSM_EXPORT int32_t wlcsm_nvram_set(const char* name, const char* text) {
     return command(request, kFailed);
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_save_nvram(uint32_t a, uint32_t b, uint32_t c) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_save_nvram(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
     return command(ask(Operation::kSaveNvram, a, b, c), 0);
 }
 
 // The announcement comes before the manager is started: it is passed on when there is one, and makes the next call
 // wait.
-WLCSM_EXPORT int32_t wlcsm_mngr_wifi_hal_started(uint32_t a, uint32_t b, uint32_t c) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_wifi_hal_started(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
     const Lock lock;
     Answer answer;
     if (connection.callIfThere(ask(Operation::kHalStarted, a, b, c), answer)) return answer.result;
@@ -154,69 +155,72 @@ WLCSM_EXPORT int32_t wlcsm_mngr_wifi_hal_started(uint32_t a, uint32_t b, uint32_
     return 1;
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_start_stop_services(uint32_t index, uint32_t a, uint32_t b, uint32_t number) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_start_stop_services(std::uint32_t index, std::uint32_t a, std::uint32_t b,
+                                                         std::uint32_t number) {
     return command(ask(Operation::kStartStopServices, index, a, b, number), 0);
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_restart(uint32_t radio, uint32_t a, uint32_t b, uint32_t c) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_restart(std::uint32_t radio, std::uint32_t a, std::uint32_t b, std::uint32_t c) {
     return command(ask(Operation::kRestart, radio, a, b, c), 0);
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_send_csa(uint32_t radio, uint32_t channel) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_send_csa(std::uint32_t radio, std::uint32_t channel) {
     return command(ask(Operation::kSendCsa, radio, channel), kFailed);
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_send_csa2(uint32_t radio, const char* text) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_send_csa2(std::uint32_t radio, const char* text) {
     if (text == nullptr) return kFailed;
     Request request = ask(Operation::kSendCsa2, radio);
     putText(request, 0, text);
     return command(request, kFailed);
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_sta_info(uint32_t radio, uint32_t sub, const char* mac, void* buffer) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_sta_info(std::uint32_t radio, std::uint32_t sub, const char* mac, void* buffer) {
     if (mac == nullptr) return kFailed;
     Request request = ask(Operation::kStaInfo, radio, sub);
     putText(request, 0, mac);
     return record(request, buffer, sizeof(ManagerStationRecord));
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_ssid_info(uint32_t radio, uint32_t sub, void* buffer) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_ssid_info(std::uint32_t radio, std::uint32_t sub, void* buffer) {
     return record(ask(Operation::kSsidInfo, radio, sub), buffer, sizeof(SsidRecord));
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_clientRxTxStatsResult(uint32_t radio, uint32_t sub, const char* mac, uint32_t direction,
-                                                      uint32_t w1, uint32_t w2) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_clientRxTxStatsResult(std::uint32_t radio, std::uint32_t sub, const char* mac,
+                                                           std::uint32_t direction, std::uint32_t w1,
+                                                           std::uint32_t w2) {
     if (mac == nullptr) return kFailed;
     Request request = ask(Operation::kClientRxTxStatsResult, radio, sub, direction, w1, w2);
     putText(request, 0, mac);
     return command(request, kFailed);
 }
 
-WLCSM_EXPORT uint32_t wlcsm_get_systemUpSecs(void) {
+WLCSM_EXPORT std::uint32_t wlcsm_get_systemUpSecs(void) {
     return value(ask(Operation::kSystemUpSecs));
 }
 
-WLCSM_EXPORT uint32_t wlcsm_get_wlUpSecs(uint32_t radio) {
+WLCSM_EXPORT std::uint32_t wlcsm_get_wlUpSecs(std::uint32_t radio) {
     return value(ask(Operation::kWlUpSecs, radio));
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_ci_scan_start(uint32_t radio, uint32_t channel, uint32_t dwell, uint32_t fourth) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_ci_scan_start(std::uint32_t radio, std::uint32_t channel, std::uint32_t dwell,
+                                                   std::uint32_t fourth) {
     return command(ask(Operation::kCiScanStart, radio, channel, dwell, fourth), kFailed);
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_ci_scanresults(uint32_t radio, void* buffer) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_ci_scanresults(std::uint32_t radio, void* buffer) {
     return record(ask(Operation::kCiScanResults, radio), buffer, sizeof(ChannelMetricsRecord));
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_chanim_stats(uint32_t radio, void* buffer) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_chanim_stats(std::uint32_t radio, void* buffer) {
     return record(ask(Operation::kChanimStats, radio), buffer, sizeof(ChannelMetricsRecord));
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_channelstats(uint32_t radio, void* buffer) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_channelstats(std::uint32_t radio, void* buffer) {
     return record(ask(Operation::kChannelStats, radio), buffer, sizeof(ChannelStatsRecord));
 }
 
-WLCSM_EXPORT int32_t wlcsm_mngr_getRadioChannelStats2(uint32_t radio, void* buffer, uint32_t length) {
+WLCSM_EXPORT std::int32_t wlcsm_mngr_getRadioChannelStats2(std::uint32_t radio, void* buffer, std::uint32_t length) {
     return record(ask(Operation::kRadioChannelStats2, radio, length), buffer, length);
 }
 

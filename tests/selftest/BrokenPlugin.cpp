@@ -1,6 +1,7 @@
 // A library that breaks one rule of its front ends in each of its few functions.
 #include <quorvel.h>
 
+#include <cstdint>
 #include <cstring>
 
 namespace {
@@ -18,7 +19,7 @@ constexpr std::size_t kAlias = 165;
 
 }  // namespace
 
-#define BROKEN extern "C" __attribute__((visibility("default"))) uint32_t
+#define BROKEN extern "C" __attribute__((visibility("default"))) std::uint32_t
 
 // A context of the wrong size.
 BROKEN WiFiRadioInitContext(void* context) {
@@ -27,27 +28,27 @@ BROKEN WiFiRadioInitContext(void* context) {
 }
 
 // A node too many.
-BROKEN WiFiRadioCheckContextNodeSet(void* context, uint32_t node) {
+BROKEN WiFiRadioCheckContextNodeSet(void* context, std::uint32_t node) {
     if (context == nullptr || node > 66) return 0;
     return Quorvel_IsContextSetMap(context, node);
 }
 
 // A null output is taken, the lock's result is not looked at, and the lock is never given back.
-BROKEN WiFiRadioEnableGet(uint32_t, uint8_t*) {
+BROKEN WiFiRadioEnableGet(std::uint32_t, std::uint8_t*) {
     lockOnce();
     return 0;
 }
 
 // A buffer that is one byte short is good enough.
-BROKEN WiFiRadioAliasGet(uint32_t, char* buffer, uint32_t length) {
+BROKEN WiFiRadioAliasGet(std::uint32_t, char* buffer, std::uint32_t length) {
     if (buffer == nullptr) return 6;
     if (length < 63) return 8;
-    if (const uint32_t result = QuorvelOsMutexLock(mutex)) return result;
+    if (const std::uint32_t result = QuorvelOsMutexLock(mutex)) return result;
     return QuorvelOsMutexUnlock(mutex);
 }
 
 // Takes 2 for a truth, and marks another node.
-BROKEN WiFiRadioEnableSet(void* context, uint32_t, uint32_t value) {
+BROKEN WiFiRadioEnableSet(void* context, std::uint32_t, std::uint32_t value) {
     if (context == nullptr) return 2;
     if (Quorvel_IsContextInit(context) != 0) return 5;
     if (value > 2) return 8;
@@ -57,7 +58,7 @@ BROKEN WiFiRadioEnableSet(void* context, uint32_t, uint32_t value) {
 }
 
 // Takes a text that does not fit, and does not ask whether the context was initialised.
-BROKEN WiFiRadioAliasSet(void* context, uint32_t, const char* text, uint32_t length) {
+BROKEN WiFiRadioAliasSet(void* context, std::uint32_t, const char* text, std::uint32_t length) {
     if (context == nullptr) return 2;
     if (text == nullptr) return 6;
     if (length > 65) return 8;
@@ -67,7 +68,7 @@ BROKEN WiFiRadioAliasSet(void* context, uint32_t, const char* text, uint32_t len
 }
 
 // Goes on when the lock fails, and keeps the marks.
-BROKEN WiFiRadioApplyContext(void* context, uint32_t) {
+BROKEN WiFiRadioApplyContext(void* context, std::uint32_t) {
     if (context == nullptr) return 2;
     if (Quorvel_IsContextInit(context) != 0) return 5;
     (void)QuorvelOsMutexLock(mutex);
@@ -75,7 +76,7 @@ BROKEN WiFiRadioApplyContext(void* context, uint32_t) {
 }
 
 // Leaves a mark and the lock.
-BROKEN WiFiRadioInstanceGet(void* context, uint32_t) {
+BROKEN WiFiRadioInstanceGet(void* context, std::uint32_t) {
     (void)Quorvel_ContextInit(context, 9960);
     (void)Quorvel_ContextSetMap(context, 1);
     return QuorvelOsMutexLock(mutex);

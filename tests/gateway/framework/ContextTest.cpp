@@ -2,6 +2,7 @@
 #include <quorvel.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <vector>
 
 namespace {
@@ -9,7 +10,7 @@ namespace {
 class HostContext : public testing::Test {
   protected:
     void SetUp() override {
-        ASSERT_EQ(Quorvel_ContextInit(block_.data(), static_cast<uint32_t>(block_.size())), 0U);
+        ASSERT_EQ(Quorvel_ContextInit(block_.data(), static_cast<std::uint32_t>(block_.size())), 0U);
     }
 
     std::vector<unsigned char> block_ = std::vector<unsigned char>(200, 0xa5);
@@ -53,16 +54,16 @@ TEST(HostContextInit, IsNotSeenInNullOrFreshMemory) {
 }
 
 TEST_F(HostContext, StartsWithAnEmptyMapAndZeroFields) {
-    for (uint32_t node = 0; node < 1024; ++node)
+    for (std::uint32_t node = 0; node < 1024; ++node)
         EXPECT_EQ(Quorvel_IsContextSetMap(block_.data(), node), 0U);
     EXPECT_TRUE(
         std::all_of(block_.begin() + QUORVEL_CONTEXT_HEADER_SIZE, block_.end(), [](auto byte) { return byte == 0; }));
 }
 
 TEST_F(HostContext, KeepsEveryNodeApart) {
-    for (uint32_t node = 0; node < 1024; ++node) {
+    for (std::uint32_t node = 0; node < 1024; ++node) {
         ASSERT_EQ(Quorvel_ContextSetMap(block_.data(), node), 0U);
-        for (uint32_t other = 0; other < 1024; ++other)
+        for (std::uint32_t other = 0; other < 1024; ++other)
             ASSERT_EQ(Quorvel_IsContextSetMap(block_.data(), other) != 0, other == node) << node << " " << other;
         ASSERT_EQ(Quorvel_ContextClearMap(block_.data(), node), 0U);
     }
@@ -70,7 +71,7 @@ TEST_F(HostContext, KeepsEveryNodeApart) {
 }
 
 TEST_F(HostContext, RefusesNodesBeyondItsMap) {
-    for (const uint32_t node : {1024U, 1056U, 0xffffffffU}) {
+    for (const std::uint32_t node : {1024U, 1056U, 0xffffffffU}) {
         EXPECT_NE(Quorvel_ContextSetMap(block_.data(), node), 0U);
         EXPECT_NE(Quorvel_ContextClearMap(block_.data(), node), 0U);
         EXPECT_EQ(Quorvel_IsContextSetMap(block_.data(), node), 0U);
@@ -80,10 +81,10 @@ TEST_F(HostContext, RefusesNodesBeyondItsMap) {
 
 TEST_F(HostContext, LosesAllMarksButStaysInitialised) {
     block_[150] = 7;
-    for (const uint32_t node : {0U, 1U, 56U, 1023U})
+    for (const std::uint32_t node : {0U, 1U, 56U, 1023U})
         ASSERT_EQ(Quorvel_ContextSetMap(block_.data(), node), 0U);
     EXPECT_EQ(Quorvel_ContextZeroSetMap(block_.data()), 0U);
-    for (uint32_t node = 0; node < 1024; ++node)
+    for (std::uint32_t node = 0; node < 1024; ++node)
         EXPECT_EQ(Quorvel_IsContextSetMap(block_.data(), node), 0U);
     EXPECT_EQ(Quorvel_IsContextInit(block_.data()), 0U);
     EXPECT_EQ(block_[150], 7);

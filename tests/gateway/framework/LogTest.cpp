@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -14,7 +15,7 @@
 namespace {
 
 struct Line {
-    uint32_t level;
+    std::uint32_t level;
     std::string text;
 };
 
@@ -22,7 +23,7 @@ class HostLog : public testing::Test {
   protected:
     void SetUp() override {
         QuorvelHost_SetLogSink(
-            [](uint32_t level, const char* line, void* user) {
+            [](std::uint32_t level, const char* line, void* user) {
                 static_cast<std::vector<Line>*>(user)->push_back({level, line});
             },
             &lines_);
@@ -56,10 +57,10 @@ TEST_F(HostLog, EndsEveryLineWithOneNewline) {
 }
 
 TEST_F(HostLog, LetsThroughWhatTheLevelAllows) {
-    for (uint32_t level = 0; level <= 3; ++level) {
+    for (std::uint32_t level = 0; level <= 3; ++level) {
         QuorvelHost_SetLogLevel(level);
         lines_.clear();
-        for (uint32_t each = 0; each <= 3; ++each)
+        for (std::uint32_t each = 0; each <= 3; ++each)
             Quorvel_LogPrint(each, "f", "g", 1, "x");
         EXPECT_EQ(lines_.size(), level + 1) << level;
     }
