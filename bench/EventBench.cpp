@@ -11,7 +11,7 @@
 #include <string>
 
 #include "bench/counts/NullPlatform.h"
-#include "host/stationevents.h"
+#include "host/StationRecords.h"
 #include "wifi/QuorvelWiFiExports.h"
 
 namespace {
@@ -43,10 +43,10 @@ class SilentOutput {
 std::string writeEvents() {
     std::string path = "/tmp/quorvel-bench-XXXXXX";
     const int descriptor = mkstemp(path.data());
-    StationDetailsEvent message{};
+    AssociationMessage message{};
     message.header.radio = 1;
     message.header.bss = 2;
-    message.header.event = QUORVEL_EVENT_DETAILS;
+    message.header.event = QUORVEL_EVENT_ASSOCIATED;
     for (std::uint32_t n = 0; n < kEvents; ++n) {
         message.header.mac[5] = static_cast<std::uint8_t>(n);
         if (write(descriptor, &message, sizeof message) != sizeof message) std::abort();
@@ -102,8 +102,8 @@ void* bareLoop(void*) {
         if (length <= 0) break;
         std::printf("%s: receive total_len=%d\n", "bareLoop", static_cast<int>(length));
         std::fflush(stdout);
-        for (ssize_t at = 0; at < length; at += static_cast<ssize_t>(sizeof(StationDetailsEvent))) {
-            StationDetailsEvent message;
+        for (ssize_t at = 0; at < length; at += static_cast<ssize_t>(sizeof(AssociationMessage))) {
+            AssociationMessage message;
             std::memcpy(&message, buffer + at, sizeof message);
             const StationEventHeader& header = message.header;
             char mac[32];

@@ -87,8 +87,8 @@ typedef struct StationEventRecord {
     uint32_t downlinkRate; /* kbit/s */
     uint32_t uplinkRate;   /* kbit/s */
     uint32_t retransmissions;
-    uint32_t snr; /* dB */
-    char standard[64];
+    uint32_t snr;       /* dB */
+    char standard[64];  /* without a NUL when it fills the field */
     uint32_t bandwidth; /* MHz */
 } StationEventRecord;
 static_assert(offsetof(StationEventRecord, rssi) == 36 && offsetof(StationEventRecord, downlinkRate) == 40 &&

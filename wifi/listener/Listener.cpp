@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "host/stationevents.h"
+#include "host/StationRecords.h"
 #include "wifi/Log.h"
 #include "wifi/Result.h"
 #include "wifi/listener/ListenerSocket.h"

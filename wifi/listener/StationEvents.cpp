@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "host/stationevents.h"
+#include "host/StationRecords.h"
 #include "wifi/Log.h"
 
 namespace quorvel {
@@ -14,15 +14,17 @@ constexpr const char* kLogFile = "wifi/QuorvelWiFiImpl";
 constexpr char kListener[] = "qvl_thread_main_loop";
 
 void copyDetails(StationEventRecord& station, const uint8_t* message) {
-    StationDetailsEvent event;
+    AssociationMessage event;
     memcpy(&event, message, sizeof event);
-    station.detailByte1 = event.detailByte1;
-    station.detailByte2 = event.detailByte2;
-    station.detailWord1 = event.detailWord1;
-    memcpy(station.detailBlock, event.detailBlock, sizeof station.detailBlock);
-    station.detailWord2 = event.detailWord2;
-    strncpy(station.detailText, event.detailText, sizeof station.detailText);
-    station.detailWord3 = event.detailWord3;
+    station.authenticated = event.station.authenticated;
+    station.active = event.station.active;
+    station.rssi = event.station.rssi;
+    station.downlinkRate = event.station.downlinkRate;
+    station.uplinkRate = event.station.uplinkRate;
+    station.retransmissions = event.station.retransmissions;
+    station.snr = event.station.snr;
+    strncpy(station.standard, event.station.standard, sizeof station.standard);
+    station.bandwidth = event.station.bandwidth;
 }
 
 // Writes a MAC address as colon-separated upper-case hexadecimal.
@@ -49,15 +51,15 @@ size_t handleEvent(const uint8_t* message, size_t length, AssociatedDeviceCallba
     printf("%s: recev event on wl%d.%d Event=%d STA MAC=[%s] len=%d\n", kListener, static_cast<int>(header.radio),
            static_cast<int>(header.bss), static_cast<int>(header.event), mac, static_cast<int>(length));
     fflush(stdout);
-    if (header.event != QUORVEL_EVENT_DETAILS && header.event != QUORVEL_EVENT_STATION) {
+    if (header.event != QUORVEL_EVENT_ASSOCIATED && header.event != QUORVEL_EVENT_AUTHENTICATION) {
         QUORVEL_LOG(Error, kListener, "Invalid STA event[%d]", header.event);
         return 0;
     }
     StationEventRecord station{};
     memcpy(station.mac, mac, sizeof station.mac);
     size_t taken = sizeof(StationEventHeader);
-    if (header.event == QUORVEL_EVENT_DETAILS) {
-        taken = sizeof(StationDetailsEvent);
+    if (header.event == QUORVEL_EVENT_ASSOCIATED) {
+        taken = sizeof(AssociationMessage);
         if (length < taken) {
             QUORVEL_LOG(Error, kListener, "message length too short[%d]", static_cast<int>(length));
             return 0;
