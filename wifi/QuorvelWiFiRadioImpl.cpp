@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "host/ChannelRecords.h"
 #include "wifi/Log.h"
 #include "wifi/QuorvelWiFiRadioImpl.h"
 #include "wifi/Result.h"
@@ -15,7 +16,6 @@
 #include "wifi/parsing/DecimalText.h"
 #include "wifi/parsing/RadioRates.h"
 #include "wifi/parsing/Text.h"
-#include "wifi/records/ChannelRecords.h"
 
 using quorvel::kFailed;
 using quorvel::kInvalidInput;
@@ -411,13 +411,13 @@ void scanChannel(uint32_t radio, const char* record) {
 }
 
 // Strongest first: adjacent pairs, each pass one pair shorter, until one swaps nothing.
-void sortByRssi(quorvel::ChannelNeighbour* neighbours, uint32_t count) {
+void sortByRssi(ChannelNeighbour* neighbours, uint32_t count) {
     bool swapped = true;
     for (uint32_t last = count; swapped && last > 1; --last) {
         swapped = false;
         for (uint32_t n = 0; n + 1 < last; ++n) {
             if (neighbours[n].rssi >= neighbours[n + 1].rssi) continue;
-            const quorvel::ChannelNeighbour weaker = neighbours[n];
+            const ChannelNeighbour weaker = neighbours[n];
             neighbours[n] = neighbours[n + 1];
             neighbours[n + 1] = weaker;
             swapped = true;
@@ -441,22 +441,21 @@ uint32_t WiFiRadioDcsChannelMetricsGetImpl(uint32_t radio, char* buf, uint32_t) 
         QUORVEL_LOG(Error, __func__, "DcsChannelMetrics fail to get chanim_stats");
         return kFailed;
     }
-    auto record = recordAt<quorvel::DcsChannelMetricsRecord>(buf);
+    auto record = recordAt<ChannelMetricsRecord>(buf);
     QUORVEL_LOG(Traffic, __func__, "*** DcsChannelMetrics result for channel %d ***\n", record.channel);
     QUORVEL_LOG(Traffic, __func__, "noise: %d utilization: %d  txpower: %d (dbm)\n", record.noise, record.utilization,
-                record.txpower);
+                record.txPower);
     QUORVEL_LOG(Traffic, __func__, "\n*** channel_rssi_count %d ***\n", record.count);
     // A count beyond the record's entries comes from outside and is not believed.
     const uint32_t count =
-        record.count < quorvel::kMaxChannelNeighbours ? record.count : quorvel::kMaxChannelNeighbours;
+        record.count < QUORVEL_MAX_CHANNEL_NEIGHBOURS ? record.count : QUORVEL_MAX_CHANNEL_NEIGHBOURS;
     sortByRssi(record.neighbours, count);
     memcpy(buf, &record, sizeof record);
     for (uint32_t n = 0; n < count; ++n) {
-        const quorvel::ChannelNeighbour& neighbour = record.neighbours[n];
+        const ChannelNeighbour& neighbour = record.neighbours[n];
         const uint8_t* bssid = neighbour.bssid;
         QUORVEL_LOG(Traffic, __func__, "index %d: BSSID: %02x:%02x:%02x:%02x:%02x:%02x ap_channelWidth: %d RSSI: %d\n",
-                    n, bssid[0], bssid[1], bssid[2], bssid[3], bssid[4], bssid[5], neighbour.channelWidth,
-                    neighbour.rssi);
+                    n, bssid[0], bssid[1], bssid[2], bssid[3], bssid[4], bssid[5], neighbour.width, neighbour.rssi);
     }
     return kSuccess;
 }
@@ -472,15 +471,15 @@ uint32_t WiFiRadioChannelStatsGetImpl(uint32_t radio, char* buf, uint32_t) {
         return kFailed;
     }
     using Count = unsigned long long;  // what %llu prints
-    const auto record = recordAt<quorvel::ChannelStatsRecord>(buf);
+    const auto record = recordAt<ChannelStatsRecord>(buf);
     QUORVEL_LOG(Traffic, __func__, "*** Channelstats result for channel %d ***\n", record.channel);
     QUORVEL_LOG(Traffic, __func__, "noise: %d utilization: %d \n", record.noise, record.utilization);
-    QUORVEL_LOG(Traffic, __func__, "ch_utilization_total: %llu ch_utilization_busy: %llu \n",
-                Count{record.ch_utilization_total}, Count{record.ch_utilization_busy});
-    QUORVEL_LOG(Traffic, __func__, "ch_utilization_busy_tx: %llu ch_utilization_busy_rx: %llu \n",
-                Count{record.ch_utilization_busy_tx}, Count{record.ch_utilization_busy_rx});
+    QUORVEL_LOG(Traffic, __func__, "ch_utilization_total: %llu ch_utilization_busy: %llu \n", Count{record.total},
+                Count{record.busy});
+    QUORVEL_LOG(Traffic, __func__, "ch_utilization_busy_tx: %llu ch_utilization_busy_rx: %llu \n", Count{record.busyTx},
+                Count{record.busyRx});
     QUORVEL_LOG(Traffic, __func__, "ch_utilization_busy_self: %llu ch_utilization_busy_ext: %llu \n",
-                Count{record.ch_utilization_busy_self}, Count{record.ch_utilization_busy_ext});
+                Count{record.busySelf}, Count{record.busyExt});
     return kSuccess;
 }
 
@@ -494,15 +493,15 @@ uint32_t WiFiRadioChannelStatsGet2Impl(uint32_t radio, void* record, uint32_t le
         QUORVEL_LOG(Error, __func__, "Channelstats2 fail to get results");
         return kFailed;
     }
-    quorvel::ChannelStats2Record result{};
+    ChannelStats2Record result{};
     memcpy(&result, record, length < sizeof result ? length : sizeof result);
     QUORVEL_LOG(Traffic, __func__, "*** Channelstats result\n");
-    QUORVEL_LOG(Traffic, __func__, "ch_Frequency: %u\n", result.ch_Frequency);
-    QUORVEL_LOG(Traffic, __func__, "ch_NoiseFloor: %d\n", result.ch_NoiseFloor);
-    QUORVEL_LOG(Traffic, __func__, "ch_Non80211Noise: %d\n", result.ch_Non80211Noise);
-    QUORVEL_LOG(Traffic, __func__, "ch_Max80211Rssi: %d\n", result.ch_Max80211Rssi);
-    QUORVEL_LOG(Traffic, __func__, "ch_ObssUtil: %u\n", result.ch_ObssUtil);
-    QUORVEL_LOG(Traffic, __func__, "ch_SelfBssUtil: %u\n", result.ch_SelfBssUtil);
+    QUORVEL_LOG(Traffic, __func__, "ch_Frequency: %u\n", result.frequency);
+    QUORVEL_LOG(Traffic, __func__, "ch_NoiseFloor: %d\n", result.noiseFloor);
+    QUORVEL_LOG(Traffic, __func__, "ch_Non80211Noise: %d\n", result.non80211Noise);
+    QUORVEL_LOG(Traffic, __func__, "ch_Max80211Rssi: %d\n", result.max80211Rssi);
+    QUORVEL_LOG(Traffic, __func__, "ch_ObssUtil: %u\n", result.obssUtil);
+    QUORVEL_LOG(Traffic, __func__, "ch_SelfBssUtil: %u\n", result.selfBssUtil);
     return kSuccess;
 }
 

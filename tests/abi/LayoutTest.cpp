@@ -9,11 +9,11 @@
 #include <type_traits>
 #include <vector>
 
+#include "host/ChannelRecords.h"
 #include "tests/abi/PlainDataModel.h"
 #include "wifi/QuorvelWiFiTable.h"
 #include "wifi/model/Contexts.h"
 #include "wifi/model/Mapping.h"
-#include "wifi/records/ChannelRecords.h"
 #include "wifi/records/NeighbourResult.h"
 #include "wifi/records/NetDevStats.h"
 #include "wifi/records/Station.h"
@@ -48,10 +48,10 @@ static_assert(offsetof(StationInformation, transmitRate) == 112);
 static_assert(offsetof(StationInformation, retransmissions) == 116);
 static_assert(offsetof(StationInformation, snr) == 120 && offsetof(StationInformation, operStandard) == 124);
 static_assert(offsetof(StationInformation, operBandwidth) == 188);
-static_assert(sizeof(DcsChannelMetricsRecord) == 1056 && offsetof(DcsChannelMetricsRecord, neighbours) == 28);
+static_assert(sizeof(ChannelMetricsRecord) == 1056 && offsetof(ChannelMetricsRecord, neighbours) == 28);
 static_assert(sizeof(ChannelNeighbour) == 16 && offsetof(ChannelNeighbour, rssi) == 12);
-static_assert(offsetof(DcsChannelMetricsRecord, count) == 1052);
-static_assert(sizeof(ChannelStatsRecord) == 80 && offsetof(ChannelStatsRecord, ch_utilization_total) == 32);
+static_assert(offsetof(ChannelMetricsRecord, count) == 1052);
+static_assert(sizeof(ChannelStatsRecord) == 80 && offsetof(ChannelStatsRecord, total) == 32);
 static_assert(sizeof(ChannelStats2Record) == 24);
 
 // The stores'.
