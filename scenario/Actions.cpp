@@ -27,42 +27,43 @@ std::uint64_t mixed(std::uint64_t seed, std::uint64_t position) {
     return value ^ (value >> 31U);
 }
 
-void append(std::vector<Json>& faults, const std::vector<Json>& more) {
+void append(std::vector<Fault>& faults, const std::vector<Fault>& more) {
     faults.insert(faults.end(), more.begin(), more.end());
 }
 
-std::vector<Json> set(const Json& members, Stage& stage) {
-    Json settings = Json::array();
+std::vector<Fault> set(const Json& members, Stage& stage) {
+    hostd::protocol::Set request;
     for (const auto& item : members.at("values").items())
-        settings.push_back({{"path", item.key()}, {"value", textOf(item.value())}});
-    return stage.ask({{"do", "set"}, {"settings", settings}, {"save", members.value("save", false)}});
+        request.settings.push_back({item.key(), textOf(item.value())});
+    request.save = members.value("save", false);
+    return stage.ask(request);
 }
 
-std::vector<Json> scan(const Json& members, Stage& stage) {
+std::vector<Fault> scan(const Json& members, Stage& stage) {
     const std::string path = "Device.WiFi.Radio." + members.at("radio").dump() + ".Stats.DiagnosticsState";
-    return stage.ask({{"do", "set"}, {"settings", Json::array({{{"path", path}, {"value", "2"}}})}});
+    hostd::protocol::Set request;
+    request.settings.push_back({path, "2"});
+    return stage.ask(request);
 }
 
-std::vector<Json> wps(const std::string& how, const Json& members, Stage& stage) {
+std::vector<Fault> wps(const std::string& how, const Json& members, Stage& stage) {
     const std::string path = "Device.WiFi.AccessPoint." + members.at("accessPoint").dump() + ".WPS.";
-    if (how == "wps.cancel") return stage.ask({{"do", "operate"}, {"path", path}, {"function", "Cancel"}});
+    if (how == "wps.cancel") return stage.ask(hostd::protocol::Operate{path, "Cancel", std::nullopt, {}});
     if (members.contains("pin")) {
-        const Json setting{{"path", path + "EnrolleePin"}, {"value", members.at("pin")}};
-        std::vector<Json> faults = stage.ask({{"do", "set"}, {"settings", Json::array({setting})}});
+        hostd::protocol::Set pin;
+        pin.settings.push_back({path + "EnrolleePin", textOf(members.at("pin"))});
+        std::vector<Fault> faults = stage.ask(pin);
         if (!faults.empty()) return faults;
     }
-    return stage.ask({{"do", "operate"},
-                      {"path", path},
-                      {"function", "MethodSet"},
-                      {"text", how == "wps.pin" ? "PIN" : "PushButton"},
-                      {"settings", Json::array({{{"path", path + "ButtonPush"}, {"value", "true"}}})}});
+    return stage.ask(hostd::protocol::Operate{
+        path, "MethodSet", how == "wps.pin" ? "PIN" : "PushButton", {{path + "ButtonPush", "true"}}});
 }
 
-std::vector<Json> joinStations(const Json& members, Stage& stage) {
+std::vector<Fault> joinStations(const Json& members, Stage& stage) {
     Json command = members;
     command.erase("count");
     command["op"] = "station.join";
-    std::vector<Json> faults;
+    std::vector<Fault> faults;
     for (std::size_t i = 0; i < members.value("count", std::size_t{1}); ++i) {
         command["mac"] = following(members.at("mac").get<std::string>(), i);
         append(faults, stage.control(command));
@@ -70,7 +71,7 @@ std::vector<Json> joinStations(const Json& members, Stage& stage) {
     return faults;
 }
 
-std::vector<Json> addNeighbours(const Json& members, Stage& stage) {
+std::vector<Fault> addNeighbours(const Json& members, Stage& stage) {
     constexpr std::uint64_t kSpread = 40;  // dB below the strongest
     constexpr int kWeakest = -95;
     const std::size_t count = members.value("count", std::size_t{1});
@@ -78,7 +79,7 @@ std::vector<Json> addNeighbours(const Json& members, Stage& stage) {
     command.erase("count");
     command.erase("channels");
     command["op"] = "neighbour.add";
-    std::vector<Json> faults;
+    std::vector<Fault> faults;
     for (std::size_t i = 0; i < count; ++i) {
         command["bssid"] = following(members.at("bssid").get<std::string>(), i);
         if (members.contains("channels"))
@@ -93,7 +94,7 @@ std::vector<Json> addNeighbours(const Json& members, Stage& stage) {
     return faults;
 }
 
-std::vector<Json> injectFault(const Json& members, Stage& stage) {
+std::vector<Fault> injectFault(const Json& members, Stage& stage) {
     if (members.contains("tool"))
         return stage.setToolFault(members.at("tool").get<std::string>(), members.at("how").get<std::string>());
     Json command = members;
@@ -103,7 +104,7 @@ std::vector<Json> injectFault(const Json& members, Stage& stage) {
     return stage.control(command);
 }
 
-std::vector<Json> power(const std::string& action, Stage& stage) {
+std::vector<Fault> power(const std::string& action, Stage& stage) {
     if (action != "power.on") stage.cutPower();
     if (action != "power.cut" && !stage.isOn()) stage.powerOn();
     return {};
@@ -111,7 +112,7 @@ std::vector<Json> power(const std::string& action, Stage& stage) {
 
 }  // namespace
 
-std::vector<Json> perform(const Step& step, Stage& stage) {
+std::vector<Fault> perform(const Step& step, Stage& stage) {
     const Json& members = step.members;
     if (step.action == "set") return set(members, stage);
     if (step.action == "scan") return scan(members, stage);

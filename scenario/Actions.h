@@ -5,6 +5,6 @@
 namespace quorvel::scenario {
 
 /// Does what the step says. Returns the faults that it gave.
-[[nodiscard]] std::vector<Json> perform(const Step& step, Stage& stage);
+[[nodiscard]] std::vector<Fault> perform(const Step& step, Stage& stage);
 
 }  // namespace quorvel::scenario

@@ -13,23 +13,24 @@ bool same(const Json& a, const Json& b) {
     return textOf(a) == textOf(b);
 }
 
-std::string faultText(const Json& fault) {
-    const std::string reason = fault.value("reason", "");
-    return "fault " + std::to_string(fault.value("code", 0U)) + (reason.empty() ? "" : ": " + reason);
+std::string faultText(const Fault& fault) {
+    return "fault " + std::to_string(codeOf(fault)) + (fault.reason.empty() ? "" : ": " + fault.reason);
+}
+
+bool hasCode(const std::vector<Fault>& faults, unsigned code) {
+    return std::any_of(faults.begin(), faults.end(), [code](const Fault& fault) { return codeOf(fault) == code; });
 }
 
 Verdict lookAtParameter(const Expectation& expectation, Stage& stage) {
     std::vector<Json> values;
-    const std::vector<Json> faults =
-        stage.ask({{"do", "get"}, {"paths", Json::array({expectation.subject})}}, [&values](const Json& part) {
-            if (!part.contains("values")) return;
-            for (const Json& item : part.at("values"))
-                values.push_back(item.at("value"));
-        });
+    hostd::protocol::Get request;
+    request.paths = {expectation.subject};
+    const std::vector<Fault> faults = stage.ask(request, [&values](const hostd::protocol::Part& part) {
+        for (const auto& [path, value] : part.values)
+            values.push_back(value);
+    });
     if (expectation.kind == Expectation::Kind::kUnreadable) {
-        const bool found = std::any_of(faults.begin(), faults.end(),
-                                       [&](const Json& fault) { return fault.value("code", 0U) == expectation.fault; });
-        return {found, false,
+        return {hasCode(faults, expectation.fault), false,
                 faults.empty() ? (values.empty() ? "no value" : textOf(values.front())) : faultText(faults.front())};
     }
     Verdict verdict;
@@ -89,10 +90,8 @@ Verdict lookAtLog(const Expectation& expectation, const Stage& stage) {
 Verdict lookAtFaults(const Expectation& expectation, const StepFaults& done) {
     const auto step = done.find(expectation.subject);
     if (step == done.end()) return {};
-    const std::vector<Json>& faults = step->second;
-    const bool found = std::any_of(faults.begin(), faults.end(),
-                                   [&](const Json& fault) { return fault.value("code", 0U) == expectation.fault; });
-    return {expectation.fault == 0 ? faults.empty() : found, true,
+    const std::vector<Fault>& faults = step->second;
+    return {expectation.fault == 0 ? faults.empty() : hasCode(faults, expectation.fault), true,
             faults.empty() ? "no fault" : faultText(faults.front())};
 }
 

@@ -7,7 +7,7 @@
 namespace quorvel::scenario {
 
 /// Faults of the steps that have been done, by the steps' ids.
-using StepFaults = std::map<std::string, std::vector<Json>>;
+using StepFaults = std::map<std::string, std::vector<Fault>>;
 
 /// What a look at the board says about an expectation.
 struct Verdict {

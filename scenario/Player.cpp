@@ -39,12 +39,11 @@ class Play {
             const Step& step = scenario_.timeline[next_++];
             stage_.note("play", describe(step));
             Entry entry{stage_.now(), Entry::Kind::kStep, describe(step), ""};
-            const std::vector<Json> faults = perform(step, stage_);
+            const std::vector<Fault> faults = perform(step, stage_);
             stage_.catchUp();
-            for (const Json& fault : faults) {
-                const std::string path = fault.value("path", "");
-                entry.seen += (entry.seen.empty() ? "fault " : "; fault ") + std::to_string(fault.value("code", 0U)) +
-                              " " + (path.empty() ? "" : path + ": ") + fault.value("reason", "");
+            for (const Fault& fault : faults) {
+                entry.seen += (entry.seen.empty() ? "fault " : "; fault ") + std::to_string(codeOf(fault)) + " " +
+                              (fault.path.empty() ? "" : fault.path + ": ") + fault.reason;
             }
             if (!faults.empty() && !faultsAreExpected(step)) entry.kind = Entry::Kind::kStepFailed;
             if (!step.id.empty()) faults_[step.id] = faults;

@@ -18,9 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kListening = -2;  // id of the request for station events
 constexpr std::chrono::seconds kPatience{5};
-constexpr unsigned kInternal = 7003;
 
 // The board's processes inherit the environment.
 class Variable {
@@ -43,8 +41,8 @@ class Variable {
     std::optional<std::string> before_;
 };
 
-std::vector<Json> oneFault(const std::string& reason) {
-    return {{{"path", ""}, {"code", kInternal}, {"reason", reason}}};
+std::vector<Fault> oneFault(const std::string& reason) {
+    return {{hostd::protocol::FaultCode::kInternal, "", reason, "", 0, ""}};
 }
 
 std::string contents(const std::string& path) {
@@ -104,20 +102,20 @@ void Stage::open() {
     lastEntry_ = 0;
     owedEvents_ = seenEvents_ = 0;
     started_ = now_;
+    subscribed_ = false;
 }
 
 // An earlier life of the board, in which somebody has configured it.
 void Stage::prepareState(const Json& values) {
     open();
-    Json settings = Json::array();
-    for (const auto& item : values.items()) {
-        const Json& value = item.value();
-        settings.push_back({{"path", item.key()}, {"value", textOf(value)}});
-    }
-    const std::vector<Json> faults = ask({{"do", "set"}, {"settings", settings}, {"save", true}});
+    hostd::protocol::Set request;
+    for (const auto& item : values.items())
+        request.settings.push_back({item.key(), textOf(item.value())});
+    request.save = true;
+    const std::vector<Fault> faults = ask(request);
     if (!faults.empty()) {
-        throw launch::GatewayError("the state that the scenario begins with is refused: " +
-                                   faults.front().value("path", "") + ": " + faults.front().value("reason", ""));
+        throw launch::GatewayError("the state that the scenario begins with is refused: " + faults.front().path +
+                                    ": " + faults.front().reason);
     }
     gateway_->cutPower();
     gateway_.reset();
@@ -139,53 +137,50 @@ void Stage::cutPower() {
 }
 
 void Stage::listen() {
-    launch::Client& client = gateway_->client();
-    client.other = [this](const Json& part) { takeEvent(part); };
-    client.send({{"id", kListening}, {"do", "events"}});
-    // The plug-in connects in a thread of its own; whatever happens before it has is not told.
+    if (!subscribed_) {
+        subscribed_ = true;
+        (void)gateway_->client().send(hostd::protocol::Subscribe{{hostd::protocol::Topic::kStations}, 0},
+                                      [this](const hostd::protocol::Part& part) {
+                                          if (part.event) takeEvent(*part.event);
+                                      });
+    }
+    // The plug-in connects in a thread of its own; events before that are not reported.
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
-    Json state;
+    std::optional<hostd::protocol::SimulationState> state;
     do {
         (void)poll(nullptr, 0, 1);
-        if (!control({{"op", "state"}}, &state).empty()) break;
-    } while (state.value("listeners", 0) == 0 && std::chrono::steady_clock::now() < deadline);
-    listening_ = state.is_object() && state.value("listeners", 0) > 0;
+        Json answer;
+        if (!control({{"op", "state"}}, &answer).empty()) break;
+        state = hostd::protocol::readSimulationState(answer);
+    } while (state && state->listeners == 0 && std::chrono::steady_clock::now() < deadline);
+    listening_ = state && state->listeners > 0;
 }
 
-void Stage::takeEvent(const Json& part) {
-    if (part.value("id", 0) != kListening || !part.contains("event")) return;
-    const Json& event = part.at("event");
+void Stage::takeEvent(const hostd::protocol::StationEvent& event) {
     ++seenEvents_;
-    events_.push_back(
-        {now_, event.value("kind", ""), lower(event.value("station", "")), event.value("accessPoint", 0U)});
+    events_.push_back({now_, std::string(nameOf(event.kind)), lower(event.station), event.accessPoint});
 }
 
-std::vector<Json> Stage::ask(const Json& request, const launch::Client::OnPart& onPart) {
+std::vector<Fault> Stage::ask(const hostd::protocol::Request& request, const hostd::Client::OnPart& onPart) {
     if (gateway_ == nullptr) return oneFault("the board is off");
-    std::vector<Json> faults;
-    gateway_->client().ask(request, [&](const Json& part) {
-        if (part.contains("faults")) {
-            for (const Json& fault : part.at("faults"))
-                faults.push_back(fault);
-        }
-        onPart(part);
-    });
-    return faults;
+    return gateway_->client().ask(request, onPart);
 }
 
-std::vector<Json> Stage::control(const Json& command, Json* answer) {
+std::vector<Fault> Stage::control(const Json& command, Json* answer) {
     Json got;
-    std::vector<Json> faults = ask({{"do", "control"}, {"command", command}}, [&got](const Json& part) {
-        if (part.contains("control")) got = part.at("control");
+    std::vector<Fault> faults = ask(hostd::protocol::Control{command}, [&got](const hostd::protocol::Part& part) {
+        if (part.control) got = *part.control;
     });
-    if (faults.empty() && !got.value("ok", false)) faults = oneFault(got.value("error", "the simulation refuses it"));
+    const hostd::protocol::Outcome outcome = hostd::protocol::readOutcome(got);
+    if (faults.empty() && !outcome.ok)
+        faults = oneFault(outcome.error.empty() ? "the simulation refuses it" : outcome.error);
     if (faults.empty() && answer != nullptr) *answer = got;
     return faults;
 }
 
-std::vector<Json> Stage::steerManager(const std::string& what) {
+std::vector<Fault> Stage::steerManager(const std::string& what) {
     if (what == "daemon.kill" || what == "daemon.restart") takeLog();
-    std::vector<Json> faults = control({{"op", what}});
+    std::vector<Fault> faults = control({{"op", what}});
     if (!faults.empty()) return faults;
     if (what == "daemon.kill") {
         manager_ = Manager::kGone;
@@ -207,19 +202,25 @@ std::vector<Json> Stage::steerManager(const std::string& what) {
     return faults;
 }
 
-std::vector<Json> Stage::setToolFault(const std::string& tool, const std::string& how) {
+std::vector<Fault> Stage::setToolFault(const std::string& tool, const std::string& how) {
     board_["faults"][tool] = how;
     if (tool != "wl" || gateway_ == nullptr) return {};
     return control({{"op", "fault"}, {"fault", "wl"}, {"how", how}});
 }
 
+// Returns the time on the manager's clock, or nothing.
+std::optional<Time> Stage::managerTime() {
+    Json answer;
+    if (!control({{"op", "time"}}, &answer).empty()) return std::nullopt;
+    const auto read = hostd::protocol::readSimulationAnswer(answer);
+    return static_cast<Time>(std::llround((read ? read->time.value_or(0) : 0) * 1000));
+}
+
 void Stage::advanceTo(Time time) {
     if (manager_ == Manager::kRunning) {
-        Json answer;
-        // What the manager's clock lacks, which may be more than what `now_` does.
-        if (control({{"op", "time"}}, &answer).empty()) {
-            const Time there = std::llround(answer.value("time", 0.0) * 1000);
-            const Time left = time - started_ - there;
+        // The manager's clock may lack more than `now_` does.
+        if (const std::optional<Time> there = managerTime()) {
+            const Time left = time - started_ - *there;
             // The manager cuts fractions of a millisecond off.
             if (left > 0) (void)control({{"op", "time"}, {"advance", (static_cast<double>(left) + 0.25) / 1000}});
         }
@@ -230,9 +231,9 @@ void Stage::advanceTo(Time time) {
 
 void Stage::catchUp() {
     if (manager_ != Manager::kRunning) return;
-    Json answer;
-    if (!control({{"op", "time"}}, &answer).empty()) return;
-    now_ = std::max(now_, started_ + static_cast<Time>(std::llround(answer.value("time", 0.0) * 1000)));
+    const std::optional<Time> there = managerTime();
+    if (!there) return;
+    now_ = std::max(now_, started_ + *there);
     takeLog();
     if (listening_) awaitEvents();
 }
@@ -242,26 +243,21 @@ void Stage::takeLog() {
         Json answer;
         if (manager_ != Manager::kRunning || !control({{"op", "events"}, {"since", lastEntry_}}, &answer).empty())
             return;
-        const Json& entries = answer.at("events");
-        if (entries.empty()) return;
-        for (const Json& entry : entries) {
-            const std::string kind = entry.value("kind", "");
-            if (listening_ && (kind == "join" || kind == "leave")) ++owedEvents_;
-            log_.push_back({started_ + static_cast<Time>(std::llround(entry.value("time", 0.0) * 1000)), kind,
-                            entry.value("text", "")});
+        const auto read = hostd::protocol::readSimulationAnswer(answer);
+        if (!read || read->events.empty()) return;
+        for (const hostd::protocol::SimulationEvent& entry : read->events) {
+            if (listening_ && (entry.kind == "join" || entry.kind == "leave")) ++owedEvents_;
+            log_.push_back({started_ + static_cast<Time>(std::llround(entry.time * 1000)), entry.kind, entry.text});
         }
-        lastEntry_ = answer.value("last", lastEntry_);
+        lastEntry_ = read->last.value_or(lastEntry_);
     }
 }
 
-// Each coming and going is told once. The plug-in may lose some of a burst, so the wait has an end.
+// Each coming and going is reported once. The plug-in may lose some of a burst, so the wait has an end.
 void Stage::awaitEvents() {
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
-    for (std::string line; seenEvents_ < owedEvents_ && std::chrono::steady_clock::now() < deadline;) {
-        if (!gateway_->client().line(line, 100)) continue;
-        const Json part = Json::parse(line, nullptr, false);
-        if (part.is_object()) takeEvent(part);
-    }
+    while (seenEvents_ < owedEvents_ && std::chrono::steady_clock::now() < deadline)
+        (void)gateway_->client().wait(100);  // what comes goes to takeEvent()
     owedEvents_ = seenEvents_;
 }
 

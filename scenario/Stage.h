@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,14 @@
 
 namespace quorvel::scenario {
 
-/// A station event as the plug-in told it.
+using hostd::protocol::Fault;
+
+/// Returns a fault's code as a number.
+[[nodiscard]] inline unsigned codeOf(const Fault& fault) {
+    return static_cast<unsigned>(fault.code);
+}
+
+/// A station event as the plug-in's callback reported it.
 struct StationEvent {
     Time time = 0;  ///< when it was noticed
     std::string kind;
@@ -35,15 +43,14 @@ class Stage {
         return gateway_ != nullptr;
     }
 
-    /// Asks the host process. Values and the like go to `onPart`; returns the faults.
-    std::vector<Json> ask(
-        const Json& request, const launch::Client::OnPart& onPart = [](const Json&) {});
+    /// Asks the host process. Parts of the answer go to `onPart`; returns the faults.
+    std::vector<Fault> ask(const hostd::protocol::Request& request, const hostd::Client::OnPart& onPart = {});
     /// Asks the simulation. Returns the faults: its refusal, or that it does not answer.
-    std::vector<Json> control(const Json& command, Json* answer = nullptr);
+    std::vector<Fault> control(const Json& command, Json* answer = nullptr);
     /// Kills, stops, continues or restarts the WLAN manager. Returns the faults.
-    std::vector<Json> steerManager(const std::string& what);
+    std::vector<Fault> steerManager(const std::string& what);
     /// Has a tool of the board misbehave: `wl` at once, the others from the next power-on.
-    std::vector<Json> setToolFault(const std::string& tool, const std::string& how);
+    std::vector<Fault> setToolFault(const std::string& tool, const std::string& how);
 
     /// Lets board time go on to `time`; does nothing when it is there already.
     void advanceTo(Time time);
@@ -69,18 +76,20 @@ class Stage {
     enum class Manager { kRunning, kStopped, kGone };
 
     void open();
+    [[nodiscard]] std::optional<Time> managerTime();
     void prepareState(const Json& values);
     void listen();
     void takeLog();
     void awaitEvents();
-    void takeEvent(const Json& part);
+    void takeEvent(const hostd::protocol::StationEvent& event);
 
     std::filesystem::path folder_;
     launch::Options options_;
     Json board_;
     std::uint64_t seed_;
     bool listens_;
-    bool listening_ = false;
+    bool subscribed_ = false;  // the host process hands station events on
+    bool listening_ = false;   // and the plug-in hears them
     std::unique_ptr<launch::Gateway> gateway_;
     Manager manager_ = Manager::kGone;
     Time now_ = 0;

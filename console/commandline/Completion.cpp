@@ -186,8 +186,8 @@ class Completer {
         Candidates found;
         try {
             if (!boardIsThere()) return Documentation(session_.options).completions(begun);
-            session_.gateway().client().ask({{"do", "complete"}, {"path", begun}}, [&found](const Json& part) {
-                if (part.contains("completions")) found = part.at("completions").get<Candidates>();
+            (void)session_.gateway().client().ask(protocol::Complete{begun}, [&found](const Part& part) {
+                found.insert(found.end(), part.completions.begin(), part.completions.end());
             });
         } catch (const GatewayError&) {
             found.clear();  // the command itself says what is wrong
@@ -209,10 +209,12 @@ class Completer {
         Candidates all;
         if (!boardIsThere()) return all;
         try {
-            session_.gateway().client().ask(
-                {{"do", "control"}, {"command", {{"op", "station.list"}}}}, [&all](const Json& part) {
-                    for (const Json& station : part.value("control", Json::object()).value("stations", Json::array()))
-                        all.push_back(station.value("mac", ""));
+            (void)session_.gateway().client().ask(
+                protocol::Control{{{"op", "station.list"}}}, [&all](const Part& part) {
+                    const auto answer = part.control ? protocol::readSimulationAnswer(*part.control) : std::nullopt;
+                    if (!answer) return;
+                    for (const protocol::StationState& station : answer->stations)
+                        all.push_back(station.mac);
                 });
         } catch (const GatewayError&) {
             all.clear();  // the command itself says what is wrong

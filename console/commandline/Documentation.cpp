@@ -7,7 +7,6 @@
 
 #include "common/EditDistance.h"
 #include "common/OutsideBrackets.h"
-#include "gateway/launch/Client.h"
 #include "gateway/launch/Gateway.h"
 
 namespace quorvel::console {

@@ -64,10 +64,9 @@ Gateway& Session::gateway() {
     return *gateway_;
 }
 
-std::vector<Json> Session::ask(const Json& request, const Client::OnPart& onPart) {
+std::vector<Fault> Session::ask(const protocol::Request& request, const Client::OnPart& onPart) {
     Client& client = gateway().client();
     Progress progress(errorStyle());
-    std::vector<Json> faults;
     progress.await("waiting for the board ...");
     const Interrupt interrupt;
     const struct Idle {
@@ -80,23 +79,18 @@ std::vector<Json> Session::ask(const Json& request, const Client::OnPart& onPart
         interrupt.giveUpIfMine();
         progress.tick();
     };
-    client.ask(request, [&](const Json& part) {
-        if (part.contains("wait")) progress.expect(part.at("wait").get<unsigned>());
-        if (part.contains("faults")) {
-            for (const Json& fault : part.at("faults"))
-                faults.push_back(fault);
-        }
+    return client.ask(request, [&](const Part& part) {
+        if (part.wait) progress.expect(*part.wait);
         // Whatever is printed begins on a clean line.
-        if (!part.contains("wait")) progress.clear();
-        onPart(part);
+        if (!part.wait) progress.clear();
+        if (onPart) onPart(part);
     });
-    return faults;
 }
 
 void Session::letTimePass(unsigned seconds, bool quiet) {
     // Who watches (--real-time) does not want to see it race.
     if (gateway().runsAhead() && !options.realTime) {
-        (void)ask({{"do", "control"}, {"command", {{"op", "time"}, {"advance", seconds}}}}, [](const Json&) {});
+        (void)ask(protocol::Control{{{"op", "time"}, {"advance", seconds}}});  // without a manager no time passes
         return;
     }
     Progress progress(errorStyle());
@@ -109,9 +103,9 @@ void Session::letTimePass(unsigned seconds, bool quiet) {
     interrupt.giveUpIfMine();
 }
 
-void Readings::add(const Json& values) {
-    for (const Json& item : values)
-        values_.emplace_back(item.at("path").get<std::string>(), item.at("value"));
+void Readings::add(const std::vector<protocol::PathValue>& values) {
+    for (const protocol::PathValue& each : values)
+        values_.emplace_back(each.path, each.value);
 }
 
 Json Readings::at(const std::string& path) const {
@@ -125,19 +119,21 @@ std::string Readings::text(const std::string& path) const {
     return value.is_null() ? "-" : textOf(value);
 }
 
-Readings readPaths(Session& session, const std::vector<std::string>& paths, std::vector<Json>* faults) {
+Readings readPaths(Session& session, const std::vector<std::string>& paths, std::vector<Fault>* faults) {
     Readings readings;
     bool managerLost = false;
-    const std::vector<Json> failed = session.ask({{"do", "get"}, {"paths", paths}}, [&](const Json& part) {
-        if (part.contains("values")) readings.add(part.at("values"));
-        if (part.contains("managerLost")) managerLost = true;
+    protocol::Get request;
+    request.paths = paths;
+    const std::vector<Fault> failed = session.ask(request, [&](const Part& part) {
+        readings.add(part.values);
+        managerLost = managerLost || part.managerLost;
     });
     if (faults == nullptr) return readings;
-    for (const Json& fault : failed) {
-        const std::string path = fault.value("path", "");
-        if (path.empty() || std::find(paths.begin(), paths.end(), path) != paths.end()) faults->push_back(fault);
+    for (const Fault& fault : failed) {
+        if (fault.path.empty() || std::find(paths.begin(), paths.end(), fault.path) != paths.end())
+            faults->push_back(fault);
     }
-    // What is missing then is missing for a reason.
+    // Without a manager, values that are missing are at fault as well.
     if (managerLost && faults->empty() && !failed.empty()) faults->push_back(failed.front());
     return readings;
 }

@@ -15,6 +15,9 @@ using Json = nlohmann::ordered_json;
 using launch::Client;
 using launch::Gateway;
 using launch::GatewayError;
+namespace protocol = hostd::protocol;
+using protocol::Fault;
+using protocol::Part;
 
 /// What commands share: the options, the board (booted when the first command needs it) and the two outputs. A shell
 /// and a batch run many commands in one session.
@@ -40,7 +43,7 @@ class Session {
 
     /// Sends a request to the board. Parts go to `onPart`, faults come back. Draws a progress bar on a terminal for
     /// what takes long.
-    [[nodiscard]] std::vector<Json> ask(const Json& request, const Client::OnPart& onPart);
+    [[nodiscard]] std::vector<Fault> ask(const protocol::Request& request, const Client::OnPart& onPart = {});
 
     /// Waits for `seconds` of board time, or until an Interrupt. What repeats itself is quiet about it.
     void letTimePass(unsigned seconds, bool quiet = false);
@@ -58,7 +61,7 @@ class Session {
 /// Values by path, in the order in which they came.
 class Readings {
   public:
-    void add(const Json& values);
+    void add(const std::vector<protocol::PathValue>& values);
     /// Returns the value of the path, or null.
     [[nodiscard]] Json at(const std::string& path) const;
     /// Returns the value as text, "-" when there is none.
@@ -72,7 +75,7 @@ class Readings {
 };
 
 /// Reads paths quietly: what cannot be read is left out, unless the path itself is at fault, which `faults` tells.
-[[nodiscard]] Readings readPaths(Session& session, const std::vector<std::string>& paths, std::vector<Json>* faults);
+[[nodiscard]] Readings readPaths(Session& session, const std::vector<std::string>& paths, std::vector<Fault>* faults);
 
 /// Ends the line in which the terminal has shown the ^C of an Interrupt.
 void endInterruptedLine(const Session& session);

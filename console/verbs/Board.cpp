@@ -86,19 +86,15 @@ int status(Session& session) {
                  " starts one" + othersText(session, others));
         return kDone;
     }
-    Json board;
-    std::vector<Json> faults;
+    protocol::BoardFacts board;
     Gateway& gateway = own ? session.gateway() : *found;
-    gateway.client().ask({{"do", "board"}}, [&](const Json& part) {
-        if (part.contains("board")) board = part.at("board");
-        if (part.contains("faults")) faults = part.at("faults").get<std::vector<Json>>();
+    const std::vector<Fault> faults = gateway.client().ask(protocol::ReadBoard{}, [&board](const Part& part) {
+        if (part.board) board = *part.board;
     });
     if (!faults.empty()) return reportFaults(session, faults);
-    const Json manager = board.value("manager", Json::object());
-    tell(session, {{"up", true}, {"state", state}, {"board", board}, {"others", others}},
-         "the board " + textOf(board.value("name", Json(nameOf(session)))) + " is up" +
-             (own ? " as long as this session lasts" : "") + " (state in " + state + "); the WLAN manager is " +
-             manager.value("state", "unknown") + othersText(session, others));
+    tell(session, {{"up", true}, {"state", state}, {"board", protocol::toJson(board)}, {"others", others}},
+         "the board " + textOf(board.name) + " is up" + (own ? " as long as this session lasts" : "") + " (state in " +
+             state + "); the WLAN manager is " + board.manager.state + othersText(session, others));
     return kDone;
 }
 

@@ -124,7 +124,7 @@ std::string clockText() {
 }
 
 // Reads what the paths name now, secrets hidden unless they are asked for.
-Json readNow(Session& session, const std::vector<std::string>& paths, std::vector<Json>& faults) {
+Json readNow(Session& session, const std::vector<std::string>& paths, std::vector<Fault>& faults) {
     const Readings readings = readPaths(session, paths, &faults);
     Json values = Json::object();
     for (const auto& [path, value] : readings.all()) {
@@ -153,7 +153,7 @@ struct Watch {
 int watch(Session& session, const Watch& asked) {
     // Who watches lives in real time, unless the board is up already and does not.
     session.options.realTime = true;
-    std::vector<Json> faults;
+    std::vector<Fault> faults;
     Json before = readNow(session, asked.paths, faults);
     if (!faults.empty()) return reportFaults(session, faults);
     if (session.errorStyle().onTerminal()) {
@@ -178,11 +178,10 @@ int watch(Session& session, const Watch& asked) {
     return kDone;
 }
 
-void printLine(const Session& session, const Json& entry) {
-    const auto level = entry.value("level", 0U);
-    const std::string line = entry.value("line", "");
+void printLine(const Session& session, const protocol::LogLine& entry) {
+    const auto& [level, line] = entry;
     if (session.options.json) {
-        std::cout << entry.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+        std::cout << protocol::toJson(entry).dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
     } else if (session.options.plain) {
         std::cout << level << '\t' << line << '\n';
     } else {
@@ -198,16 +197,16 @@ int log(Session& session, unsigned level, unsigned count) {
     }
     const Interrupt interrupt;
     unsigned seen = 0;
-    std::vector<Json> faults;
+    std::vector<Fault> faults;
     session.gateway().client().follow(
-        {{"do", "log"}, {"level", level}},
-        [&](const Json& part) {
-            if (part.contains("faults")) faults = part.at("faults").get<std::vector<Json>>();
-            if (part.contains("listening") && session.errorStyle().onTerminal()) {
+        protocol::Subscribe{{protocol::Topic::kLog}, level},
+        [&](const Part& part) {
+            if (!part.faults.empty()) faults = part.faults;
+            if (part.listening && session.errorStyle().onTerminal()) {
                 std::cerr << "waiting for the log; Ctrl-C ends\n";
             }
-            if (!part.contains("log") || (count != 0 && seen == count)) return;
-            printLine(session, part.at("log"));
+            if (!part.log || (count != 0 && seen == count)) return;
+            printLine(session, *part.log);
             ++seen;
         },
         [&] { return Interrupt::happened() || (count != 0 && seen >= count); });

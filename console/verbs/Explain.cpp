@@ -52,10 +52,8 @@ int explain(const Session& session, const std::string& path) {
     const Documentation documentation(session.options);
     const Json found = documentation.below(path);
     if (found.empty()) {
-        Json fault{{"path", path}, {"code", kNoSuchPath}, {"reason", "the data model has no such path"}};
-        const std::string nearest = documentation.nearest(path);
-        if (!nearest.empty()) fault["suggestion"] = nearest;
-        return reportFaults(session, {fault});
+        return reportFaults(session, {{protocol::FaultCode::kNoSuchPath, path, "the data model has no such path",
+                                       documentation.nearest(path), 0, ""}});
     }
     if (session.options.json) {
         printJson({{"parameters", found}}, {});

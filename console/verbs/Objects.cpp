@@ -37,47 +37,44 @@ void printHex(const std::string& hex, std::ostream& out) {
 }
 
 // Blots the bytes of secret fields out of the dump.
-void maskHex(Json& taken) {
-    std::string hex = taken.value("hex", "");
-    for (const Json& field : taken.at("fields")) {
-        if (!isSecret(field.value("path", ""))) continue;
-        const std::size_t begin = 2 * field.value("offset", std::size_t{0});
-        const std::size_t count = 2 * field.value("size", std::size_t{0});
-        if (begin + count <= hex.size()) hex.replace(begin, count, count, '0');
+void maskHex(protocol::Snapshot& taken) {
+    for (const protocol::SnapshotField& field : taken.fields) {
+        if (!isSecret(field.path)) continue;
+        const std::size_t begin = std::size_t{2} * field.offset;
+        const std::size_t count = std::size_t{2} * field.size;
+        if (begin + count <= taken.hex.size()) taken.hex.replace(begin, count, count, '0');
     }
-    taken["hex"] = hex;
 }
 
 int snapshot(Session& session, const std::string& path, bool hex) {
-    Json taken;
-    const std::vector<Json> faults = session.ask({{"do", "snapshot"}, {"path", path}}, [&taken](const Json& part) {
-        if (part.contains("snapshot")) taken = part.at("snapshot");
+    protocol::Snapshot taken;
+    const std::vector<Fault> faults = session.ask(protocol::TakeSnapshot{path}, [&taken](const Part& part) {
+        if (part.snapshot) taken = *part.snapshot;
     });
     if (!faults.empty()) return reportFaults(session, faults);
     if (!session.options.reveal) maskHex(taken);
-    for (Json& field : taken.at("fields")) {
-        field["value"] = shownValue(session.options, field.value("path", ""), field.at("value"));
-    }
+    for (protocol::SnapshotField& field : taken.fields)
+        field.value = shownValue(session.options, field.path, field.value);
     if (session.options.json) {
-        if (!hex) taken.erase("hex");
-        printJson({{"snapshot", taken}}, {});
+        Json shown = protocol::toJson(taken);
+        if (!hex) shown.erase("hex");
+        printJson({{"snapshot", shown}}, {});
         return kDone;
     }
     if (hex) {
-        printHex(taken.value("hex", ""), std::cout);
+        printHex(taken.hex, std::cout);
         return kDone;
     }
     Table table({"Offset", "Bytes", "Parameter", "Value"});
-    for (const Json& field : taken.at("fields")) {
-        const Json& value = field.at("value");
-        table.row({std::to_string(field.value("offset", 0)), std::to_string(field.value("size", 0)),
-                   field.value("path", ""), value.is_null() ? "(measurement)" : textOf(value)});
+    for (const protocol::SnapshotField& field : taken.fields) {
+        table.row({std::to_string(field.offset), std::to_string(field.size), field.path,
+                   field.value.is_null() ? "(measurement)" : textOf(field.value)});
     }
     if (session.options.plain) {
         table.printPlain(std::cout);
         return kDone;
     }
-    std::cout << taken.value("path", "") << "  " << taken.value("size", 0) << " bytes\n";
+    std::cout << taken.path << "  " << taken.size << " bytes\n";
     table.print(std::cout, session.outStyle());
     if (table.empty()) std::cout << "  the layout of this object is not known; --hex shows the bytes\n";
     return kDone;
@@ -85,7 +82,7 @@ int snapshot(Session& session, const std::string& path, bool hex) {
 
 int security(Session& session, unsigned accessPoint) {
     const std::string base = "Device.WiFi.AccessPoint." + std::to_string(accessPoint) + ".Security.";
-    std::vector<Json> faults;
+    std::vector<Fault> faults;
     const Readings readings = readPaths(session, {base}, &faults);
     if (!faults.empty()) return reportFaults(session, faults);
     Json kept = Json::object();

@@ -19,35 +19,36 @@ unsigned numberAt(const Readings& readings, const std::string& path) {
     return value.is_number_unsigned() ? value.get<unsigned>() : 0;
 }
 
-Json boardOf(Session& session, std::vector<Json>& faults) {
-    Json board = Json::object();
-    faults = session.ask({{"do", "board"}}, [&board](const Json& part) {
-        if (part.contains("board")) board = part.at("board");
+protocol::BoardFacts boardOf(Session& session, std::vector<Fault>& faults) {
+    protocol::BoardFacts board;
+    faults = session.ask(protocol::ReadBoard{}, [&board](const Part& part) {
+        if (part.board) board = *part.board;
     });
     return board;
 }
 
-std::string taskText(const Json& task) {
-    return task.value("name", "") + " " + task.value("state", "");
+std::string taskText(const protocol::Task& task) {
+    return task.name + " " + task.state;
 }
 
-void printBoard(const Session& session, const Json& board) {
+std::string textOrDash(const Json& value) {
+    return value.is_null() ? "-" : textOf(value);
+}
+
+void printBoard(const Session& session, const protocol::BoardFacts& board) {
     const Style style = session.outStyle();
     std::string chips;
-    for (const Json& chip : board.value("chips", Json::array())) {
+    for (const Json& chip : board.chips) {
         chips += (chips.empty() ? "" : ", ") + textOf(chip);
     }
     std::string tasks;
-    for (const Json& task : board.value("tasks", Json::array()))
+    for (const protocol::Task& task : board.tasks)
         tasks += (tasks.empty() ? "" : ", ") + taskText(task);
-    const auto field = [&board](const char* name) {
-        return board.contains(name) && !board.at(name).is_null() ? textOf(board.at(name)) : std::string("-");
-    };
-    std::cout << style.dress("Board", Colour::kHeading) << "    " << field("name") << " (" << field("identifier")
-              << "), Wi-Fi chips found: " << field("chipsFound") << (chips.empty() ? "" : " of " + chips) << '\n'
+    std::cout << style.dress("Board", Colour::kHeading) << "    " << textOrDash(board.name) << " ("
+              << textOrDash(board.identifier) << "), Wi-Fi chips found: " << board.chipsFound.value_or("-")
+              << (chips.empty() ? "" : " of " + chips) << '\n'
               << style.dress("Drivers", Colour::kHeading) << "  " << tasks << '\n'
-              << style.dress("Daemon", Colour::kHeading) << "   " << taskText(board.value("manager", Json::object()))
-              << '\n';
+              << style.dress("Daemon", Colour::kHeading) << "   " << taskText(board.manager) << '\n';
 }
 
 void printRadios(const Session& session, const Readings& readings) {
@@ -123,7 +124,7 @@ class RoundTrip {
 
     int run() {
         const std::string path = "Device.WiFi.Radio.2.Channel";
-        std::vector<Json> faults;
+        std::vector<Fault> faults;
         const std::string before = readPaths(session_, {path}, &faults).text(path);
         const std::string possible = readPaths(session_, {"Device.WiFi.Radio.2.PossibleChannels"}, nullptr)
                                          .text("Device.WiFi.Radio.2.PossibleChannels");
@@ -165,9 +166,10 @@ class RoundTrip {
     }
 
     bool set(const std::string& path, const std::string& value, bool save) {
-        const std::vector<Json> faults = session_.ask(
-            {{"do", "set"}, {"settings", Json::array({{{"path", path}, {"value", value}}})}, {"save", save}},
-            [](const Json&) {});
+        protocol::Set request;
+        request.settings.push_back({path, value});
+        request.save = save;
+        const std::vector<Fault> faults = session_.ask(request);
         printFaults(session_, faults);
         return faults.empty();
     }
@@ -221,8 +223,8 @@ int demonstrate(Session& session) {
 }  // namespace
 
 int showOverview(Session& session, Json* result) {
-    std::vector<Json> faults;
-    const Json board = boardOf(session, faults);
+    std::vector<Fault> faults;
+    const protocol::BoardFacts board = boardOf(session, faults);
     if (!faults.empty()) return reportFaults(session, faults);
     const Readings readings = readPaths(session,
                                         {"Device.WiFi.RadioNumberOfEntries",
@@ -248,7 +250,7 @@ int showOverview(Session& session, Json* result) {
                                         &faults);
     const int status = faults.empty() ? kDone : kFailed;
     if (session.options.json) {
-        const Json whole{{"board", board}, {"values", valuesAsJson(readings)}};
+        const Json whole{{"board", protocol::toJson(board)}, {"values", valuesAsJson(readings)}};
         if (result == nullptr || status != kDone) {
             printJson(whole, faults);
         } else {

@@ -83,9 +83,9 @@ std::vector<OnAir> onAir(const std::vector<Network>& networks) {
 
 int scan(Session& session, unsigned radio) {
     const std::string path = radioPath(radio);
-    std::vector<Json> faults = session.ask(
-        {{"do", "set"}, {"settings", Json::array({{{"path", path + "Stats.DiagnosticsState"}, {"value", "2"}}})}},
-        [](const Json&) {});
+    protocol::Set request;
+    request.settings.push_back({path + "Stats.DiagnosticsState", "2"});
+    const std::vector<Fault> faults = session.ask(request);
     if (!faults.empty()) return reportFaults(session, faults);
     const Readings readings = readPaths(
         session, {path + "Name", path + "Channel", path + "PossibleChannels", std::string(kResults)}, nullptr);
@@ -126,30 +126,27 @@ int scan(Session& session, unsigned radio) {
     return kDone;
 }
 
-void printMeasurement(const Session& session, const Json& metrics, const Json& stats) {
-    const auto number = [](const Json& from, const char* name) { return from.value(name, 0LL); };
-    std::cout << "Channel " << number(metrics, "channel") << "\n";
+void printMeasurement(const Session& session, const protocol::ChannelMetrics& metrics,
+                      const protocol::ChannelStatistics& stats) {
+    std::cout << "Channel " << metrics.channel << "\n";
     const auto line = [](const char* name, const std::string& text) {
         std::cout << "  " << name << std::string(22 - std::string_view(name).size(), ' ') << text << '\n';
     };
-    line("Noise", std::to_string(number(metrics, "noise")) + " dBm");
-    line("Transmit power", std::to_string(number(metrics, "transmitPower")) + " dBm");
-    const auto share = [&](const char* name, long long part, long long whole) {
+    line("Noise", std::to_string(metrics.noise) + " dBm");
+    line("Transmit power", std::to_string(metrics.transmitPower) + " dBm");
+    const auto share = [&](const char* name, auto part, auto whole) {
         const double value = whole > 0 ? static_cast<double>(part) / static_cast<double>(whole) : 0;
         line(name, bar(value, 20) + " " + std::to_string(std::lround(value * 100)) + " %");
     };
-    share("Utilization", number(metrics, "utilization"), 100);
-    const long long total = number(stats, "total");
-    share("Busy", number(stats, "busy"), total);
-    share("  transmitting", number(stats, "busyTransmitting"), total);
-    share("  receiving", number(stats, "busyReceiving"), total);
-    share("  this BSS", number(stats, "busySelf"), total);
-    share("  others", number(stats, "busyOther"), total);
+    share("Utilization", metrics.utilization, 100);
+    share("Busy", stats.busy, stats.total);
+    share("  transmitting", stats.busyTransmitting, stats.total);
+    share("  receiving", stats.busyReceiving, stats.total);
+    share("  this BSS", stats.busySelf, stats.total);
+    share("  others", stats.busyOther, stats.total);
     Table table({"BSSID", "MHz", "RSSI", "Signal"});
-    for (const Json& heard : metrics.value("accessPoints", Json::array())) {
-        const int rssi = heard.value("rssi", 0);
-        table.row(
-            {heard.value("bssid", ""), std::to_string(heard.value("width", 0)), std::to_string(rssi), signalBar(rssi)});
+    for (const protocol::HeardNetwork& heard : metrics.accessPoints) {
+        table.row({heard.bssid, std::to_string(heard.width), std::to_string(heard.rssi), signalBar(heard.rssi)});
     }
     if (table.empty()) {
         std::cout << "  no access point heard\n";
@@ -168,7 +165,7 @@ void hintAtChannels(Session& session, const std::string& path, unsigned number) 
 }
 
 // One record per line: a value, or an access point that was heard.
-void printPlain(const Json& metrics, const Json& stats) {
+void printPlain(const Json& metrics, const Json& stats, const std::vector<protocol::HeardNetwork>& accessPoints) {
     const auto group = [](const char* name, const Json& record) {
         for (const auto& [key, value] : record.items()) {
             if (!value.is_structured()) std::cout << name << '.' << key << '\t' << textOf(value) << '\n';
@@ -176,20 +173,16 @@ void printPlain(const Json& metrics, const Json& stats) {
     };
     group("metrics", metrics);
     group("statistics", stats);
-    for (const Json& heard : metrics.value("accessPoints", Json::array())) {
-        std::cout << "accessPoint\t" << heard.value("bssid", "") << '\t' << heard.value("width", 0) << '\t'
-                  << heard.value("rssi", 0) << '\n';
-    }
+    for (const protocol::HeardNetwork& heard : accessPoints)
+        std::cout << "accessPoint\t" << heard.bssid << '\t' << heard.width << '\t' << heard.rssi << '\n';
 }
 
 int channel(Session& session, unsigned radio, unsigned number) {
     const std::string path = radioPath(radio);
     Readings readings;
-    const std::vector<Json> faults = session.ask(
-        {{"do", "measure"}, {"paths", {path + "DcsChannelMetrics", path + "RadioChannelStats"}}, {"channel", number}},
-        [&readings](const Json& part) {
-            if (part.contains("values")) readings.add(part.at("values"));
-        });
+    const std::vector<Fault> faults =
+        session.ask(protocol::Measure{{path + "DcsChannelMetrics", path + "RadioChannelStats"}, number},
+                    [&readings](const Part& part) { readings.add(part.values); });
     if (!faults.empty()) {
         const int status = reportFaults(session, faults);
         hintAtChannels(session, path, number);
@@ -197,12 +190,13 @@ int channel(Session& session, unsigned radio, unsigned number) {
     }
     const Json metrics = readings.at(path + "DcsChannelMetrics");
     const Json stats = readings.at(path + "RadioChannelStats");
+    const protocol::ChannelMetrics measured = protocol::readMetrics(metrics).value_or(protocol::ChannelMetrics{});
     if (session.options.json) {
         printJson({{"radio", radio}, {"metrics", metrics}, {"statistics", stats}}, {});
     } else if (session.options.plain) {
-        printPlain(metrics, stats);
+        printPlain(metrics, stats, measured.accessPoints);
     } else {
-        printMeasurement(session, metrics, stats);
+        printMeasurement(session, measured, protocol::readStatistics(stats).value_or(protocol::ChannelStatistics{}));
     }
     return kDone;
 }

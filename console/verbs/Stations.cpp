@@ -23,13 +23,19 @@ std::string accessPointPath(const std::string& accessPoint) {
 // Asks the simulation. Its own refusals become an error with what to change.
 Json control(Session& session, const Json& command) {
     Json answer;
-    const std::vector<Json> faults =
-        session.ask({{"do", "control"}, {"command", command}}, [&answer](const Json& part) {
-            if (part.contains("control")) answer = part.at("control");
-        });
-    if (!faults.empty()) throw GatewayError(faults.front().value("reason", "the simulation did not answer"));
-    if (!answer.value("ok", false)) throw GatewayError(answer.value("error", "the simulation refuses it"));
+    const std::vector<Fault> faults = session.ask(protocol::Control{command}, [&answer](const Part& part) {
+        if (part.control) answer = *part.control;
+    });
+    if (!faults.empty()) throw GatewayError(faults.front().reason);
+    const protocol::Outcome outcome = protocol::readOutcome(answer);
+    if (!outcome.ok) throw GatewayError(outcome.error.empty() ? "the simulation refuses it" : outcome.error);
     return answer;
+}
+
+protocol::SimulationAnswer controlAnswer(Session& session, const Json& command) {
+    const auto answer = protocol::readSimulationAnswer(control(session, command));
+    if (!answer) throw GatewayError("the simulation's answer has another form; use programs of one build");
+    return *answer;
 }
 
 struct Station {
@@ -51,9 +57,8 @@ std::vector<Station> stationsIn(const Readings& readings) {
 // How long each station has been there, which the data model does not say.
 std::map<std::string, std::uint64_t> associationTimes(Session& session) {
     std::map<std::string, std::uint64_t> times;
-    for (const Json& station : control(session, {{"op", "station.list"}}).value("stations", Json::array())) {
-        times[station.value("mac", "")] = station.value("seconds", std::uint64_t{0});
-    }
+    for (const protocol::StationState& station : controlAnswer(session, {{"op", "station.list"}}).stations)
+        times[station.mac] = station.seconds;
     return times;
 }
 
@@ -61,7 +66,7 @@ std::map<std::string, std::uint64_t> associationTimes(Session& session) {
 int stations(Session& session, unsigned only) {
     const std::string accessPoint = only == 0 ? "*" : std::to_string(only);
     const std::string path = accessPointPath(accessPoint) + "AssociatedDevice.";
-    std::vector<Json> faults;
+    std::vector<Fault> faults;
     if (only != 0) {
         (void)readPaths(session, {accessPointPath(accessPoint) + "Status"}, &faults);
         if (!faults.empty()) return reportFaults(session, faults);
@@ -116,31 +121,31 @@ bool waitsForWps(const Json& command) {
     return command.contains("wpsPin") || command.contains("wpsPushButton");
 }
 
-bool isRefused(const Json& station, const Json& command) {
-    return station.value("wanted", false) && !station.value("associated", false) && !waitsForWps(command);
+bool isRefused(const protocol::StationState& station, const Json& command) {
+    return station.wanted && !station.associated && !waitsForWps(command);
 }
 
-std::string outcomeOf(const Json& station, const Json& command) {
-    const std::string mac = station.value("mac", "");
-    const std::string where = "access point " + std::to_string(station.value("accessPoint", 0));
-    if (station.value("associated", false)) return mac + " is associated with " + where;
-    if (!station.value("wanted", true)) return mac + " has left " + where;
+std::string outcomeOf(const protocol::StationState& station, const Json& command) {
+    const std::string& mac = station.mac;
+    const std::string where = "access point " + std::to_string(station.accessPoint);
+    if (station.associated) return mac + " is associated with " + where;
+    if (!station.wanted) return mac + " has left " + where;
     if (waitsForWps(command)) return mac + " waits for WPS at " + where;
-    return mac + " is not let in by " + where + ": " + station.value("refusal", "no reason given");
+    return mac + " is not let in by " + where + ": " + station.refusal.value_or("no reason given");
+}
+
+const char* stateOf(const protocol::StationState& station) {
+    if (station.associated) return "associated";
+    return station.wanted ? "waiting" : "away";
 }
 
 int changeStation(Session& session, const Json& command) {
-    const Json answer = control(session, command);
-    const Json station = answer.value("station", Json::object());
+    const protocol::StationState station = controlAnswer(session, command).station.value_or(protocol::StationState{});
     const bool refused = isRefused(station, command);
     if (session.options.json) {
-        printJson({{"station", station}}, {});
+        printJson({{"station", protocol::toJson(station)}}, {});
     } else if (session.options.plain) {
-        std::cout << station.value("mac", "") << '\t' << station.value("accessPoint", 0) << '\t'
-                  << (station.value("associated", false) ? "associated"
-                      : station.value("wanted", false)   ? "waiting"
-                                                         : "away")
-                  << '\n';
+        std::cout << station.mac << '\t' << station.accessPoint << '\t' << stateOf(station) << '\n';
     } else {
         (refused ? std::cerr << "quorvel-wifi: " : std::cout) << outcomeOf(station, command) << '\n';
     }
@@ -151,42 +156,37 @@ int changeStation(Session& session, const Json& command) {
 }
 
 int listStations(Session& session) {
-    const Json list = control(session, {{"op", "station.list"}}).value("stations", Json::array());
+    const std::vector<protocol::StationState> list = controlAnswer(session, {{"op", "station.list"}}).stations;
     if (session.options.json) {
-        printJson({{"stations", list}}, {});
+        printJson({{"stations", protocol::toJson(list)}}, {});
         return kDone;
     }
     Table table({"Station", "AP", "State", "RSSI", "Standard", "Down kbit/s", "Up kbit/s"});
-    for (const Json& station : list) {
-        const bool wanted = station.value("wanted", false);
-        table.row({station.value("mac", ""), std::to_string(station.value("accessPoint", 0)),
-                   station.value("associated", false) ? "associated"
-                   : wanted                           ? "waiting: " + station.value("refusal", "")
-                                                      : "away",
-                   std::to_string(station.value("rssi", 0)), station.value("standard", ""),
-                   std::to_string(station.value("downlinkTraffic", 0)),
-                   std::to_string(station.value("uplinkTraffic", 0))});
+    for (const protocol::StationState& station : list) {
+        const bool waits = station.wanted && !station.associated;
+        table.row({station.mac, std::to_string(station.accessPoint),
+                   stateOf(station) + (waits ? ": " + station.refusal.value_or("") : ""), std::to_string(station.rssi),
+                   station.standard, std::to_string(station.downlinkTraffic), std::to_string(station.uplinkTraffic)});
     }
     session.options.plain ? table.printPlain(std::cout) : table.print(std::cout, session.outStyle());
     return kDone;
 }
 
-void printEvent(const Session& session, const Json& event) {
+void printEvent(const Session& session, const protocol::StationEvent& event) {
     if (session.options.json) {
-        std::cout << event.dump() << std::endl;
+        std::cout << protocol::toJson(event).dump() << std::endl;
         return;
     }
-    const bool associated = event.value("kind", "") == "associated";
-    const std::string accessPoint = std::to_string(event.value("accessPoint", 0));
+    const bool associated = event.kind == protocol::StationEventKind::kAssociated;
     if (session.options.plain) {
-        std::cout << event.value("kind", "") << '\t' << event.value("station", "") << '\t' << accessPoint << std::endl;
+        std::cout << nameOf(event.kind) << '\t' << event.station << '\t' << event.accessPoint << std::endl;
         return;
     }
     const Style style = session.outStyle();
     std::cout << style.dress(associated ? "joined" : "left  ", associated ? Colour::kGood : Colour::kBad) << "  "
-              << event.value("station", "") << "  access point " << accessPoint;
+              << event.station << "  access point " << event.accessPoint;
     if (associated) {
-        std::cout << "  " << event.value("signalStrength", 0) << " dBm  " << event.value("standard", "");
+        std::cout << "  " << event.signalStrength.value_or(0) << " dBm  " << event.standard.value_or("");
     }
     std::cout << std::endl;
 }
@@ -196,23 +196,22 @@ int events(Session& session, unsigned count) {
     session.options.realTime = true;
     const Interrupt interrupt;
     unsigned seen = 0;
-    std::vector<Json> faults;
+    std::vector<Fault> faults;
     session.gateway().client().follow(
-        {{"do", "events"}},
-        [&](const Json& part) {
-            if (part.contains("faults")) faults = part.at("faults").get<std::vector<Json>>();
-            if (part.contains("listening") && session.errorStyle().onTerminal()) {
+        protocol::Subscribe{{protocol::Topic::kStations, protocol::Topic::kManager}, 0},
+        [&](const Part& part) {
+            if (!part.faults.empty()) faults = part.faults;
+            if (part.listening && session.errorStyle().onTerminal()) {
                 std::cerr << "waiting for stations to come and go; Ctrl-C ends\n";
             }
-            if (part.contains("absence")) {
-                const std::string absence = part.value("absence", "");
+            if (part.absence) {
                 std::cerr << "quorvel-wifi: "
-                          << (absence.empty() ? "the WLAN manager (wlmngr2) is running again"
-                                              : "warning: " + absence + "; no events can come")
+                          << (part.absence->empty() ? "the WLAN manager (wlmngr2) is running again"
+                                                    : "warning: " + *part.absence + "; no events can come")
                           << '\n';
             }
-            if (!part.contains("event") || (count != 0 && seen == count)) return;
-            printEvent(session, part.at("event"));
+            if (!part.event || (count != 0 && seen == count)) return;
+            printEvent(session, *part.event);
             ++seen;
         },
         [&] { return Interrupt::happened() || !faults.empty() || (count != 0 && seen >= count); });
@@ -260,23 +259,17 @@ struct Exchange {
     bool noWait = false;
 };
 
-std::vector<Json> startExchange(Session& session, const std::string& path, const Exchange& asked) {
+std::vector<Fault> startExchange(Session& session, const std::string& path, const Exchange& asked) {
     if (asked.action == "pin") {
         warnOfWrongPin(asked.pin);
-        std::vector<Json> faults = session.ask(
-            {{"do", "set"}, {"settings", Json::array({{{"path", path + "EnrolleePin"}, {"value", asked.pin}}})}},
-            [](const Json&) {});
+        protocol::Set pin;
+        pin.settings.push_back({path + "EnrolleePin", asked.pin});
+        std::vector<Fault> faults = session.ask(pin);
         if (!faults.empty()) return faults;
     }
-    Json request{{"do", "operate"}, {"path", path}};
-    if (asked.action == "cancel") {
-        request["function"] = "Cancel";
-    } else {
-        request["function"] = "MethodSet";
-        request["text"] = asked.action == "pin" ? "PIN" : "PushButton";
-        request["settings"] = Json::array({{{"path", path + "ButtonPush"}, {"value", "true"}}});
-    }
-    return session.ask(request, [](const Json&) {});
+    if (asked.action == "cancel") return session.ask(protocol::Operate{path, "Cancel", std::nullopt, {}});
+    return session.ask(protocol::Operate{
+        path, "MethodSet", asked.action == "pin" ? "PIN" : "PushButton", {{path + "ButtonPush", "true"}}});
 }
 
 // Waits until a station has come or nobody has for the whole walk time.
@@ -298,7 +291,7 @@ std::string awaitOutcome(Session& session, const std::string& path) {
 int wps(Session& session, const Exchange& asked) {
     const std::string where = "access point " + std::to_string(asked.accessPoint);
     const std::string path = accessPointPath(std::to_string(asked.accessPoint)) + "WPS.";
-    std::vector<Json> faults;
+    std::vector<Fault> faults;
     const Readings enabled = readPaths(session, {path + "Enable"}, &faults);
     if (!faults.empty()) return reportFaults(session, faults);
     if (enabled.at(path + "Enable") != Json(true)) {

@@ -74,7 +74,7 @@ int show(const Session& session, const std::string& path, const Readings& before
 
 int statistics(Session& session, const std::string& given, bool watch) {
     const std::string path = statisticsPath(given);
-    std::vector<Json> faults;
+    std::vector<Fault> faults;
     Readings before = readPaths(session, {path}, &faults);
     if (!faults.empty()) return reportFaults(session, faults);
     const Interrupt interrupt;

@@ -15,10 +15,9 @@ class ValuePrinter {
   public:
     explicit ValuePrinter(const Session& session) : session_(session), style_(session.outStyle()) {}
 
-    void print(const Json& values) {
-        for (const Json& item : values) {
-            const std::string path = item.at("path").get<std::string>();
-            const Json value = shownValue(session_.options, path, item.at("value"));
+    void print(const std::vector<protocol::PathValue>& values) {
+        for (const auto& [path, read] : values) {
+            const Json value = shownValue(session_.options, path, read);
             if (session_.options.json) {
                 kept_[path] = value;
             } else if (session_.options.plain) {
@@ -30,7 +29,7 @@ class ValuePrinter {
     }
 
     /// `more` are members of the JSON beside the values.
-    void finish(const std::vector<Json>& faults, const Json& more = Json::object()) {
+    void finish(const std::vector<Fault>& faults, const Json& more = Json::object()) {
         if (!session_.options.json) return;
         Json result{{"values", kept_}};
         result.update(more);
@@ -48,24 +47,25 @@ bool isSearch(const std::string& path) {
 }
 
 // A search goes on past what cannot be read; only a path that is wrong in itself makes it fail.
-bool isFatal(const Json& fault, const std::string& path) {
-    const std::string at = fault.value("path", "");
-    return !isSearch(path) || at.empty() || at == path || fault.value("code", 0) == kNoSuchPath;
+bool isFatal(const Fault& fault, const std::string& path) {
+    return !isSearch(path) || fault.path.empty() || fault.path == path ||
+           fault.code == protocol::FaultCode::kNoSuchPath;
 }
 
 int get(Session& session, const std::vector<std::string>& paths, unsigned maxDepth, bool strict) {
     ValuePrinter printer(session);
-    std::vector<Json> all;
+    std::vector<Fault> all;
     bool failed = false;
     for (const std::string& path : paths) {
-        const std::vector<Json> faults =
-            session.ask({{"do", "get"}, {"paths", Json::array({path})}, {"maxDepth", maxDepth}},
-                        [&printer, &failed](const Json& part) {
-                            if (part.contains("values")) printer.print(part.at("values"));
-                            if (part.contains("managerLost")) failed = true;
-                        });
+        protocol::Get request;
+        request.paths = {path};
+        request.maxDepth = maxDepth;
+        const std::vector<Fault> faults = session.ask(request, [&printer, &failed](const Part& part) {
+            printer.print(part.values);
+            failed = failed || part.managerLost;
+        });
         printFaults(session, faults);
-        for (const Json& fault : faults)
+        for (const Fault& fault : faults)
             failed = failed || strict || isFatal(fault, path);
         all.insert(all.end(), faults.begin(), faults.end());
     }
@@ -74,26 +74,23 @@ int get(Session& session, const std::vector<std::string>& paths, unsigned maxDep
 }
 
 int set(Session& session, const std::vector<std::string>& assignments, bool save) {
-    Json settings = Json::array();
+    protocol::Set request;
+    request.save = save;
     for (const std::string& assignment : assignments) {
         const std::size_t sign = signIn(assignment);
         if (sign == std::string::npos || sign == 0) {
             throw CLI::ValidationError("\"" + assignment + "\" is no PATH=VALUE");
         }
         const std::string path = assignment.substr(0, sign);
-        settings.push_back({{"path", path}, {"value", valueMeantBy(session, path, assignment.substr(sign + 1))}});
+        request.settings.push_back({path, valueMeantBy(session, path, assignment.substr(sign + 1))});
     }
     ValuePrinter printer(session);
     Json differing = Json::object();
-    const std::vector<Json> faults =
-        session.ask({{"do", "set"}, {"settings", settings}, {"save", save}}, [&](const Json& part) {
-            if (part.contains("values")) printer.print(part.at("values"));
-            if (!part.contains("readBack")) return;
-            for (const Json& item : part.at("readBack")) {
-                const std::string path = item.value("path", "");
-                differing[path] = shownValue(session.options, path, item.at("value"));
-            }
-        });
+    const std::vector<Fault> faults = session.ask(request, [&](const Part& part) {
+        printer.print(part.values);
+        for (const auto& [path, value] : part.readBack)
+            differing[path] = shownValue(session.options, path, value);
+    });
     printFaults(session, faults);
     for (const auto& [path, value] : differing.items()) {
         std::cerr << "quorvel-wifi: warning: " << path << " was accepted but reads back as "
@@ -107,35 +104,37 @@ int set(Session& session, const std::vector<std::string>& assignments, bool save
 }
 
 int instances(Session& session, const std::string& path) {
-    Json found = Json::array();
-    const std::vector<Json> faults =
-        session.ask({{"do", "instances"}, {"paths", Json::array({path})}}, [&found](const Json& part) {
-            if (part.contains("instances")) found = part.at("instances");
-        });
+    std::vector<std::string> found;
+    const std::vector<Fault> faults = session.ask(protocol::Instances{{path}}, [&found](const Part& part) {
+        found.insert(found.end(), part.instances.begin(), part.instances.end());
+    });
     if (!faults.empty()) return reportFaults(session, faults);
     if (session.options.json) {
         printJson({{"instances", found}}, {});
         return kDone;
     }
-    for (const Json& instance : found)
-        std::cout << instance.get<std::string>() << '\n';
+    for (const std::string& instance : found)
+        std::cout << instance << '\n';
     return kDone;
 }
 
 int dumpDataModel(Session& session, const std::string& path) {
-    Json found = Json::array();
-    const std::vector<Json> faults =
-        session.ask({{"do", "datamodel"}, {"paths", Json::array({path})}}, [&found](const Json& part) {
-            if (part.contains("parameters")) found = part.at("parameters");
-        });
+    std::vector<protocol::ParameterDescription> found;
+    const std::vector<Fault> faults = session.ask(protocol::Describe{{path}}, [&found](const Part& part) {
+        found.insert(found.end(), part.parameters.begin(), part.parameters.end());
+    });
     if (!faults.empty()) return reportFaults(session, faults);
-    if (session.options.json) {
-        printJson({{"parameters", found}}, {});
-        return kDone;
-    }
     Table table({"Path", "Type", "Access"});
-    for (const Json& item : found) {
-        table.row({item.value("path", ""), item.value("type", ""), item.value("access", "")});
+    Json list = Json::array();
+    for (const protocol::ParameterDescription& each : found) {
+        const std::string type(nameOf(each.type));
+        const std::string access(nameOf(each.access));
+        table.row({each.path, type, access});
+        list.push_back({{"path", each.path}, {"type", type}, {"access", access}});
+    }
+    if (session.options.json) {
+        printJson({{"parameters", list}}, {});
+        return kDone;
     }
     session.options.plain ? table.printPlain(std::cout) : table.print(std::cout, session.outStyle());
     return kDone;

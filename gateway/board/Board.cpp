@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -174,11 +175,15 @@ Places beFirstInTheOpen(Power& power) {
 }
 
 // Stays outside. Throws when the board did not come up, otherwise ends with the board.
-[[noreturn]] void waitOutside(pid_t child, const common::Descriptor& answers, const Power& power) {
+[[noreturn]] void waitOutside(pid_t child, const common::Descriptor& answers, const Power& power, const Options& options) {
     const std::string text = readAll(answers.get());
     if (text == kPoweredUp) {
-        letGoOf(power.inherited);
-        _exit(supervise(child));
+        std::vector<int> others = power.inherited;
+        std::erase_if(others, [&options](int number) { return std::ranges::count(options.kept, number) > 0; });
+        letGoOf(others);
+        const int ended = supervise(child);
+        if (options.ended) options.ended(ended);
+        _exit(ended);
     }
     const int status = supervise(child);
     if (!text.empty()) throw BoardError(text);
@@ -200,7 +205,7 @@ Places enterBoard(const Options& options) {
     const pid_t child = forkOrThrow();
     if (child > 0) {
         report.writer.reset();
-        waitOutside(child, report.reader, power);
+        waitOutside(child, report.reader, power, options);
     }
     report.reader.reset();
     power.report = std::move(report.writer);

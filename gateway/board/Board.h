@@ -2,6 +2,7 @@
 
 // The simulated gateway's board: power, sandbox and places.
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -39,6 +40,13 @@ struct Options {
     /// Words put before every program of /board/bin, for programs built for another processor: {"qemu-arm", "-L",
     /// "/usr/arm-linux-gnueabihf"}. Empty: programs run as they are.
     std::vector<std::string> emulator;
+
+    // Descriptors that stay open in the process outside the board as well; negative numbers are left out.
+    std::vector<int> kept;
+
+    // Called in the process outside with the status that it is about to exit with, when the board is off. Empty:
+    // nothing is done then.
+    std::function<void(int status)> ended;
 };
 
 /// Where things are, as seen by the process on the board. Without a sandbox these are places in the state folder and

@@ -1,10 +1,11 @@
 #include "gateway/hostd/BoardFacts.h"
 
+#include <quorvel.h>
+
 #include <fstream>
-#include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
 
-#include <quorvel.h>
 #include "common/JsonDepth.h"
 #include "gateway/hostd/Manager.h"
 #include "gateway/hostd/Reply.h"
@@ -13,7 +14,8 @@
 namespace quorvel::hostd {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using protocol::Json;
+using protocol::Task;
 
 std::string contents(const std::string& file) {
     std::ifstream in(file);
@@ -22,13 +24,13 @@ std::string contents(const std::string& file) {
     return text.str();
 }
 
-Json lines(const std::string& text) {
-    Json found = Json::array();
+// Returns the first line that is not empty.
+std::optional<std::string> firstLine(const std::string& text) {
     std::istringstream in(text);
     for (std::string line; std::getline(in, line);) {
-        if (!line.empty()) found.push_back(presentable(line));
+        if (!line.empty()) return presentable(line);
     }
-    return found;
+    return std::nullopt;
 }
 
 // The state letter of /proc/PID/stat, behind the name's closing parenthesis.
@@ -52,39 +54,65 @@ const char* stateWord(std::int32_t pid) {
     }
 }
 
-Json task(const char* name) {
+Task task(const char* name) {
     const std::int32_t pid = QuorvelUtilGetPidByName(name);
-    return {{"name", name}, {"pid", pid > 0 ? Json(pid) : Json(nullptr)}, {"state", stateWord(pid)}};
+    return {name, pid > 0 ? std::optional(pid) : std::nullopt, stateWord(pid)};
 }
 
-Json interfaces() {
-    Json found = Json::array();
+}  // namespace
+
+protocol::BoardFacts boardFacts(const std::string& boardFile) {
+    const Json board = common::parseShallow(contents(boardFile));
+    const auto member = [&board](const char* name) {
+        return board.is_object() && board.contains(name) ? board.at(name) : Json(nullptr);
+    };
+    protocol::BoardFacts facts;
+    facts.name = member("name");
+    facts.identifier = member("identifier");
+    facts.chips = member("chips");
+    facts.chipsFound = firstLine(contents("/tmp/wl_instances.txt"));
+    facts.tasks = {task("wler_thread0"), task("wler_thread1")};
+    facts.manager = task(kManager);
+    for (const protocol::InterfaceCounters& each : interfaceCounters())
+        facts.interfaces.push_back(each.interface);
+    return facts;
+}
+
+std::vector<protocol::InterfaceCounters> interfaceCounters() {
+    std::vector<protocol::InterfaceCounters> found;
     std::istringstream in(contents("/proc/net/dev"));
     for (std::string line; std::getline(in, line);) {
         const std::size_t begin = line.find_first_not_of(' ');
         const std::size_t colon = line.find(':');
         if (begin == std::string::npos || colon == std::string::npos) continue;
-        const std::string name = line.substr(begin, colon - begin);
-        if (name.starts_with("wl")) found.push_back(name);
+        protocol::InterfaceCounters counters;
+        counters.interface = line.substr(begin, colon - begin);
+        if (!counters.interface.starts_with("wl")) continue;
+        // Eight received counters, of which bytes and packets come first; then those sent.
+        std::istringstream numbers(line.substr(colon + 1));
+        std::uint64_t other = 0;
+        numbers >> counters.bytesReceived >> counters.packetsReceived;
+        for (int i = 0; i < 6; ++i)
+            numbers >> other;
+        numbers >> counters.bytesSent >> counters.packetsSent;
+        found.push_back(std::move(counters));
     }
     return found;
 }
 
-}  // namespace
-
-Json boardFacts(const std::string& boardFile) {
-    const Json board = common::parseShallow(contents(boardFile));
-    const auto member = [&board](const char* name) {
-        return board.is_object() && board.contains(name) ? board.at(name) : Json(nullptr);
-    };
-    const Json count = lines(contents("/tmp/wl_instances.txt"));
-    return {{"name", member("name")},
-            {"identifier", member("identifier")},
-            {"chips", member("chips")},
-            {"chipsFound", count.empty() ? Json(nullptr) : count.front()},
-            {"tasks", Json::array({task("wler_thread0"), task("wler_thread1")})},
-            {"manager", task(kManager)},
-            {"interfaces", interfaces()}};
+protocol::LivePicture lookAround() {
+    protocol::LivePicture picture;
+    picture.manager = task(kManager);
+    picture.interfaces = interfaceCounters();
+    if (!managerAbsence().empty()) return picture;
+    if (auto state = protocol::readSimulationState(askSimulation("state"))) picture.radios = std::move(state->radios);
+    if (auto answer = protocol::readSimulationAnswer(askSimulation("station.list"))) {
+        picture.stations = std::move(answer->stations);
+    }
+    if (auto answer = protocol::readSimulationAnswer(askSimulation("neighbour.list"))) {
+        picture.neighbours = std::move(answer->neighbours);
+    }
+    return picture;
 }
 
 std::string managerHealth() {
@@ -101,9 +129,9 @@ std::string managerAbsence() {
 }
 
 std::string managerTrouble() {
-    // A stopped one would let the question wait.
+    // A stopped manager would leave the question unanswered until it times out.
     const bool stopped = std::string_view(stateWord(QuorvelUtilGetPidByName(kManager))) == "stopped";
-    return !stopped && !controlSimulation(R"({"op":"time"})").empty() ? "" : managerHealth();
+    return !stopped && askSimulation("time").is_object() ? "" : managerHealth();
 }
 
 }  // namespace quorvel::hostd

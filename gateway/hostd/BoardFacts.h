@@ -1,21 +1,28 @@
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <vector>
+
+#include "gateway/hostd/protocol/Requests.h"
 
 namespace quorvel::hostd {
 
-/// Returns what can be seen of the board from the host process: name and identifier, chips found at start-up, driver
-/// tasks, the WLAN manager's process, interfaces.
-[[nodiscard]] nlohmann::ordered_json boardFacts(const std::string& boardFile);
+/// Returns facts about the board that no parameter says. `boardFile` is its description.
+[[nodiscard]] protocol::BoardFacts boardFacts(const std::string& boardFile);
 
-/// Returns a sentence on what the WLAN manager's process is doing, for a request that got no answer.
+/// Returns what the wireless interfaces have counted.
+[[nodiscard]] std::vector<protocol::InterfaceCounters> interfaceCounters();
+
+/// Asks the WLAN manager what is on the air. Lists are empty while it does not answer; the clock is left alone.
+[[nodiscard]] protocol::LivePicture lookAround();
+
+/// Says what the WLAN manager is doing, for a request that it does not answer.
 [[nodiscard]] std::string managerHealth();
 
-/// Says in the same words that the WLAN manager is stopped or gone, or nothing. Asks nobody.
+/// Says that the WLAN manager is gone or stopped, or nothing. Asks nobody.
 [[nodiscard]] std::string managerAbsence();
 
-/// Returns the same when the manager is gone, stopped or silent; else the empty text. Asks it.
+/// Says what is wrong with a WLAN manager that does not answer, or nothing. Asks it, unless it is stopped.
 [[nodiscard]] std::string managerTrouble();
 
 }  // namespace quorvel::hostd

@@ -20,7 +20,7 @@ unsigned wait(unsigned seconds) {
     constexpr long kBetween = 1'000'000'000 / kGlances;
     if (boardTime().waiting) boardTime().waiting(seconds);
     for (unsigned left = seconds * kGlances; left > 0; --left) {
-        // It is the manager's work that the plug-in waits for.
+        // The plug-in waits for the manager's work.
         if (!managerAbsence().empty()) return (left + kGlances - 1) / kGlances;
         timespec rest{0, kBetween};
         while (nanosleep(&rest, &rest) != 0 && errno == EINTR) {
@@ -30,9 +30,11 @@ unsigned wait(unsigned seconds) {
 }
 
 unsigned runAhead(unsigned seconds) {
-    const std::string answer = controlSimulation("{\"op\":\"time\",\"advance\":" + std::to_string(seconds) + "}");
+    const protocol::Json answer = advanceSimulation(seconds);
     // Without a manager there is no clock to advance.
-    return answer.empty() ? wait(seconds) : 0;
+    if (!answer.is_object()) return wait(seconds);
+    if (boardTime().advanced) boardTime().advanced(answer);
+    return 0;
 }
 
 }  // namespace

@@ -3,27 +3,36 @@
 #include <poll.h>
 #include <signal.h>
 
+#include <quorvel.h>
+
 #include <fstream>
 #include <iterator>
-#include <nlohmann/json.hpp>
 
-#include <quorvel.h>
-#include "common/JsonDepth.h"
+#include "gateway/hostd/BoardFacts.h"
 #include "gateway/hostd/Simulation.h"
+#include "gateway/hostd/protocol/Codec.h"
 
 namespace quorvel::hostd {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using protocol::Json;
 
 constexpr int kPatience = 5000;  // milliseconds
 constexpr int kGlance = 2;
 
-std::string refused(const std::string& why) {
-    return Json{{"ok", false}, {"error", why}}.dump();
+Json refused(const std::string& why) {
+    protocol::SimulationAnswer answer;
+    answer.error = why;
+    return protocol::jsonOf(answer);
 }
 
-// Waits until `there` says so. Returns false when it never does.
+Json carriedOut() {
+    protocol::SimulationAnswer answer;
+    answer.ok = true;
+    return protocol::jsonOf(answer);
+}
+
+// Waits until `there` returns true. Returns false when it never does.
 bool await(const std::function<bool()>& there) {
     for (int waited = 0; !there(); waited += kGlance) {
         if (waited >= kPatience) return false;
@@ -41,7 +50,7 @@ bool isStopped(std::int32_t pid) {
 
 }  // namespace
 
-std::string Manager::signalProcess(const std::string& op) {
+Json Manager::signalProcess(const std::string& op) {
     const std::int32_t pid = QuorvelUtilGetPidByName(kManager);
     if (pid <= 0) return refused("the WLAN manager (wlmngr2) does not run");
     const int number = op == "daemon.kill" ? SIGKILL : op == "daemon.stop" ? SIGSTOP : SIGCONT;
@@ -50,30 +59,43 @@ std::string Manager::signalProcess(const std::string& op) {
         if (number == SIGKILL) return QuorvelUtilGetPidByName(kManager) != pid;
         return isStopped(pid) == (number == SIGSTOP);
     });
-    return done ? R"({"ok":true})" : refused("the WLAN manager (wlmngr2) does not take the signal");
+    return done ? carriedOut() : refused("the WLAN manager (wlmngr2) does not take the signal");
 }
 
-std::string Manager::restart() {
+Json Manager::restart() {
     const auto terminate = plugin_.find<std::uint32_t()>("Quorvel_P_WiFiTerminateWldaemon");
     const auto launch = plugin_.find<std::uint32_t()>("Quorvel_P_WiFiLaunchWldaemon");
     if (terminate == nullptr || launch == nullptr) return refused("the plug-in exports nothing to launch it with");
-    if (QuorvelUtilGetPidByName(kManager) > 0) (void)terminate();  // what is left of it is ended or was gone already
+    if (QuorvelUtilGetPidByName(kManager) > 0) (void)terminate();  // it may have ended meanwhile
     if (const std::uint32_t result = launch(); result != 0)
         return refused("the plug-in could not launch the WLAN manager (result " + std::to_string(result) + ")");
-    if (!await([] { return !controlSimulation(R"({"op":"time"})").empty(); }))
+    clock_.managerStarted();
+    if (!await([] { return askSimulation("time").is_object(); }))
         return refused("the new WLAN manager (wlmngr2) does not answer");
     launched_();
-    return R"({"ok":true})";
+    return carriedOut();
 }
 
-std::string Manager::control(const std::string& command) {
-    const Json request = common::parseShallow(command);
-    const std::string op = request.is_object() && request.contains("op") && request.at("op").is_string()
-                               ? request.at("op").get<std::string>()
-                               : "";
-    if (op == "daemon.kill" || op == "daemon.stop" || op == "daemon.continue") return signalProcess(op);
-    if (op == "daemon.restart") return restart();
-    return controlSimulation(command);
+Controlled Manager::control(const Json& command) {
+    const std::string operation = operationOf(command);
+    if (operation == "daemon.kill" || operation == "daemon.stop" || operation == "daemon.continue") {
+        return {signalProcess(operation), ""};
+    }
+    if (operation == "daemon.restart") return {restart(), ""};
+    const std::string text = controlSimulation(command.dump(-1, ' ', false, Json::error_handler_t::replace));
+    Json answer = Json::parse(text, nullptr, false);
+    if (answer.is_object()) {
+        if (operation == "time") learnTime(clock_, answer);
+        return {std::move(answer), ""};
+    }
+    if (!text.empty()) return {nullptr, text};
+    const std::string why = managerTrouble();
+    return {nullptr, why.empty() ? "the WLAN manager (wlmngr2) did not answer" : why};
+}
+
+void learnTime(Clock& clock, const Json& answer) {
+    const auto read = protocol::readSimulationAnswer(answer);
+    if (read && read->time) clock.learn(*read->time, read->isVirtual);
 }
 
 }  // namespace quorvel::hostd

@@ -46,7 +46,7 @@ std::string presentable(std::string_view text) {
     return shown;
 }
 
-nlohmann::ordered_json toJson(const Value& value) {
+protocol::Json toJson(const Value& value) {
     switch (value.type) {
         case Type::kText:
             return presentable(value.text);
@@ -60,18 +60,13 @@ nlohmann::ordered_json toJson(const Value& value) {
     return nullptr;
 }
 
-nlohmann::ordered_json toJson(const Fault& fault) {
-    nlohmann::ordered_json json{{"path", presentable(fault.path)},
-                                {"code", static_cast<unsigned>(fault.code)},
-                                {"reason", presentable(fault.reason)}};
-    if (!fault.suggestion.empty()) json["suggestion"] = fault.suggestion;
-    if (fault.result != 0) json["result"] = fault.result;
-    if (!fault.logLine.empty()) json["log"] = presentable(fault.logLine);
-    return json;
-}
-
-void Reply::fault(const Fault& fault) {
-    part({{"faults", nlohmann::ordered_json::array({toJson(fault)})}});
+void Reply::fault(Fault fault) {
+    fault.path = presentable(fault.path);
+    fault.reason = presentable(fault.reason);
+    fault.log = presentable(fault.log);
+    protocol::Part sent;
+    sent.faults.push_back(std::move(fault));
+    part(sent);
 }
 
 }  // namespace quorvel::hostd

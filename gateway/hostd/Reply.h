@@ -1,12 +1,14 @@
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <string_view>
 
 #include "gateway/hostd/Value.h"
+#include "gateway/hostd/protocol/Requests.h"
 
 namespace quorvel::hostd {
 
-/// Where the answer to one request goes. An answer is any number of parts and one end.
+/// Where the answer to one request goes: any number of parts. Whoever carries the request out adds the end.
 class Reply {
   public:
     Reply() = default;
@@ -14,20 +16,17 @@ class Reply {
     Reply& operator=(const Reply&) = delete;
     virtual ~Reply() = default;
 
-    /// Sends a part: an object with one of the members values, faults, instances, parameters, event, wait.
-    virtual void part(const nlohmann::ordered_json& members) = 0;
+    /// Sends a part.
+    virtual void part(const protocol::Part& part) = 0;
 
     /// Sends one fault.
-    void fault(const Fault& fault);
+    void fault(Fault fault);
 };
 
-/// Returns a fault's JSON form.
-[[nodiscard]] nlohmann::ordered_json toJson(const Fault& fault);
+/// Returns a value's JSON form; bytes of a text that are no UTF-8, and control characters, are written as \xNN.
+[[nodiscard]] protocol::Json toJson(const Value& value);
 
-/// Returns a value's JSON form; text that is not UTF-8, or holds control characters, has these bytes written as \xNN.
-[[nodiscard]] nlohmann::ordered_json toJson(const Value& value);
-
-/// Returns the text with what a terminal or JSON cannot take written as \xNN.
+/// Returns the text with bytes that are no UTF-8, and control characters, written as \xNN.
 [[nodiscard]] std::string presentable(std::string_view text);
 
 }  // namespace quorvel::hostd

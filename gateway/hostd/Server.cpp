@@ -3,112 +3,57 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
-#include <thread>
 
-#include "common/JsonDepth.h"
 #include "gateway/hostd/LogTap.h"
+#include "gateway/hostd/protocol/Codec.h"
 
 namespace quorvel::hostd {
 
-using Json = nlohmann::ordered_json;
+using protocol::ChangeKind;
+using protocol::Fault;
+using protocol::FaultCode;
+using protocol::Id;
+using protocol::Part;
+using protocol::Topic;
+using Steady = std::chrono::steady_clock;
 
 namespace {
 
-constexpr std::size_t kMaxLine = 1U << 20U;
-constexpr int kTickMilliseconds = 100;
-constexpr timeval kSendPatience{5, 0};
-// Lines that nobody has taken yet; more are lost rather than held.
+// While a worker is busy, or a client follows the manager, the loop looks at them so often, in milliseconds.
+constexpr int kTick = 100;
+constexpr int kBetweenLooks = 500;
+// News that the loop has not delivered yet; more are lost rather than held.
 constexpr std::size_t kMaxLogLines = 4096;
-constexpr std::chrono::milliseconds kBetweenLooks{500};
+constexpr std::size_t kMaxNews = 65536;
 
-Fault noRequest() {
-    return {FaultCode::kInternal,
-            "",
-            "no JSON object of at most " + std::to_string(common::kMaxJsonLevels) + " levels",
-            "",
-            0,
-            ""};
-}
-
-Fault overdue(const std::string& health) {
-    return {FaultCode::kInternal, "", health, "", 0, ""};
+bool isPathFault(FaultCode code) {
+    return code == FaultCode::kBadSyntax || code == FaultCode::kNoSuchInstance || code == FaultCode::kNoSuchPath;
 }
 
 }  // namespace
 
-Connection::~Connection() {
-    (void)close(descriptor_);  // nothing is buffered
-}
-
-void Connection::send(const Json& line) {
-    const std::string text = line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-    const std::lock_guard lock(sending_);
-    for (std::size_t sent = 0; sent < text.size() && !broken_;) {
-        const ssize_t count = ::send(descriptor_, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) {
-            broken_ = true;
-            (void)shutdown(descriptor_, SHUT_RDWR);  // the reader notices
-            return;
-        }
-        sent += static_cast<std::size_t>(count);
-    }
-}
-
-bool Connection::receive(std::vector<std::string>& lines) {
-    char buffer[4096];
-    const ssize_t count = recv(descriptor_, buffer, sizeof buffer, 0);
-    if (count < 0 && errno == EINTR) return true;
-    if (count <= 0) return false;
-    pending_.append(buffer, static_cast<std::size_t>(count));
-    for (std::size_t end = pending_.find('\n'); end != std::string::npos; end = pending_.find('\n')) {
-        lines.push_back(pending_.substr(0, end));
-        pending_.erase(0, end + 1);
-    }
-    return pending_.size() <= kMaxLine;
-}
-
-struct Server::Job {
-    std::shared_ptr<Connection> connection;
-    Json request;
-    Json id;
-    bool abandoned = false;  // the client has been told that no answer comes
-};
-
-class Server::JobReply : public Reply {
-  public:
-    JobReply(Server& server, std::shared_ptr<Job> job) : server_(server), job_(std::move(job)) {}
-
-    void part(const Json& members) override {
-        Json line{{"id", job_->id}};
-        line.update(members);
-        {
-            const std::lock_guard lock(server_.mutex_);
-            if (job_->abandoned) return;
-        }
-        job_->connection->send(line);
-    }
-
-  private:
-    Server& server_;
-    std::shared_ptr<Job> job_;
-};
-
-Server::Server(Service& service, Heartbeat& heartbeat, Settings settings)
-    : service_(service), heartbeat_(heartbeat), settings_(std::move(settings)) {
+Server::Server(Service& service, Heartbeat& heartbeat, Clock& clock, Settings settings)
+    : service_(service),
+      heartbeat_(heartbeat),
+      clock_(clock),
+      settings_(std::move(settings)),
+      library_(heartbeat, {settings_.health, [this](const Fault& fault) { publishFault(fault); }}),
+      manager_(managerHeartbeat_, {settings_.health, [this](const Fault& fault) { publishFault(fault); }}) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) throw std::runtime_error("cannot make a pipe for the host process");
     wakeRead_ = ends[0];
     wakeWrite_ = ends[1];
     if (settings_.connected < 0) return;
-    (void)setsockopt(settings_.connected, SOL_SOCKET, SO_SNDTIMEO, &kSendPatience, sizeof kSendPatience);
-    connections_.push_back(std::make_shared<Connection>(settings_.connected));
+    sessions_.emplace_back().connection = std::make_shared<Connection>(settings_.connected, [this] { wake(); });
+}
+
+Server::~Server() {
+    (void)close(wakeRead_);
+    (void)close(wakeWrite_);
 }
 
 void Server::wake() const {
@@ -117,262 +62,246 @@ void Server::wake() const {
 }
 
 void Server::stop() {
-    ending_ = true;
+    stopping_ = true;
     wake();
 }
 
-void Server::publish(const Json& event) {
+void Server::publish(Topic topic, Part part) {
     {
         const std::lock_guard lock(mutex_);
-        events_.push_back(event.dump(-1, ' ', false, Json::error_handler_t::replace));
+        if (news_.size() >= kMaxNews) return;
+        if (topic == Topic::kLog && ++logLines_ > kMaxLogLines) return;
+        news_.push_back({topic, std::move(part)});
     }
     wake();
+}
+
+void Server::publishChange(protocol::Change change) {
+    change.time = clock_.now().time;
+    Part part;
+    part.change = std::move(change);
+    boardChanged();
+    publish(Topic::kChanges, std::move(part));
+}
+
+void Server::boardChanged() {
+    service_.forgetRecent();
+    {
+        const std::lock_guard lock(mutex_);
+        changed_ = true;
+    }
+    wake();
+}
+
+// A path that a person has mistyped is no news.
+void Server::publishFault(const Fault& fault) {
+    if (isPathFault(fault.code)) return;
+    Part part;
+    part.faults.push_back(fault);
+    publish(Topic::kFaults, std::move(part));
 }
 
 void Server::announceWait(unsigned seconds) {
-    std::shared_ptr<Job> job;
-    {
-        const std::lock_guard lock(mutex_);
-        job = current_;
-    }
-    if (job != nullptr) JobReply(*this, job).part({{"wait", seconds}});
-}
-
-void Server::work() {
-    for (;;) {
-        std::shared_ptr<Job> job;
-        {
-            std::unique_lock lock(mutex_);
-            changed_.wait(lock, [this] { return ending_ || !jobs_.empty(); });
-            if (ending_) return;
-            job = jobs_.front();
-            jobs_.pop_front();
-            current_ = job;
-        }
-        JobReply reply(*this, job);
-        heartbeat_.beat();
-        try {
-            if (job->request.value("do", "") == "events") {
-                const std::uint32_t result = settings_.listen();
-                if (result != 0) {
-                    reply.fault(pluginFault(FaultCode::kInternal, "", "the plug-in cannot listen for events", result));
-                }
-                reply.part({{"listening", result == 0}});
-            } else {
-                service_.handle(job->request, reply);
-            }
-        } catch (const std::exception& error) {
-            reply.fault(
-                {FaultCode::kInternal, "", std::string("the request makes no sense: ") + error.what(), "", 0, ""});
-        }
-        heartbeat_.rest();
-        const bool open = job->request.value("do", "") == "events";
-        if (!open) reply.part({{"done", true}});
-        const std::lock_guard lock(mutex_);
-        current_.reset();
-        stuck_ = false;
-    }
+    library_.announceWait(seconds);
 }
 
 void Server::accept() {
     const int descriptor = accept4(settings_.listening, nullptr, nullptr, SOCK_CLOEXEC);
     if (descriptor < 0) return;
-    (void)setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &kSendPatience, sizeof kSendPatience);
-    connections_.push_back(std::make_shared<Connection>(descriptor));
+    sessions_.emplace_back().connection = std::make_shared<Connection>(descriptor, [this] { wake(); });
 }
 
-void Server::take(const std::shared_ptr<Connection>& connection, const std::string& line) {
-    const Json request = common::parseShallow(line);
-    if (!request.is_object()) {
-        connection->send({{"id", nullptr}, {"faults", Json::array({toJson(noRequest())})}, {"done", true}});
-        return;
-    }
-    const Json id = request.value("id", Json(nullptr));
-    const auto verb = request.find("do");
-    if (verb != request.end() && *verb == "shutdown") {
-        connection->send({{"id", id}, {"done", true}});
-        return stop();
-    }
-    if (verb != request.end() && *verb == "alive") {
-        connection->send({{"id", id}, {"done", true}});
-        return;
-    }
-    if (verb != request.end() && *verb == "unsubscribe") {
-        if (!connection->eventId.empty()) connection->send({{"id", Json::parse(connection->eventId)}, {"done", true}});
-        connection->eventId.clear();
-        connection->logId.clear();
-        followLog();
-        connection->send({{"id", id}, {"done", true}});
-        return;
-    }
-    if (verb != request.end() && *verb == "log") {
-        connection->logId = id.dump();
-        connection->logLevel = request.value("level", 0U);
-        followLog();
-        connection->send({{"id", id}, {"listening", true}});
-        return;
-    }
-    if (verb != request.end() && *verb == "events") {
-        connection->eventId = id.dump();
-        if (listening_) {
-            connection->send({{"id", id}, {"listening", true}});
-            return;
-        }
-        listening_ = true;
-    }
-    enqueue(connection, request);
-}
-
-void Server::enqueue(const std::shared_ptr<Connection>& connection, const Json& request) {
-    auto job = std::make_shared<Job>();
-    job->connection = connection;
-    job->request = request;
-    job->id = request.value("id", Json(nullptr));
-    {
-        const std::lock_guard lock(mutex_);
-        if (!stuck_) {
-            jobs_.push_back(job);
-            changed_.notify_one();
-            return;
+void Server::deliver(const News& news) {
+    for (const Session& session : sessions_) {
+        for (const Subscription& subscription : session.subscriptions) {
+            if (!subscription.follows(news.topic)) continue;
+            if (news.part.log && news.part.log->level > subscription.logLevel) continue;
+            session.connection->push(protocol::partLine(subscription.id, news.part));
         }
     }
-    connection->send({{"id", job->id}, {"faults", Json::array({toJson(overdue(settings_.health()))})}, {"done", true}});
 }
 
-void Server::checkWorker() {
-    if (!heartbeat_.overdue()) return;
-    std::vector<std::shared_ptr<Job>> lost;
-    {
-        const std::lock_guard lock(mutex_);
-        if (current_ == nullptr || current_->abandoned) return;
-        current_->abandoned = true;
-        stuck_ = true;
-        lost.push_back(current_);
-        lost.insert(lost.end(), jobs_.begin(), jobs_.end());
-        jobs_.clear();
-    }
-    const Json fault = toJson(overdue(settings_.health()));
-    for (const auto& job : lost) {
-        job->connection->send({{"id", job->id}, {"faults", Json::array({fault})}, {"done", true}});
-    }
-}
-
-void Server::deliverEvents() {
+void Server::deliverNews() {
     char drained[64];
     while (read(wakeRead_, drained, sizeof drained) > 0) {
     }
-    std::deque<std::string> events;
+    std::deque<News> news;
+    bool changed = false;
     {
         const std::lock_guard lock(mutex_);
-        events.swap(events_);
+        news.swap(news_);
+        logLines_ = 0;
+        changed = std::exchange(changed_, false);
     }
-    for (const std::string& event : events) {
-        for (const auto& connection : connections_) {
-            if (connection->eventId.empty()) continue;
-            connection->send({{"id", Json::parse(connection->eventId)}, {"event", Json::parse(event)}});
+    for (const News& each : news)
+        deliver(each);
+    if (!changed) return;
+    for (Session& session : sessions_) {
+        for (Watching& watching : session.watches)
+            watching.stale = true;
+    }
+}
+
+bool Server::awaitsManager() const {
+    return std::any_of(sessions_.begin(), sessions_.end(), [](const Session& session) {
+        return std::any_of(session.subscriptions.begin(), session.subscriptions.end(),
+                           [](const Subscription& each) { return each.follows(Topic::kManager); });
+    });
+}
+
+// Tells subscribers that no event can arrive, and when one can again.
+void Server::tellAbsence() {
+    if (!settings_.absence || Steady::now() < nextLook_ || !awaitsManager()) return;
+    nextLook_ = Steady::now() + std::chrono::milliseconds(kBetweenLooks);
+    Part part;
+    part.absence = settings_.absence();
+    for (Session& session : sessions_) {
+        for (Subscription& each : session.subscriptions) {
+            if (!each.follows(Topic::kManager) || each.knownAbsence == *part.absence) continue;
+            each.knownAbsence = *part.absence;
+            session.connection->push(protocol::partLine(each.id, part));
         }
     }
 }
 
-// Who waits for events would wait in vain, and ought to know.
-void Server::tellAbsence() {
-    if (!settings_.absence) return;
-    const bool awaited =
-        std::any_of(connections_.begin(), connections_.end(), [](const auto& each) { return !each->eventId.empty(); });
-    const auto now = std::chrono::steady_clock::now();
-    if (!awaited || now < nextLook_) return;
-    nextLook_ = now + kBetweenLooks;
-    const std::string absence = settings_.absence();
-    for (const auto& connection : connections_) {
-        if (connection->eventId.empty() || connection->toldAbsence == absence) continue;
-        connection->toldAbsence = absence;
-        connection->send({{"id", Json::parse(connection->eventId)}, {"absence", absence}});
+void Server::ringAlarms() {
+    const protocol::BoardClock now = clock_.now();
+    for (Session& session : sessions_) {
+        std::erase_if(session.alarms, [&](const Alarm& alarm) {
+            if (alarm.at > now.time) return false;
+            Part part;
+            part.clock = now;
+            answer(session, alarm.id, part);
+            return true;
+        });
+    }
+}
+
+// Has the library's worker look at watches that are due. A look that is on its way is not queued again.
+void Server::lookAtWatches() {
+    const auto now = Steady::now();
+    for (Session& session : sessions_) {
+        for (Watching& watching : session.watches) {
+            if (watching.watched->queued || (!watching.stale && now < watching.due)) continue;
+            watching.stale = false;
+            watching.due =
+                now + std::chrono::milliseconds(static_cast<std::int64_t>(watching.watched->request.interval * 1000));
+            watching.watched->queued = true;
+            // Destroyed when the look is over, or has been given up.
+            const std::shared_ptr<Watched> look(watching.watched.get(), [this, held = watching.watched](Watched*) {
+                held->queued = false;
+                wake();
+            });
+            library_.enqueue(
+                session.connection, watching.id, [this, look](Reply& reply) { service_.look(*look, reply); }, true);
+        }
     }
 }
 
 void Server::followLog() {
     std::uint32_t level = 0;
     bool wanted = false;
-    for (const auto& connection : connections_) {
-        if (connection->logId.empty()) continue;
-        level = std::max(level, connection->logLevel);
-        wanted = true;
+    for (const Session& session : sessions_) {
+        for (const Subscription& each : session.subscriptions) {
+            if (!each.follows(Topic::kLog)) continue;
+            level = std::max(level, each.logLevel);
+            wanted = true;
+        }
     }
     if (!wanted) return LogTap::follow(0, {});
     LogTap::follow(level, [this](std::uint32_t of, std::string_view line) {
-        {
-            const std::lock_guard lock(mutex_);
-            if (log_.size() < kMaxLogLines) log_.emplace_back(of, presentable(line));
-        }
-        wake();
+        Part part;
+        part.log = protocol::LogLine{of, presentable(line)};
+        publish(Topic::kLog, std::move(part));
     });
 }
 
-void Server::deliverLog() {
-    std::deque<std::pair<std::uint32_t, std::string>> lines;
-    {
-        const std::lock_guard lock(mutex_);
-        lines.swap(log_);
-    }
-    for (const auto& [level, line] : lines) {
-        for (const auto& connection : connections_) {
-            if (connection->logId.empty() || level > connection->logLevel) continue;
-            connection->send({{"id", Json::parse(connection->logId)}, {"log", {{"level", level}, {"line", line}}}});
+void Server::publishStatus(const std::string& service) {
+    Part part;
+    part.status = services_.statuses(service);
+    publish(Topic::kStatus, std::move(part));
+}
+
+void Server::sessionEnded(const Session& session) {
+    if (services_.disconnected(session.connection->descriptor())) publishStatus("");
+}
+
+// Returns how long the loop may wait for something to happen, in milliseconds; -1 without end.
+int Server::patience() const {
+    int wait = -1;
+    const auto atMost = [&wait](std::int64_t milliseconds) {
+        const int limit = static_cast<int>(std::clamp<std::int64_t>(milliseconds, 0, 3'600'000));
+        wait = wait < 0 ? limit : std::min(wait, limit);
+    };
+    if (library_.isBusy() || manager_.isBusy()) atMost(kTick);
+    if (settings_.absence && awaitsManager()) atMost(kBetweenLooks);
+    const auto now = Steady::now();
+    for (const Session& session : sessions_) {
+        for (const Alarm& alarm : session.alarms) {
+            const std::chrono::milliseconds left = clock_.until(alarm.at);
+            if (left != std::chrono::milliseconds::max()) atMost(left.count());
+        }
+        for (const Watching& watching : session.watches) {
+            if (watching.watched->queued) continue;
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(watching.due - now).count() + 1;
+            atMost(watching.stale ? 0 : left);
         }
     }
+    return wait;
+}
+
+void Server::readFrom(Session& session, bool& there) {
+    std::vector<std::string> lines;
+    there = session.connection->receive(lines);
+    for (const std::string& line : lines) {
+        if (!session.closing) handleLine(session, line);
+    }
+    there = there && !session.closing;
 }
 
 bool Server::run() {
-    std::thread worker([this] { work(); });
     bool clientLeft = false;
-    while (!ending_ && !clientLeft) {
+    while (!stopping_ && !clientLeft) {
         std::vector<pollfd> polled{{wakeRead_, POLLIN, 0}};
         if (settings_.listening >= 0) polled.push_back({settings_.listening, POLLIN, 0});
         const std::size_t first = polled.size();
-        for (const auto& connection : connections_)
-            polled.push_back({connection->descriptor(), POLLIN, 0});
-        (void)poll(polled.data(), polled.size(), kTickMilliseconds);  // whatever it says, the rest looks for itself
+        for (const Session& session : sessions_) {
+            const Connection& connection = *session.connection;
+            // A client that does not read its answers gets no more of them.
+            const int reading = connection.isCongested() ? 0 : POLLIN;
+            const int writing = connection.hasUnsent() ? POLLOUT : 0;
+            polled.push_back({connection.descriptor(), static_cast<short>(reading | writing), 0});
+        }
+        (void)poll(polled.data(), polled.size(), patience());  // whatever it says, each part looks for itself
 
-        deliverEvents();
-        deliverLog();
+        deliverNews();
         tellAbsence();
-        const std::vector<std::shared_ptr<Connection>> served = connections_;
-        for (std::size_t i = 0; i < served.size(); ++i) {
-            if (polled[first + i].revents == 0) continue;
-            std::vector<std::string> lines;
-            const bool there = served[i]->receive(lines);
-            for (const std::string& line : lines)
-                take(served[i], line);
-            if (there) continue;
-            connections_.erase(std::find(connections_.begin(), connections_.end(), served[i]));
-            clientLeft = settings_.connected >= 0;
+        ringAlarms();
+        std::size_t i = first;
+        for (auto session = sessions_.begin(); session != sessions_.end(); ++i) {
+            const short happened = i < polled.size() ? polled[i].revents : short{0};
+            bool there = true;
+            if ((happened & POLLOUT) != 0) session->connection->flush();
+            if ((happened & (POLLIN | POLLHUP | POLLERR)) != 0) readFrom(*session, there);
+            if (there) {
+                ++session;
+                continue;
+            }
+            clientLeft = clientLeft || session->connection->descriptor() == settings_.connected;
+            const Session ended = std::move(*session);
+            session = sessions_.erase(session);
+            sessionEnded(ended);
             followLog();
         }
         if (first == 2 && polled[1].revents != 0) accept();
-        checkWorker();
+        lookAtWatches();
+        library_.check();
+        manager_.check();
     }
     LogTap::follow(0, {});
-    // A worker in the middle of a request may finish it, within what it has announced.
-    ending_ = true;
-    changed_.notify_all();
-    for (;;) {
-        {
-            const std::lock_guard lock(mutex_);
-            if (current_ == nullptr) break;
-            if (stuck_ || heartbeat_.overdue()) {
-                worker.detach();
-                return false;
-            }
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    {
-        // The lock orders the flag before the worker's look at it.
-        const std::lock_guard lock(mutex_);
-        changed_.notify_all();
-    }
-    worker.join();
-    return true;
+    const bool libraryEnded = library_.end();
+    const bool managerEnded = manager_.end();
+    return libraryEnded && managerEnded;
 }
 
 }  // namespace quorvel::hostd

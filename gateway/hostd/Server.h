@@ -2,111 +2,172 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
+#include "gateway/hostd/Clock.h"
 #include "gateway/hostd/Heartbeat.h"
 #include "gateway/hostd/Service.h"
+#include "gateway/hostd/Services.h"
+#include "gateway/hostd/Session.h"
+#include "gateway/hostd/Worker.h"
 
 namespace quorvel::hostd {
 
-/// One client: a stream socket with a JSON object per line in each direction. Requests carry an "id", which every line
-/// of the answer repeats; the last line of an answer has the member "done".
-class Connection {
-  public:
-    explicit Connection(int descriptor) : descriptor_(descriptor) {}
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
-    ~Connection();
+/// Why the server has ended.
+enum class Ending : std::uint8_t { kShutdown, kPowerCycle, kFactoryReset };
 
-    [[nodiscard]] int descriptor() const {
-        return descriptor_;
-    }
-    /// Sends a line. What a client does not take within some seconds is lost, and the client with it.
-    void send(const nlohmann::ordered_json& line);
-    /// Reads what has come and appends the whole lines. Returns false when the client is gone.
-    [[nodiscard]] bool receive(std::vector<std::string>& lines);
-
-    // Used by the polling thread only.
-    std::string eventId;         ///< the id of the request for events, as JSON text
-    std::string toldAbsence;     ///< why no event can come, as it was told
-    std::string logId;           ///< likewise of the request for the log
-    std::uint32_t logLevel = 0;  ///< lines above it are not for this client
-
-  private:
-    int descriptor_;
-    std::mutex sending_;
-    bool broken_ = false;
-    std::string pending_;
+/// The outcome of a command to the simulated surroundings: their answer, or why there is none.
+struct Controlled {
+    protocol::Json answer;
+    std::string trouble;
 };
 
-/// Serves clients from one thread and has one worker call the plug-in, so that a plug-in that never returns holds up
-/// nothing but its request: the client is told, and told why.
+/// Returns the operation of a command to the simulated surroundings, or the empty text.
+[[nodiscard]] std::string operationOf(const protocol::Json& command);
+
+/// Serves clients. Its loop never waits for anything but the next thing to do: requests that need the library are
+/// carried out by one worker, requests that need the WLAN manager or the file system by another, and the rest at once.
 class Server {
   public:
     struct Settings {
-        int connected = -1;  ///< a client that is there from the start; the server ends when it goes. Or:
-        int listening = -1;  ///< a listening socket; the server ends on the request "shutdown"
+        int connected = -1;   ///< a client that is there from the start; the server ends when it goes
+        int listening = -1;   ///< a listening socket for further clients
+        std::string program;  ///< the program's version, for clients
+        protocol::Boot boot;
+        bool canCyclePower = false;  ///< whether the board comes back after Ending::kPowerCycle
         /// Says what the WLAN manager is doing, for an overdue request.
         std::function<std::string()> health;
-        /// Registers for station events; returns the plug-in's result code. Called by the worker, once.
+        /// Registers for station events; returns the plug-in's result code. Called by the library's worker, once.
         std::function<std::uint32_t()> listen;
-        /// Says that no event can come, or nothing. Called now and then while somebody waits for events; asks nobody.
+        /// Says that no event can come, or nothing. Called now and then while a client follows the manager.
         std::function<std::string()> absence = {};
+        /// Hands a command to the simulated surroundings.
+        std::function<Controlled(const protocol::Json& command)> control = {};
+        /// Returns facts about the board.
+        std::function<protocol::BoardFacts()> board = {};
+        /// Looks around for the request "live".
+        std::function<protocol::LivePicture()> look = {};
     };
 
-    Server(Service& service, Heartbeat& heartbeat, Settings settings);
+    Server(Service& service, Heartbeat& heartbeat, Clock& clock, Settings settings);
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+    ~Server();
 
-    /// Serves until the end. Returns false when the worker is stuck, so that nothing may be called any more.
+    /// Serves until the end. Returns false when a worker is stuck, so that nothing may be called any more.
     [[nodiscard]] bool run();
 
-    /// Hands an event to the clients that asked for events. Callable from any thread.
-    void publish(const nlohmann::ordered_json& event);
+    [[nodiscard]] Ending ending() const {
+        return ending_;
+    }
 
-    /// Announces to the client being served that its answer will take about `seconds`.
+    /// Returns the cause of the power cycle with which the server has ended.
+    [[nodiscard]] const std::string& cause() const {
+        return settings_.boot.cause;
+    }
+
+    /// Hands news to the clients that follow the topic. Callable from any thread.
+    void publish(protocol::Topic topic, protocol::Part part);
+
+    /// Hands a change to the clients that follow changes, stamped with the board's time, and looks at watched values.
+    /// Callable from any thread.
+    void publishChange(protocol::Change change);
+
+    /// Looks at watched values, because something may have changed. Callable from any thread.
+    void boardChanged();
+
+    /// Announces to the client whose request occupies the library that its answer will take about `seconds`.
     void announceWait(unsigned seconds);
 
     /// Has run() return. Callable from a signal handler.
     void stop();
 
   private:
-    struct Job;
-    class JobReply;
+    struct News {
+        protocol::Topic topic;
+        protocol::Part part;
+    };
+    class InlineReply;
 
-    void work();
     void accept();
-    void take(const std::shared_ptr<Connection>& connection, const std::string& line);
-    void enqueue(const std::shared_ptr<Connection>& connection, const nlohmann::ordered_json& request);
-    void checkWorker();
-    void deliverEvents();
+    void readFrom(Session& session, bool& there);
+    void handleLine(Session& session, const std::string& line);
+    void dispatch(Session& session, protocol::Id id, protocol::Request request);
+    void refuse(Session& session, protocol::Id id, const std::string& reason);
+    void answer(Session& session, protocol::Id id, protocol::Part part);
+
+    // Requests that are answered at once.
+    void serve(Session& session, protocol::Id id, const protocol::Hello& request);
+    void serve(Session& session, protocol::Id id, const protocol::Alive& request);
+    void serve(Session& session, protocol::Id id, const protocol::Shutdown& request);
+    void serve(Session& session, protocol::Id id, const protocol::CyclePower& request);
+    void serve(Session& session, protocol::Id id, const protocol::Subscribe& request);
+    void serve(Session& session, protocol::Id id, const protocol::Unsubscribe& request);
+    void serve(Session& session, protocol::Id id, const protocol::Describe& request);
+    void serve(Session& session, protocol::Id id, const protocol::ReadTime& request);
+    void serve(Session& session, protocol::Id id, const protocol::Wake& request);
+    void serve(Session& session, protocol::Id id, const protocol::Watch& request);
+    void serve(Session& session, protocol::Id id, const protocol::ReportStatus& request);
+    void serve(Session& session, protocol::Id id, const protocol::ReportTrace& request);
+    void serve(Session& session, protocol::Id id, const protocol::ReadStatus& request);
+    void serve(Session& session, protocol::Id id, const protocol::ReadTrace& request);
+    // Requests that need the manager or files.
+    void serve(Session& session, protocol::Id id, const protocol::Control& request);
+    void serve(Session& session, protocol::Id id, const protocol::ReadBoard& request);
+    void serve(Session& session, protocol::Id id, const protocol::LookAround& request);
+    // Requests that need the library.
+    void serve(Session& session, protocol::Id id, const protocol::Get& request);
+    template <typename LibraryRequest>
+    void serve(Session& session, protocol::Id id, const LibraryRequest& request);
+
+    void control(const protocol::Control& request, Reply& reply);
+    void lookAround(Reply& reply);
+    void listenForStations(Session& session, protocol::Id id);
+    void deliverNews();
+    void deliver(const News& news);
     void tellAbsence();
-    void deliverLog();
+    void ringAlarms();
+    void lookAtWatches();
     void followLog();
+    void publishStatus(const std::string& service);
+    void publishFault(const protocol::Fault& fault);
+    void sessionEnded(const Session& session);
+    [[nodiscard]] int patience() const;
+    [[nodiscard]] bool awaitsManager() const;
     void wake() const;
 
     Service& service_;
     Heartbeat& heartbeat_;
+    Clock& clock_;
     Settings settings_;
-    std::chrono::steady_clock::time_point nextLook_{};
     int wakeRead_ = -1;
     int wakeWrite_ = -1;
-    std::vector<std::shared_ptr<Connection>> connections_;
+    std::list<Session> sessions_;
+    Services services_;
+    std::chrono::steady_clock::time_point nextLook_{};
+    std::atomic<bool> listening_ = false;
+    Ending ending_ = Ending::kShutdown;
+    std::atomic<bool> stopping_ = false;
 
     std::mutex mutex_;
-    std::condition_variable changed_;
-    std::deque<std::shared_ptr<Job>> jobs_;
-    std::shared_ptr<Job> current_;
-    std::deque<std::string> events_;
-    std::deque<std::pair<std::uint32_t, std::string>> log_;
-    std::atomic<bool> ending_ = false;
-    bool listening_ = false;
-    bool stuck_ = false;
+    std::deque<News> news_;
+    bool changed_ = false;  // something may have changed since the last look at watches
+    std::size_t logLines_ = 0;
+
+    // Used by the manager's worker only.
+    protocol::LivePicture picture_;
+    std::chrono::steady_clock::time_point pictureTaken_{};
+    bool hasPicture_ = false;
+
+    Heartbeat managerHeartbeat_;
+    Worker library_;
+    Worker manager_;
 };
 
 }  // namespace quorvel::hostd

@@ -1,81 +1,100 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
-#include <nlohmann/json_fwd.hpp>
+#include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "gateway/hostd/DataModel.h"
 #include "gateway/hostd/Heartbeat.h"
 #include "gateway/hostd/PathWalk.h"
 #include "gateway/hostd/Plugin.h"
+#include "gateway/hostd/Recent.h"
 #include "gateway/hostd/Reply.h"
 #include "gateway/hostd/Transaction.h"
+#include "gateway/hostd/protocol/Requests.h"
 
 namespace quorvel::hostd {
 
-/// Answers requests with the plug-in's help. Requests are handled one after the other, by one thread.
-///
-/// A request is an object with a member "do"; the verbs and their members are listed at handle().
+/// The values that a client watches, as they were at the last look.
+struct Watched {
+    protocol::Watch request;
+    bool known = false;  ///< whether there has been a look
+    std::map<std::string, Value> values;
+    std::atomic<bool> queued = false;  ///< a look is on its way
+};
+
+/// Answers requests with the plug-in's help. All but describe() and answerFromRecent() call the plug-in and are for one
+/// thread; these two are for any.
 class Service {
   public:
     /// What the service needs from its surroundings.
     struct Surroundings {
-        /// Hands a JSON command to the WLAN manager's simulation and returns its answer.
-        std::function<std::string(const std::string&)> control;
-        /// Returns facts about the board as a JSON object.
-        std::function<nlohmann::ordered_json()> board;
         /// Says what is wrong with the WLAN manager, or nothing.
         std::function<std::string()> trouble = {};
+        /// Called with each change that a request has made to the board.
+        std::function<void(protocol::Change)> changed = {};
     };
 
     Service(const Plugin& plugin, Heartbeat& heartbeat, Surroundings surroundings);
 
-    /// Answers one request.
-    ///
-    /// - get: paths, maxDepth; parts `values` ({path, value[, station]}) and `faults`
-    /// - set: settings ({path, value as text}), save; parts `values` as applied, `readBack` ({path, value}) of those
-    ///   that read differently now, and `faults`
-    /// - instances: paths; parts `instances` (texts)
-    /// - datamodel: paths; parts `parameters` ({path, type, access})
-    /// - complete: path; part `completions` (texts)
-    /// - measure: paths of channel measurements, channel; parts `values`
-    /// - snapshot: path; part `snapshot`
-    /// - operate: path of an object, function (what its name has behind the object's prefix), text for those that take
-    ///   one, settings below the object; stages all of it into one context and applies it
-    /// - board, control (command), ping
-    void handle(const nlohmann::ordered_json& request, Reply& reply);
+    // Each answers one request; protocol/Requests.h says how.
+    void answer(const protocol::Ping& request, Reply& reply);
+    void answer(const protocol::Get& request, Reply& reply);
+    void answer(const protocol::Set& request, Reply& reply);
+    void answer(const protocol::Save& request, Reply& reply);
+    void answer(const protocol::Instances& request, Reply& reply);
+    void answer(const protocol::Complete& request, Reply& reply);
+    void answer(const protocol::Measure& request, Reply& reply);
+    void answer(const protocol::TakeSnapshot& request, Reply& reply);
+    void answer(const protocol::Operate& request, Reply& reply);
+
+    /// Looks at watched values and answers with those that differ from the last look; the first look answers with
+    /// `listening` only.
+    void look(Watched& watched, Reply& reply);
+
+    /// Describes rows of the exported table, without the plug-in.
+    void describe(const protocol::Describe& request, Reply& reply) const;
+
+    /// Answers a request with values read lately, if it allows that and all of them are there. Returns whether it did.
+    [[nodiscard]] bool answerFromRecent(const protocol::Get& request, Reply& reply) const;
+
+    /// Forgets values read lately: something may have changed.
+    void forgetRecent() {
+        recent_.forget();
+    }
 
     [[nodiscard]] const DataModel& model() const {
         return model_;
     }
 
   private:
-    void get(const nlohmann::ordered_json& request, Reply& reply);
-    void getOne(const Match& match, bool named, PathWalk& walk, Reply& reply);
-    void getStations(const Match& match, bool named, PathWalk& walk, Reply& reply);
-    void getMeasurement(const Match& match, std::uint32_t channel, Reply& reply);
-    void set(const nlohmann::ordered_json& request, Reply& reply);
-    void setAll(const std::vector<Transaction::Setting>& settings, bool save, Reply& reply);
-    void readBack(const std::vector<Transaction::Setting>& settings, Reply& reply);
-    void instances(const nlohmann::ordered_json& request, Reply& reply);
-    void dataModel(const nlohmann::ordered_json& request, Reply& reply);
-    void complete(const nlohmann::ordered_json& request, Reply& reply);
-    void measureChannel(const nlohmann::ordered_json& request, Reply& reply);
-    void snapshot(const nlohmann::ordered_json& request, Reply& reply);
-    void operate(const nlohmann::ordered_json& request, Reply& reply);
-    void control(const nlohmann::ordered_json& request, Reply& reply);
+    class Sink;
+    class PartSink;
+    class LookSink;
+    class Writing;
 
-    void flush(Reply& reply);
-    bool faultPassedOver(PathWalk& walk, const std::string& path, Reply& reply);
-    void readFailed(const std::string& path, std::uint32_t result, Reply& reply);
+    void begin();
+    [[nodiscard]] bool getPath(const std::string& path, std::uint32_t maxDepth, PathWalk& walk, Sink& sink);
+    void getOne(const Match& match, bool named, PathWalk& walk, Sink& sink);
+    void getStations(const Match& match, bool named, PathWalk& walk, Sink& sink);
+    void getMeasurement(const Match& match, std::uint32_t channel, Sink& sink);
+    void readFailed(const std::string& path, std::uint32_t result, Sink& sink);
+    [[nodiscard]] bool faultPassedOver(PathWalk& walk, const std::string& path,
+                                       const std::function<void(const Fault&)>& fault);
+    [[nodiscard]] Fault notSaved(const std::string& path, const std::string& reason);
+    [[nodiscard]] std::uint32_t saveNow();
+    void changed(protocol::ChangeKind kind, std::vector<std::string> paths);
     [[nodiscard]] std::string trouble() const;
 
     const Plugin& plugin_;
     Heartbeat& heartbeat_;
     Surroundings surroundings_;
     DataModel model_;
-    std::vector<std::pair<std::string, Value>> values_;  // read and not sent yet
-    bool managerLost_ = false;                           // reading on would only wait again
+    Recent recent_;
+    bool managerLost_ = false;  // each further read would time out
 };
 
 /// Returns the stated fault with the plug-in's result code and the errors it has logged.

@@ -1,7 +1,6 @@
 // The requests that work on whole objects through their extra exported functions: snapshot and operate.
 #include <cstddef>
 #include <cstring>
-#include <nlohmann/json.hpp>
 
 #include "gateway/hostd/Accessors.h"
 #include "gateway/hostd/ContextLayout.h"
@@ -9,8 +8,6 @@
 #include "gateway/hostd/Service.h"
 
 namespace quorvel::hostd {
-
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -63,13 +60,14 @@ std::uint32_t callInstanceGet(Word function, unsigned depth, void* context, cons
 
 }  // namespace
 
-void Service::snapshot(const Json& request, Reply& reply) {
-    const std::string path = request.at("path").get<std::string>();
+void Service::answer(const protocol::TakeSnapshot& request, Reply& reply) {
+    begin();
+    const std::string& path = request.path;
     PathWalk walk(model_);
     std::vector<ObjectMatch> matches;
     const Fault fault = walk.objects(path, matches);
     if (fault.code != FaultCode::kNone) return reply.fault(fault);
-    const bool passedOver = faultPassedOver(walk, path, reply);
+    const bool passedOver = faultPassedOver(walk, path, [&reply](const Fault& passed) { reply.fault(passed); });
     if (matches.empty() && passedOver) return;
     if (matches.empty()) return reply.fault(missing(path, "the object has no instances now"));
     const ObjectMatch& match = matches.front();
@@ -87,7 +85,7 @@ void Service::snapshot(const Json& request, Reply& reply) {
     if (instanceGet == nullptr) return reply.fault(missing(path, "the plug-in exports no " + name));
     std::vector<Field> layout;
     {
-        // Finding out a layout provokes refusals that are nobody's business.
+        // Finding out a layout provokes refusals, which say nothing about the board.
         const LogTap::Silence quiet;
         heartbeat_.expect(kSnapshotTime);
         layout = layoutOf(model_, match.node, match.instances);
@@ -105,24 +103,26 @@ void Service::snapshot(const Json& request, Reply& reply) {
 
     const auto* const bytes = reinterpret_cast<const char*>(block.data());
     const std::uint32_t size = node.contextSize != 0 ? node.contextSize : sizeOf(layout);
-    Json fields = Json::array();
+    protocol::Part part;
+    protocol::Snapshot& snapshot = part.snapshot.emplace();
+    snapshot.path = object;
+    snapshot.size = size;
+    snapshot.hex = hexOf(bytes, size);
     if (sizeOf(layout) <= size) {
         for (const Field& field : layout) {
             // A measurement's record is no text.
             const bool binary =
                 field.parameter->call == Call::kChannelMetrics || field.parameter->call == Call::kChannelStats;
-            fields.push_back({{"path", object + std::string(field.parameter->name)},
-                              {"offset", field.offset},
-                              {"size", field.size},
-                              {"value", binary ? Json(nullptr) : toJson(valueIn(field, bytes))}});
+            snapshot.fields.push_back({object + std::string(field.parameter->name), field.offset, field.size,
+                                       binary ? protocol::Json(nullptr) : toJson(valueIn(field, bytes))});
         }
     }
-    reply.part(
-        {{"snapshot", {{"path", object}, {"size", size}, {"fields", std::move(fields)}, {"hex", hexOf(bytes, size)}}}});
+    reply.part(part);
 }
 
-void Service::operate(const Json& request, Reply& reply) {
-    const std::string path = request.at("path").get<std::string>();
+void Service::answer(const protocol::Operate& request, Reply& reply) {
+    begin();
+    const std::string& path = request.path;
     PathWalk walk(model_);
     std::vector<ObjectMatch> objects;
     Fault fault = walk.objects(path, objects);
@@ -133,41 +133,44 @@ void Service::operate(const Json& request, Reply& reply) {
 
     Transaction transaction(model_);
     void* const context = node.contextSize == 0 ? nullptr : transaction.context(object.node, object.instances, 0);
-    const std::string name = Plugin::prefixOf(model_, object.node) + request.value("function", "");
+    const std::string name = Plugin::prefixOf(model_, object.node) + request.function;
     auto* const function = plugin_.find<void()>(name);
     if (context == nullptr || function == nullptr) {
         return reply.fault(missing(path, "the plug-in exports no " + name + " for this object"));
     }
     std::uint32_t result = 0;
-    if (request.contains("text")) {
-        const std::string text = request.at("text").get<std::string>();
+    if (request.text) {
         result = reinterpret_cast<std::uint32_t (*)(void*, std::uint32_t, const char*, std::uint32_t)>(function)(
-            context, 0, text.c_str(), static_cast<std::uint32_t>(text.size()));
+            context, 0, request.text->c_str(), static_cast<std::uint32_t>(request.text->size()));
     } else {
         result = reinterpret_cast<std::uint32_t (*)(void*)>(function)(context);
     }
     if (result != 0) return reply.fault(pluginFault(FaultCode::kValueRefused, path, name + " refuses it", result));
 
     std::vector<Transaction::Setting> settings;
-    for (const Json& item : request.value("settings", Json::array())) {
+    for (const protocol::Setting& asked : request.settings) {
         std::vector<Match> matches;
-        const std::string parameter = item.at("path").get<std::string>();
-        fault = walk.parameters(parameter, matches);
+        fault = walk.parameters(asked.path, matches);
         if (fault.code != FaultCode::kNone) return reply.fault(fault);
         for (const Match& match : matches) {
             Value value;
-            const FaultCode code = match.parameter->setter == 0
-                                       ? FaultCode::kReadOnly
-                                       : parse(*match.parameter, item.at("value").get<std::string>(), value);
-            if (code != FaultCode::kNone) return reply.fault({code, parameter, "the value is refused", "", 0, ""});
+            const FaultCode code =
+                match.parameter->setter == 0 ? FaultCode::kReadOnly : parse(*match.parameter, asked.value, value);
+            if (code != FaultCode::kNone) return reply.fault({code, asked.path, "the value is refused", "", 0, ""});
             settings.push_back({match.parameter, match.instances, std::move(value)});
         }
     }
-    Transaction::Outcome outcome = transaction.stageAll(settings);
-    if (outcome.result == 0) outcome = transaction.apply();
-    if (outcome.result != 0) {
-        reply.fault(pluginFault(FaultCode::kValueRefused, path, "the plug-in could not apply it", outcome.result));
+    const auto onRefused = [&result](std::size_t, std::uint32_t refusal) {
+        result = refusal;
+        return false;
+    };
+    if (transaction.stage(settings, onRefused) && transaction.stageAtOnce(settings, onRefused)) {
+        result = transaction.apply().result;
     }
+    if (result != 0) {
+        return reply.fault(pluginFault(FaultCode::kValueRefused, path, "the plug-in could not apply it", result));
+    }
+    changed(protocol::ChangeKind::kValues, {DataModel::concrete(node.path, object.instances)});
 }
 
 }  // namespace quorvel::hostd

@@ -1,4 +1,4 @@
-// The requests that read: get and measure.
+// The requests that read: get, watch and measure.
 #include <algorithm>
 #include <cstring>
 #include <nlohmann/json.hpp>
@@ -6,15 +6,17 @@
 #include "gateway/hostd/Accessors.h"
 #include "gateway/hostd/LogTap.h"
 #include "gateway/hostd/Service.h"
+#include "gateway/hostd/Sinks.h"
+#include "gateway/hostd/protocol/Codec.h"
 #include "host/ChannelRecords.h"
 
 namespace quorvel::hostd {
 
-using Json = nlohmann::ordered_json;
+using protocol::Json;
+using protocol::Part;
 
 namespace {
 
-constexpr std::size_t kValuesPerPart = 64;
 constexpr std::uint32_t kInvalidInstance = 6;
 
 // The least text length that the plug-in takes for a measurement.
@@ -31,23 +33,18 @@ std::string macText(const std::uint8_t* bytes) {
 }
 
 Json decode(const ChannelMetricsRecord& record) {
-    Json heard = Json::array();
+    protocol::ChannelMetrics metrics{record.channel, record.noise, record.utilization, record.txPower, {}};
     for (std::uint32_t i = 0; i < std::min<std::uint32_t>(record.count, QUORVEL_MAX_CHANNEL_NEIGHBOURS); ++i) {
-        heard.push_back({{"bssid", macText(record.neighbours[i].bssid)},
-                         {"width", record.neighbours[i].width},
-                         {"rssi", record.neighbours[i].rssi}});
+        const ChannelNeighbour& heard = record.neighbours[i];
+        metrics.accessPoints.push_back({macText(heard.bssid), heard.width, heard.rssi});
     }
-    return {{"channel", record.channel},
-            {"noise", record.noise},
-            {"utilization", record.utilization},
-            {"transmitPower", record.txPower},
-            {"accessPoints", heard}};
+    return protocol::jsonOf(metrics);
 }
 
 Json decode(const ChannelStatsRecord& record) {
-    return {{"channel", record.channel},      {"noise", record.noise},       {"utilization", record.utilization},
-            {"total", record.total},          {"busy", record.busy},         {"busyTransmitting", record.busyTx},
-            {"busyReceiving", record.busyRx}, {"busySelf", record.busySelf}, {"busyOther", record.busyExt}};
+    return protocol::jsonOf(protocol::ChannelStatistics{record.channel, record.noise, record.utilization, record.total,
+                                                        record.busy, record.busyTx, record.busyRx, record.busySelf,
+                                                        record.busyExt});
 }
 
 template <typename Record>
@@ -66,16 +63,7 @@ std::uint32_t take(const Parameter& parameter, const Instances& instances, std::
 
 }  // namespace
 
-void Service::flush(Reply& reply) {
-    if (values_.empty()) return;
-    Json values = Json::array();
-    for (const auto& [path, value] : values_)
-        values.push_back({{"path", path}, {"value", toJson(value)}});
-    values_.clear();
-    reply.part({{"values", std::move(values)}});
-}
-
-void Service::readFailed(const std::string& path, std::uint32_t result, Reply& reply) {
+void Service::readFailed(const std::string& path, std::uint32_t result, Sink& sink) {
     const FaultCode code = result == kInvalidInstance ? FaultCode::kNoSuchInstance : FaultCode::kInternal;
     Fault fault = pluginFault(code, path, "the plug-in could not read it", result);
     const std::string why = trouble();
@@ -83,64 +71,110 @@ void Service::readFailed(const std::string& path, std::uint32_t result, Reply& r
         fault.reason += "; " + why;
         managerLost_ = true;
     }
-    flush(reply);
-    reply.fault(fault);
+    sink.fault(std::move(fault));
 }
 
-void Service::get(const Json& request, Reply& reply) {
-    PathWalk walk(model_);
-    const auto levels = request.value("maxDepth", 0U);
-    for (const Json& item : request.at("paths")) {
-        const std::string path = item.get<std::string>();
-        std::vector<Match> matches;
-        const Fault fault = walk.parameters(path, matches, levels);
-        if (fault.code != FaultCode::kNone) {
-            flush(reply);
-            reply.fault(fault);
-            continue;
-        }
-        (void)faultPassedOver(walk, path, reply);  // what there is, is read
-        const bool named = !path.ends_with('.');
-        for (const Match& match : matches) {
-            if (managerLost_) break;
-            getOne(match, named, walk, reply);
-        }
-        // Reading on would only wait again.
-        if (managerLost_) break;
+// Reads one path of a request. Returns false when the path itself is at fault.
+bool Service::getPath(const std::string& path, std::uint32_t maxDepth, PathWalk& walk, Sink& sink) {
+    // A plain parameter is the usual case.
+    std::vector<Match> matches;
+    Fault fault = walk.parameters(path, matches, maxDepth);
+    if (fault.code != FaultCode::kNone) {
+        sink.fault(std::move(fault));
+        return false;
     }
-    flush(reply);
-    // A search that has lost the manager is no search that met something unreadable.
-    if (managerLost_) reply.part({{"managerLost", true}});
+    // Parameters that exist are read all the same.
+    (void)faultPassedOver(walk, path, [&sink](const Fault& passed) { sink.fault(passed); });
+    const bool named = !path.ends_with('.');
+    for (const Match& match : matches) {
+        if (managerLost_) break;
+        getOne(match, named, walk, sink);
+    }
+    return true;
 }
 
-void Service::getOne(const Match& match, bool named, PathWalk& walk, Reply& reply) {
+void Service::answer(const protocol::Get& request, Reply& reply) {
+    begin();
+    PathWalk walk(model_);
+    for (std::size_t i = 0; i < request.paths.size(); ++i) {
+        const std::string& path = request.paths[i];
+        PartSink sink(reply, static_cast<std::uint32_t>(i));
+        std::vector<Part> parts;
+        if (request.maxAge > 0) {
+            if (recent_.find(path, request.maxDepth, request.maxAge, parts)) {
+                for (Part& part : parts) {
+                    part.of = static_cast<std::uint32_t>(i);
+                    reply.part(part);
+                }
+                continue;
+            }
+            sink.keepParts(&parts);
+        }
+        const bool there = getPath(path, request.maxDepth, walk, sink);
+        sink.flush();
+        // Stop: each further read would time out.
+        if (managerLost_) break;
+        if (request.maxAge > 0 && there) recent_.keep(path, request.maxDepth, std::move(parts));
+    }
+    if (!managerLost_) return;
+    // A search that has lost the manager is not one that met something unreadable.
+    Part lost;
+    lost.managerLost = true;
+    reply.part(lost);
+}
+
+bool Service::answerFromRecent(const protocol::Get& request, Reply& reply) const {
+    if (request.maxAge <= 0) return false;
+    std::vector<std::vector<Part>> answers(request.paths.size());
+    for (std::size_t i = 0; i < request.paths.size(); ++i) {
+        if (!recent_.find(request.paths[i], request.maxDepth, request.maxAge, answers[i])) return false;
+    }
+    for (std::size_t i = 0; i < answers.size(); ++i) {
+        for (Part& part : answers[i]) {
+            part.of = static_cast<std::uint32_t>(i);
+            reply.part(part);
+        }
+    }
+    return true;
+}
+
+void Service::look(Watched& watched, Reply& reply) {
+    begin();
+    PathWalk walk(model_);
+    LookSink sink(watched);
+    for (const std::string& path : watched.request.paths) {
+        if (!managerLost_) (void)getPath(path, 0, walk, sink);  // a path that leads nowhere now may do so later
+    }
+    Part part = sink.finish(!managerLost_);
+    if (!watched.known && !managerLost_) {
+        watched.known = true;
+        part.listening = true;
+    }
+    if (part.listening || !part.values.empty() || !part.gone.empty()) reply.part(part);
+}
+
+void Service::getOne(const Match& match, bool named, PathWalk& walk, Sink& sink) {
     const Parameter& parameter = *match.parameter;
     const std::string path = model_.concrete(parameter, match.instances);
     if (parameter.getter == 0) {
-        if (!named) return;
-        Fault fault;
-        fault.code = FaultCode::kInternal;
-        fault.path = path;
-        fault.reason = "the parameter can only be written";
-        flush(reply);
-        return reply.fault(fault);
+        if (named) sink.fault({FaultCode::kInternal, path, "the parameter can only be written", "", 0, ""});
+        return;
     }
     heartbeat_.beat();
-    if (parameter.call == Call::kPerStation) return getStations(match, named, walk, reply);
+    if (parameter.call == Call::kPerStation) return getStations(match, named, walk, sink);
     if (parameter.call != Call::kOrdinary) {
         // Measuring takes a second of the radio's time, which is spent only on request.
-        if (named) getMeasurement(match, 0, reply);
+        if (named) getMeasurement(match, 0, sink);
         return;
     }
     Value value;
     LogTap::forgetErrors();
     const std::uint32_t result = read(parameter, match.instances, value);
-    if (result != 0) return readFailed(path, result, reply);
-    values_.emplace_back(path, std::move(value));
-    if (values_.size() >= kValuesPerPart) flush(reply);
+    if (result != 0) return readFailed(path, result, sink);
+    sink.value(path, std::move(value));
 }
 
-void Service::getStations(const Match& match, bool named, PathWalk& walk, Reply& reply) {
+void Service::getStations(const Match& match, bool named, PathWalk& walk, Sink& sink) {
     const std::string path = model_.concrete(*match.parameter, match.instances);
     std::vector<std::string> stations;
     if (!match.station.empty()) {
@@ -157,12 +191,8 @@ void Service::getStations(const Match& match, bool named, PathWalk& walk, Reply&
         }
     }
     if (stations.empty() && named) {
-        Fault fault;
-        fault.code = FaultCode::kNoSuchInstance;
-        fault.path = path;
-        fault.reason = "no station is associated; the value exists per station";
-        flush(reply);
-        return reply.fault(fault);
+        return sink.fault(
+            {FaultCode::kNoSuchInstance, path, "no station is associated; the value exists per station", "", 0, ""});
     }
     for (const std::string& station : stations) {
         Value value;
@@ -171,16 +201,15 @@ void Service::getStations(const Match& match, bool named, PathWalk& walk, Reply&
         std::string shown = path;
         shown.append("[").append(station).append("]");
         if (result != 0) {
-            readFailed(shown, result, reply);
+            readFailed(shown, result, sink);
         } else {
-            values_.emplace_back(shown, std::move(value));
+            sink.value(std::move(shown), std::move(value));
         }
     }
 }
 
-void Service::getMeasurement(const Match& match, std::uint32_t channel, Reply& reply) {
+void Service::getMeasurement(const Match& match, std::uint32_t channel, Sink& sink) {
     const std::string path = model_.concrete(*match.parameter, match.instances);
-    flush(reply);
     if (channel == 0) {
         // Without a channel given, the one that the radio is on.
         const int current = model_.parameter(match.parameter->node, "Channel");
@@ -189,10 +218,10 @@ void Service::getMeasurement(const Match& match, std::uint32_t channel, Reply& r
             channel = value.number;
         }
     }
-    // It would wait for seconds before nobody answers.
+    // It would wait for seconds before it fails.
     if (const std::string why = trouble(); !why.empty()) {
         managerLost_ = true;
-        return reply.fault({FaultCode::kInternal, path, "nothing was measured; " + why, "", 0, ""});
+        return sink.fault({FaultCode::kInternal, path, "nothing was measured; " + why, "", 0, ""});
     }
     heartbeat_.expect(kMeasurementTime);
     LogTap::forgetErrors();
@@ -201,19 +230,21 @@ void Service::getMeasurement(const Match& match, std::uint32_t channel, Reply& r
                                      ? take<ChannelMetricsRecord>(*match.parameter, match.instances, channel, decoded)
                                      : take<ChannelStatsRecord>(*match.parameter, match.instances, channel, decoded);
     heartbeat_.beat();
-    if (result != 0) return readFailed(path, result, reply);
-    reply.part({{"values", Json::array({{{"path", path}, {"value", std::move(decoded)}}})}});
+    if (result != 0) return readFailed(path, result, sink);
+    sink.measured(path, std::move(decoded));
 }
 
-void Service::measureChannel(const Json& request, Reply& reply) {
+void Service::answer(const protocol::Measure& request, Reply& reply) {
+    begin();
     PathWalk walk(model_);
-    for (const Json& item : request.at("paths")) {
+    for (std::size_t i = 0; i < request.paths.size(); ++i) {
+        PartSink sink(reply, static_cast<std::uint32_t>(i));
         std::vector<Match> matches;
-        const Fault fault = walk.parameters(item.get<std::string>(), matches);
-        if (fault.code != FaultCode::kNone) return reply.fault(fault);
-        (void)faultPassedOver(walk, item.get<std::string>(), reply);  // likewise
+        Fault fault = walk.parameters(request.paths[i], matches);
+        if (fault.code != FaultCode::kNone) return sink.fault(std::move(fault));
+        (void)faultPassedOver(walk, request.paths[i], [&sink](const Fault& passed) { sink.fault(passed); });
         for (const Match& match : matches) {
-            if (!managerLost_) getMeasurement(match, request.value("channel", 0U), reply);
+            if (!managerLost_) getMeasurement(match, request.channel, sink);
         }
     }
 }

@@ -1,33 +1,45 @@
-// The requests that show the tree: instances, datamodel, complete.
+// The requests that show the tree: instances, describe, complete.
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "gateway/hostd/Service.h"
 #include "gateway/hostd/Suggestion.h"
 
 namespace quorvel::hostd {
 
-using Json = nlohmann::ordered_json;
+using protocol::Part;
 
 namespace {
 
-const char* typeName(Type type) {
+protocol::ParameterType typeOf(Type type) {
     switch (type) {
         case Type::kText:
-            return "string";
+            return protocol::ParameterType::kText;
         case Type::kBoolean:
-            return "boolean";
+            return protocol::ParameterType::kBoolean;
         case Type::kUnsignedInt:
-            return "unsignedInt";
+            return protocol::ParameterType::kUnsignedInt;
         case Type::kInt:
-            return "int";
+            return protocol::ParameterType::kInt;
     }
-    return "";
+    return protocol::ParameterType::kText;
 }
 
-const char* accessName(const Parameter& parameter) {
-    if (!parameter.writable) return "readOnly";
-    return parameter.getter == 0 ? "writeOnly" : "readWrite";
+protocol::Access accessOf(const Parameter& parameter) {
+    if (!parameter.writable) return protocol::Access::kReadOnly;
+    return parameter.getter == 0 ? protocol::Access::kWriteOnly : protocol::Access::kReadWrite;
+}
+
+protocol::ParameterKind kindOf(Call call) {
+    switch (call) {
+        case Call::kOrdinary:
+            return protocol::ParameterKind::kOrdinary;
+        case Call::kPerStation:
+            return protocol::ParameterKind::kPerStation;
+        case Call::kChannelMetrics:
+        case Call::kChannelStats:
+            return protocol::ParameterKind::kMeasurement;
+    }
+    return protocol::ParameterKind::kOrdinary;
 }
 
 // Replaces the instances and wildcards of a path by "{i}".
@@ -47,52 +59,56 @@ std::string templateOf(std::string_view path) {
 
 }  // namespace
 
-void Service::instances(const Json& request, Reply& reply) {
+void Service::answer(const protocol::Instances& request, Reply& reply) {
+    begin();
     PathWalk walk(model_);
-    Json found = Json::array();
-    for (const Json& item : request.at("paths")) {
+    Part part;
+    for (const std::string& path : request.paths) {
         std::vector<ObjectMatch> matches;
-        const Fault fault = walk.objects(item.get<std::string>(), matches);
+        const Fault fault = walk.objects(path, matches);
         if (fault.code != FaultCode::kNone) {
             reply.fault(fault);
             continue;
         }
         for (const ObjectMatch& match : matches) {
             const Node& node = model_.nodes()[static_cast<std::size_t>(match.node)];
-            if (node.isInstance()) found.push_back(DataModel::concrete(node.path, match.instances));
+            if (node.isInstance()) part.instances.push_back(DataModel::concrete(node.path, match.instances));
         }
-        (void)faultPassedOver(walk, item.get<std::string>(), reply);  // what there is, is listed
+        // Instances that could be counted are listed all the same.
+        (void)faultPassedOver(walk, path, [&reply](const Fault& passed) { reply.fault(passed); });
         heartbeat_.beat();
     }
-    reply.part({{"instances", std::move(found)}});
+    reply.part(part);
 }
 
-void Service::dataModel(const Json& request, Reply& reply) {
-    for (const Json& item : request.at("paths")) {
-        const std::string path = item.get<std::string>();
+void Service::describe(const protocol::Describe& request, Reply& reply) const {
+    for (const std::string& path : request.paths) {
         const std::string wanted = templateOf(path);
-        Json found = Json::array();
+        Part part;
         for (const Parameter& parameter : model_.parameters()) {
             const std::string full = model_.nodeOf(parameter).path + std::string(parameter.name);
             if (full != wanted && !(wanted.ends_with('.') && full.starts_with(wanted))) continue;
-            found.push_back({{"path", full}, {"type", typeName(parameter.type)}, {"access", accessName(parameter)}});
+            part.parameters.push_back(
+                {full, typeOf(parameter.type), accessOf(parameter), kindOf(parameter.call), parameter.writesAtOnce});
         }
-        if (found.empty()) {
+        if (part.parameters.empty()) {
             reply.fault(
                 {FaultCode::kNoSuchPath, path, "the data model has no such path", suggestPath(model_, path), 0, ""});
             continue;
         }
-        reply.part({{"parameters", std::move(found)}});
+        reply.part(part);
     }
 }
 
-void Service::complete(const Json& request, Reply& reply) {
-    const std::string path = request.at("path").get<std::string>();
+void Service::answer(const protocol::Complete& request, Reply& reply) {
+    begin();
+    const std::string& path = request.path;
     const std::size_t dot = path.rfind('.');
-    Json found = Json::array();
+    Part part;
+    std::vector<std::string>& found = part.completions;
     if (dot == std::string::npos) {
         if (model_.root().path.starts_with(path)) found.push_back(model_.root().path);
-        return reply.part({{"completions", std::move(found)}});
+        return reply.part(part);
     }
     const std::string base = path.substr(0, dot + 1);
     const std::string begun = path.substr(dot + 1);
@@ -104,7 +120,7 @@ void Service::complete(const Json& request, Reply& reply) {
         node = model_.child(node, shape.substr(begin, end - begin));
         begin = end + 1;
     }
-    if (node < 0) return reply.part({{"completions", std::move(found)}});
+    if (node < 0) return reply.part(part);
     const Node& object = model_.nodes()[static_cast<std::size_t>(node)];
     for (const int child : object.children) {
         const Node& below = model_.nodes()[static_cast<std::size_t>(child)];
@@ -134,7 +150,7 @@ void Service::complete(const Json& request, Reply& reply) {
         const std::string_view name = model_.parameters()[static_cast<std::size_t>(parameter)].name;
         if (name.starts_with(begun)) found.push_back(base + std::string(name));
     }
-    reply.part({{"completions", std::move(found)}});
+    reply.part(part);
 }
 
 }  // namespace quorvel::hostd

@@ -7,6 +7,17 @@
 
 namespace quorvel::hostd {
 
+using protocol::Json;
+
+namespace {
+
+Json ask(const Json& command) {
+    Json answer = Json::parse(controlSimulation(command.dump()), nullptr, false);
+    return answer.is_object() ? answer : Json(nullptr);
+}
+
+}  // namespace
+
 std::string controlSimulation(const std::string& command) {
     struct Free {
         void operator()(char* text) const {
@@ -15,6 +26,14 @@ std::string controlSimulation(const std::string& command) {
     };
     const std::unique_ptr<char, Free> answer(wlcsm_control(command.c_str()));
     return answer == nullptr ? "" : answer.get();
+}
+
+Json askSimulation(const char* operation) {
+    return ask({{"op", operation}});
+}
+
+Json advanceSimulation(unsigned seconds) {
+    return ask({{"op", "time"}, {"advance", seconds}});
 }
 
 }  // namespace quorvel::hostd

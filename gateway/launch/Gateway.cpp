@@ -4,7 +4,6 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,41 +13,23 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <vector>
 
+#include "common/Descriptor.h"
 #include "gateway/board/Board.h"
 #include "gateway/board/StateFolder.h"
+#include "gateway/hostd/client/BoardSocket.h"
 
 namespace quorvel::launch {
 
-using Json = nlohmann::ordered_json;
+using common::Descriptor;
 
 namespace {
 
-constexpr const char* kSocketName = "console.socket";
+constexpr const char* kProgram = "quorvel-wifi";
 constexpr int kBootMilliseconds = 30000;
 constexpr int kDownMilliseconds = 15000;
-
-class Descriptor {
-  public:
-    explicit Descriptor(int number = -1) : number_(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (number_ >= 0) (void)close(number_);
-    }
-    [[nodiscard]] int get() const {
-        return number_;
-    }
-    int release() {
-        return std::exchange(number_, -1);
-    }
-
-  private:
-    int number_;
-};
 
 board::Options boardOptions(const Options& options) {
     board::Options asked;
@@ -67,37 +48,6 @@ std::vector<std::string> words(const std::string& text) {
     for (std::string word; in >> word;)
         found.push_back(word);
     return found;
-}
-
-// A socket's path may hold no more than 107 characters; through the descriptor of its folder it never does.
-struct SocketPlace {
-    explicit SocketPlace(const std::string& folder) : folder_(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
-        address_.sun_family = AF_UNIX;
-        (void)std::snprintf(address_.sun_path, sizeof address_.sun_path, "/proc/self/fd/%d/%s", folder_.get(),
-                            kSocketName);
-    }
-    [[nodiscard]] bool there() const {
-        return folder_.get() >= 0;
-    }
-    [[nodiscard]] const sockaddr* address() const {
-        return reinterpret_cast<const sockaddr*>(&address_);
-    }
-    [[nodiscard]] const char* path() const {
-        return address_.sun_path;
-    }
-
-  private:
-    Descriptor folder_;
-    sockaddr_un address_{};
-};
-
-int connectTo(const std::string& folder) {
-    const SocketPlace place(folder);
-    if (!place.there()) return -1;
-    Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (descriptor.get() < 0) return -1;
-    if (connect(descriptor.get(), place.address(), sizeof(sockaddr_un)) != 0) return -1;
-    return descriptor.release();
 }
 
 std::vector<std::string> hostCommand(const Options& options) {
@@ -151,8 +101,8 @@ pid_t startHost(const Options& options, std::vector<std::string> command, std::v
     for (const int descriptor : kept)
         (void)fcntl(descriptor, F_SETFD, 0);
     (void)execvp(arguments.front(), arguments.data());
-    const std::string trouble =
-        Json{{"error", std::string("cannot start ") + arguments.front() + ": " + std::strerror(errno)}}.dump() + "\n";
+    const std::string trouble = protocol::reportLine(
+        {false, 0, "", std::string("cannot start ") + arguments.front() + ": " + std::strerror(errno)});
     (void)!write(kept.back(), trouble.data(), trouble.size());  // nobody is left to be told
     _exit(127);
 }
@@ -164,12 +114,11 @@ std::string awaitReport(Client& client) {
         waited += 1000;
         if (waited >= kBootMilliseconds) throw GatewayError("the board did not come up within 30 seconds");
     }
-    const Json report = Json::parse(text, nullptr, false);
-    if (report.is_object() && report.contains("error")) throw GatewayError(report.value("error", ""));
-    if (!report.is_object() || !report.contains("ready")) throw GatewayError("the host process says \"" + text + "\"");
-    const auto result = report.value("result", 0U);
-    if (result == 0) return "";
-    return "the plug-in's start-up returned " + std::to_string(result) + " (" + report.value("log", "") + ")";
+    const auto report = protocol::parseReport(text);
+    if (report && !report->error.empty()) throw GatewayError(report->error);
+    if (!report || !report->ready) throw GatewayError("the host process says \"" + text + "\"");
+    if (report->result == 0) return "";
+    return "the plug-in's start-up returned " + std::to_string(report->result) + " (" + report->log + ")";
 }
 
 void makePair(int (&ends)[2]) {
@@ -195,10 +144,10 @@ std::string programFolder(const Options& options) {
 std::unique_ptr<Gateway> Gateway::findRunning(const Options& options) {
     const std::string folder = stateFolder(options);
     board::refuseForeignFolder(folder);
-    const int descriptor = connectTo(folder);
-    if (descriptor < 0) return nullptr;
+    Descriptor descriptor = hostd::connectToBoard(folder);
+    if (!descriptor) return nullptr;
     std::unique_ptr<Gateway> gateway(new Gateway);
-    gateway->client_ = std::make_unique<Client>(descriptor);
+    gateway->client_ = std::make_unique<Client>(descriptor.release(), kProgram);
     return gateway;
 }
 
@@ -207,9 +156,8 @@ std::vector<std::string> Gateway::othersRunning(const Options& options) {
     const std::filesystem::path own = stateFolder(options);
     std::error_code ignored;
     for (const auto& entry : std::filesystem::directory_iterator(own.parent_path(), ignored)) {
-        if (entry.path() == own || !std::filesystem::exists(entry.path() / kSocketName, ignored)) continue;
-        const Descriptor descriptor(connectTo(entry.path()));
-        if (descriptor.get() >= 0) names.push_back(entry.path().filename());
+        if (entry.path() == own || !std::filesystem::exists(entry.path() / hostd::kBoardSocket, ignored)) continue;
+        if (hostd::connectToBoard(entry.path())) names.push_back(entry.path().filename());
     }
     std::sort(names.begin(), names.end());
     return names;
@@ -221,14 +169,14 @@ std::unique_ptr<Gateway> Gateway::open(const Options& options) {
     makePair(ends);
     Descriptor theirs(ends[1]);
     std::unique_ptr<Gateway> gateway(new Gateway);
-    gateway->client_ = std::make_unique<Client>(ends[0]);
+    gateway->client_ = std::make_unique<Client>(ends[0], kProgram);
     std::vector<std::string> command = hostCommand(options);
     command.insert(command.end(), {"--connected", std::to_string(theirs.get())});
     if (options.realTime) command.emplace_back("--real-time");
     gateway->runsAhead_ = !options.realTime;
     gateway->process_ = startHost(options, command, {theirs.get()}, false);
     if (gateway->process_ < 0) throw GatewayError("cannot start a process");
-    (void)close(theirs.release());
+    theirs.reset();
     gateway->bootTrouble_ = awaitReport(*gateway->client_);
     return gateway;
 }
@@ -239,47 +187,34 @@ void Gateway::startInBackground(const Options& options) {
     if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
         throw GatewayError("cannot create the state folder " + folder + ": " + std::strerror(errno));
     }
-    const SocketPlace place(folder);
-    Descriptor listening(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    (void)unlink(place.path());  // nobody answered there
-    const mode_t mask = umask(0177);
-    const bool bound = bind(listening.get(), place.address(), sizeof(sockaddr_un)) == 0;
-    (void)umask(mask);
-    if (!bound || listen(listening.get(), 16) != 0) {
-        throw GatewayError("cannot listen in the state folder " + folder + ": " + std::strerror(errno));
-    }
+    std::string problem;
+    const Descriptor listening = hostd::listenForClients(folder, problem);
+    if (!listening) throw GatewayError("cannot listen in the state folder " + folder + ": " + problem);
     int ends[2];
     makePair(ends);
     Descriptor theirs(ends[1]);
-    Client report(ends[0]);
+    Client report(ends[0], kProgram);
     std::vector<std::string> command = hostCommand(options);
     command.insert(command.end(),
                    {"--listening", std::to_string(listening.get()), "--report", std::to_string(theirs.get())});
     if (options.realTime) command.emplace_back("--real-time");
     const pid_t process = startHost(options, command, {listening.get(), theirs.get()}, true);
     if (process < 0) throw GatewayError("cannot start a process");
-    (void)close(theirs.release());
+    theirs.reset();
     try {
         (void)awaitReport(report);
     } catch (const GatewayError&) {
-        (void)unlink(place.path());
+        hostd::removeBoardSocket(folder);
         (void)waitpid(process, nullptr, WNOHANG);
         throw;
     }
 }
 
 void Gateway::stop(std::unique_ptr<Gateway> gateway, const Options& options) {
-    gateway->client_->ask({{"do", "shutdown"}}, [](const Json&) {});
-    try {
-        // The connection ends with the host process.
-        for (std::string text; gateway->client_->line(text, kDownMilliseconds);) {
-        }
-    } catch (const GatewayError&) {
-        const SocketPlace place(stateFolder(options));
-        (void)unlink(place.path());
-        return;
-    }
-    throw GatewayError("the board does not switch off");
+    (void)gateway->client_->ask(protocol::Shutdown{});  // there is nothing to go wrong with it
+    // The connection ends with the host process.
+    if (!gateway->client_->awaitEnd(kDownMilliseconds)) throw GatewayError("the board does not switch off");
+    hostd::removeBoardSocket(stateFolder(options));
 }
 
 void Gateway::cutPower() {
@@ -287,14 +222,8 @@ void Gateway::cutPower() {
     (void)kill(process_, SIGKILL);
     (void)waitpid(process_, nullptr, 0);
     process_ = -1;
-    try {
-        // The last process to go holds the connection; the state folder is free then.
-        for (std::string text; client_->line(text, kDownMilliseconds);) {
-        }
-    } catch (const GatewayError&) {
-        return;
-    }
-    throw GatewayError("the board does not switch off");
+    // The last process to go holds the connection; the state folder is free then.
+    if (!client_->awaitEnd(kDownMilliseconds)) throw GatewayError("the board does not switch off");
 }
 
 Gateway::~Gateway() {

@@ -6,10 +6,18 @@
 #include <string>
 #include <vector>
 
-#include "gateway/launch/Client.h"
+#include "gateway/hostd/client/Client.h"
 #include "gateway/launch/Options.h"
 
 namespace quorvel::launch {
+
+namespace protocol = hostd::protocol;
+using hostd::Client;
+using protocol::Fault;
+using protocol::Part;
+
+/// The board could not be reached, or was lost: what happened, and what to do next.
+using GatewayError = hostd::ConnectionError;
 
 /// A board that is up: one that runs in the background, or one that was booted for this program and goes with it.
 class Gateway {

@@ -22,6 +22,10 @@ std::optional<ChannelStatistics> readStatistics(const Json& value) {
     return read<ChannelStatistics>(value);
 }
 
+Outcome readOutcome(const Json& json) {
+    return read<Outcome>(json).value_or(Outcome{});
+}
+
 std::optional<SimulationAnswer> readSimulationAnswer(const Json& json) {
     return read<SimulationAnswer>(json);
 }

@@ -127,6 +127,17 @@ struct SimulationEvent {
     }
 };
 
+/// How the simulation answered any command.
+struct Outcome {
+    bool ok = false;
+    std::string error;
+
+    static constexpr auto members() {
+        return std::tuple(required("ok", &Outcome::ok, "whether it was carried out"),
+                          optional("error", &Outcome::error, "what to change"));
+    }
+};
+
 /// The answer to a control command: whether it was carried out, and what the command asks for.
 struct SimulationAnswer {
     bool ok = false;
@@ -205,6 +216,8 @@ struct LivePicture {
     }
 };
 
+/// Reads whether a command was carried out. An answer of another form counts as a refusal.
+[[nodiscard]] Outcome readOutcome(const Json& json);
 /// Reads the simulation's answer to a command. Returns nothing when it has another form.
 [[nodiscard]] std::optional<SimulationAnswer> readSimulationAnswer(const Json& json);
 /// Reads the answer to the command "state". Returns nothing when it has another form.
