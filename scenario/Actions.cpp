@@ -126,7 +126,7 @@ std::vector<Fault> perform(const Step& step, Stage& stage) {
         stage.advanceTo(stage.now() + static_cast<Time>(std::llround(members.at("advance").get<double>() * 1000)));
         return {};
     }
-    // What is left is the simulation's own: station.leave, station.move, station.traffic, neighbour.remove.
+    // The other actions are the simulation's own: station.leave, station.move, station.traffic, neighbour.remove.
     Json command = members;
     command["op"] = step.action;
     return stage.control(command);

@@ -9,7 +9,7 @@ namespace quorvel::scenario {
 /// Faults of the steps that have been done, by the steps' ids.
 using StepFaults = std::map<std::string, std::vector<Fault>>;
 
-/// What a look at the board says about an expectation.
+/// The result of a look at the board for an expectation.
 struct Verdict {
     bool holds = false;
     bool final = false;  ///< no later look can change it

@@ -114,8 +114,8 @@ void Stage::prepareState(const Json& values) {
     request.save = true;
     const std::vector<Fault> faults = ask(request);
     if (!faults.empty()) {
-        throw launch::GatewayError("the state that the scenario begins with is refused: " + faults.front().path +
-                                    ": " + faults.front().reason);
+        throw launch::GatewayError("the state that the scenario begins with is refused: " + faults.front().path + ": " +
+                                   faults.front().reason);
     }
     gateway_->cutPower();
     gateway_.reset();

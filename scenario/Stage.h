@@ -27,8 +27,9 @@ struct StationEvent {
     unsigned accessPoint = 0;
 };
 
-/// The board that a scenario plays on: new, with a clock of its own that moves only when it is told to, and gone with
-/// this object. What cannot be asked of it comes back as faults; GatewayError is thrown when the board itself is lost.
+/// The board that a scenario plays on: new, with a clock of its own that moves only when it is advanced, and gone with
+/// this object. Requests that it cannot answer come back as faults; GatewayError is thrown when the board itself is
+/// lost.
 class Stage {
   public:
     Stage(const launch::Options& options, const Scenario& scenario, std::uint64_t seed);

@@ -9,7 +9,7 @@
 namespace quorvel::hostd {
 namespace {
 
-// Every getter's minimum is at most the first; the rest is room for a terminator that nobody wrote.
+// Every getter's minimum is at most the first; the rest is room for a terminator that a getter did not write.
 constexpr std::uint32_t kTextLength = 2048;
 constexpr std::size_t kTextBuffer = 4096;
 

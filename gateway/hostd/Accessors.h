@@ -10,7 +10,8 @@
 namespace quorvel::hostd {
 
 /// Reads a parameter through its getter. Returns the plug-in's result code; `value` is valid only when it is 0. The
-/// parameter must have a getter of the ordinary kind. What a getter leaves unwritten reads as 0 or as the empty text.
+/// parameter must have a getter of the ordinary kind. Bytes that a getter leaves unwritten read as 0 or as the empty
+/// text.
 [[nodiscard]] std::uint32_t read(const Parameter& parameter, const Instances& instances, Value& value);
 
 /// Reads one of the per-station parameters for the station called `mac`.

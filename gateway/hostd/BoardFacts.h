@@ -19,7 +19,7 @@ namespace quorvel::hostd {
 /// Says what the WLAN manager is doing, for a request that it does not answer.
 [[nodiscard]] std::string managerHealth();
 
-/// Says that the WLAN manager is gone or stopped, or nothing. Asks nobody.
+/// Says that the WLAN manager is gone or stopped, or returns the empty text. Does not ask the manager.
 [[nodiscard]] std::string managerAbsence();
 
 /// Says what is wrong with a WLAN manager that does not answer, or nothing. Asks it, unless it is stopped.

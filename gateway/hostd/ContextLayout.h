@@ -6,7 +6,7 @@
 
 namespace quorvel::hostd {
 
-/// Where a parameter's field stands in its object's context.
+/// The place of a parameter's field in its object's context.
 struct Field {
     const Parameter* parameter = nullptr;
     std::uint32_t node = 0;  ///< node number, from 1

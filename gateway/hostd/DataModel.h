@@ -19,7 +19,7 @@ enum class Call : std::uint8_t {
     kOrdinary,
     kPerStation,      ///< takes a station's MAC text
     kChannelMetrics,  ///< fills a binary record, see host/ChannelRecords.h
-    kChannelStats,    ///< likewise
+    kChannelStats,    ///< fills another binary record of that header
 };
 
 /// One row of the exported table, its functions looked up once.
@@ -43,7 +43,7 @@ struct Node {
     std::uint8_t depth = 0;  ///< instances in the path
     std::vector<int> children;
     std::vector<int> parameters;
-    // What the object's writable entries carry; 0 when there are none.
+    // From the object's writable entries; 0 when there are none.
     Word initContext = 0;
     Word applyContext = 0;
     std::uint32_t contextSize = 0;

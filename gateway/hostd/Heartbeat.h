@@ -7,8 +7,8 @@
 
 namespace quorvel::hostd {
 
-/// Tells a request that takes its time from one that will never end: whoever works beats, whoever is about to wait says
-/// for how long, and whoever watches asks whether the worker is overdue.
+/// Distinguishes a request that takes its time from one that never ends: a worker beats, announces how long it is about
+/// to wait, and a watcher asks whether the worker is overdue.
 class Heartbeat {
   public:
     /// How long a worker may be silent beyond what it has announced.

@@ -11,7 +11,7 @@
 namespace quorvel::hostd {
 namespace {
 
-// What an error needs to be understood; a plug-in that logs without end must not fill the memory.
+// Enough for an error to be understood; a plug-in that logs without end must not fill the memory.
 constexpr std::size_t kMaxErrors = 2048;
 
 thread_local std::string theErrors;
@@ -19,11 +19,11 @@ thread_local std::string theErrors;
 std::atomic<std::uint32_t> theOutputLevel{0};
 std::atomic<std::uint32_t> theFollowedLevel{0};
 std::atomic<int> theSilence{0};
-// The log's own lock is held while a line is taken: nobody logs under this one.
+// The log's own lock is held while a line is taken: no code logs under this one.
 std::mutex theFollowerLock;
 LogTap::Follower theFollower;
 
-// Returns what stands behind "[time] error file:line function: ".
+// Returns the text behind "[time] error file:line function: ".
 std::string_view textOf(std::string_view line) {
     const std::size_t text = line.find(": ");
     return text == std::string_view::npos ? line : line.substr(text + 2);
@@ -42,7 +42,7 @@ void keep(std::string_view text) {
 
 void print(std::string_view line) {
     const std::string whole = std::string(line) + "\n";
-    (void)!write(STDERR_FILENO, whole.data(), whole.size());  // a log nobody takes is lost
+    (void)!write(STDERR_FILENO, whole.data(), whole.size());  // a closed log loses its lines
 }
 
 void take(std::uint32_t level, const char* text, void*) {

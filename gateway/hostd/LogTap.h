@@ -24,7 +24,7 @@ class LogTap {
     /// Lines up to `level` go to standard error. Until it is called, errors do.
     static void setOutputLevel(std::uint32_t level);
 
-    /// Hands lines up to `level` to `follower` from now on, whatever goes to standard error; nobody, when it is empty.
+    /// Hands lines up to `level` to `follower` from now on, whatever goes to standard error. An empty one ends it.
     static void follow(std::uint32_t level, Follower follower);
 
     /// While one lives, lines are dropped.

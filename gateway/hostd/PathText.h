@@ -14,14 +14,14 @@ struct PathText {
     };
 
     std::vector<Segment> objects;  ///< what ends with a dot, "Device" left out
-    std::string_view name;         ///< what stands behind the last dot; empty for a partial path
+    std::string_view name;         ///< the text behind the last dot; empty for a partial path
     std::string_view station;      ///< the MAC text in brackets behind the name
     bool rooted = false;           ///< whether the path begins with "Device."
 
     explicit PathText(std::string_view path);
 };
 
-// What a segment is.
+// The kinds of segments.
 [[nodiscard]] bool isInstanceNumber(std::string_view segment);
 [[nodiscard]] bool isExpression(std::string_view segment);  ///< [Enable==true]
 [[nodiscard]] bool isReference(std::string_view segment);   ///< SSIDReference+

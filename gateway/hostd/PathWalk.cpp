@@ -127,7 +127,7 @@ bool PathWalk::meets(const Place& place, const SearchExpression::Condition& cond
         if (parameter.getter == 0 || parameter.call != Call::kOrdinary) return false;
         if (!SearchExpression::check(condition, parameter.type).empty()) return false;
         Value value;
-        // What cannot be read meets nothing.
+        // A value that cannot be read meets no condition.
         if (read(parameter, match.instances, value) == 0) return SearchExpression::holds(condition, value);
         metUnreadable_ = true;
         return false;

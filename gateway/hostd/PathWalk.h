@@ -75,7 +75,7 @@ class PathWalk {
         Instances instances{};
     };
 
-    // What is known of where a path leads when nothing is there: a node, or kUnknown behind a reference.
+    // The node that a path leads to when no instance is there; behind a reference it is not known.
     static constexpr int kUnknown = -1;
 
     [[nodiscard]] Fault follow(std::string_view whole, const PathText& text, std::vector<Place>& places, int& shape);

@@ -8,7 +8,7 @@
 
 namespace quorvel::hostd {
 
-/// Where the answer to one request goes: any number of parts. Whoever carries the request out adds the end.
+/// Takes the answer to one request: any number of parts. The caller of the code that answers adds the end.
 class Reply {
   public:
     Reply() = default;

@@ -152,7 +152,7 @@ bool SearchExpression::holds(const Condition& condition, const Value& value) {
             (void)isInteger(condition.operand, number);  // check() has looked at it
             return compare(condition.comparison, std::int64_t{value.number}, number);
         case Type::kInt:
-            (void)isInteger(condition.operand, number);  // likewise
+            (void)isInteger(condition.operand, number);  // check() has found that it is one
             return compare(condition.comparison, std::int64_t{static_cast<std::int32_t>(value.number)}, number);
     }
     return false;

@@ -9,7 +9,7 @@
 
 namespace quorvel::hostd {
 
-/// What stands between the brackets of `Device.WiFi.SSID.[Enable==true && SSID~="Attic"].`: conditions that all hold.
+/// The conditions between the brackets of `Device.WiFi.SSID.[Enable==true && SSID~="Attic"].`, which must all hold.
 class SearchExpression {
   public:
     enum class Operator : std::uint8_t { kEqual, kUnequal, kContains, kLess, kGreater, kAtMost, kAtLeast };

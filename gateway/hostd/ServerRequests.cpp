@@ -1,4 +1,4 @@
-// What the server does with each request. Every request is dispatched here, by its type.
+// Dispatches every request by its type, and carries it out or queues it.
 #include <algorithm>
 #include <utility>
 
@@ -19,7 +19,7 @@ constexpr std::chrono::seconds kLongestControl{15};
 constexpr std::chrono::seconds kPictureAge{1};
 constexpr double kShortestInterval = 0.2;
 constexpr double kLongestInterval = 3600;
-// What one client may have open at a time.
+// Limits of the requests that one client may have open at a time.
 constexpr std::size_t kMaxOpen = 64;
 constexpr std::size_t kMaxAlarms = 4096;
 

@@ -30,7 +30,7 @@ struct Watched {
 /// thread; these two are for any.
 class Service {
   public:
-    /// What the service needs from its surroundings.
+    /// The service's ways to its surroundings.
     struct Surroundings {
         /// Says what is wrong with the WLAN manager, or nothing.
         std::function<std::string()> trouble = {};

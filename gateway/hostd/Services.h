@@ -9,8 +9,8 @@
 
 namespace quorvel::hostd {
 
-/// What processes beside the board, such as a management agent, have reported: each one's status, and the latest
-/// entries of a common trace. For one thread.
+/// The reports of processes beside the board, such as a management agent: each one's status, and the latest entries of
+/// a common trace. For one thread.
 class Services {
   public:
     static constexpr std::size_t kMaxServices = 16;

@@ -17,7 +17,7 @@ struct Subscription {
     protocol::Id id = 0;
     std::vector<protocol::Topic> topics;
     std::uint32_t logLevel = 0;
-    std::string knownAbsence;  ///< the last that the client has been told of the manager
+    std::string knownAbsence;  ///< the last news of the manager that the client got
 
     [[nodiscard]] bool follows(protocol::Topic topic) const {
         return std::find(topics.begin(), topics.end(), topic) != topics.end();

@@ -45,7 +45,7 @@ void walk(const DataModel& model, int index, const std::vector<std::string_view>
     for (const int child : node.children) {
         const Node& below = model.nodes()[static_cast<std::size_t>(child)];
         if (below.isInstance()) {
-            // An instance that was forgotten costs a letter and stands for all of them.
+            // A forgotten instance costs as much as a letter and becomes {i}.
             const bool given = isInstance(segment);
             const Nearest next{far.path + (given ? std::string(segment) : "*") + ".", far.cost + (given ? 0 : kLetter)};
             walk(model, child, segments, depth + (given ? 1 : 0), next, best);

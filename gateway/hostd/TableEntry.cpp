@@ -9,7 +9,7 @@ constexpr std::size_t kApply = 37;
 constexpr std::size_t kSetter = 39;
 constexpr std::size_t kDeepApply = 54;
 constexpr std::size_t kDeepGetter = 55;
-// The setters of depth 2 follow no rule: text shares the getter's word, the others stand where there was room.
+// The setters of depth 2 follow no rule: text shares the getter's word, the others have words of their own.
 constexpr std::size_t kDeepTextSetter = 55;
 constexpr std::size_t kDeepBooleanSetter = 59;
 constexpr std::size_t kDeepNumberSetter = 61;

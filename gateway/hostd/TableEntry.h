@@ -11,7 +11,7 @@ using Word = std::uintptr_t;
 /// Type codes of the exported parameter table.
 enum class Type : std::uint8_t { kText = 0, kBoolean = 2, kUnsignedInt = 3, kInt = 4 };
 
-/// One entry of the plug-in's parameter table. The accessors say where a function stands, which depends on the type and
+/// One entry of the plug-in's parameter table. The accessors find a function's word, which depends on the type and
 /// on the number of instances (depth) in the object's path.
 struct TableEntry {
     static constexpr std::size_t kWords = 72;
@@ -41,7 +41,7 @@ struct TableEntry {
     [[nodiscard]] Word initContext(unsigned depth) const;
     [[nodiscard]] Word applyContext(unsigned depth) const;
     /// Tells whether the setter writes to the running configuration at once instead of staging into its context: the
-    /// numeric setters of depth 2 that stand in word 65.
+    /// numeric setters of depth 2 in word 65.
     [[nodiscard]] bool writesAtOnce(Type type, unsigned depth) const;
 };
 static_assert(sizeof(TableEntry) == TableEntry::kWords * sizeof(Word));

@@ -21,7 +21,7 @@ struct Worker::Job {
     Id id = 0;
     Work work;
     bool open = false;
-    bool abandoned = false;  // the client has been told that no answer comes
+    bool abandoned = false;  // the client has been answered that it takes too long
 };
 
 // Collects the lines of an answer so that a short answer is one message. Nothing is held back while the job waits.

@@ -41,7 +41,8 @@ class Worker {
     /// Tells the client of the present job that its answer will take about `seconds`. Called by the job.
     void announceWait(unsigned seconds);
 
-    /// Gives an overdue job up: its client and those of the jobs behind it are told. Called now and then.
+    /// Gives an overdue job up and answers its client and those of the jobs behind it with a fault. Called now and
+    /// then.
     void check();
 
     [[nodiscard]] bool isBusy() const;

@@ -103,7 +103,7 @@ pid_t startHost(const Options& options, std::vector<std::string> command, std::v
     (void)execvp(arguments.front(), arguments.data());
     const std::string trouble = protocol::reportLine(
         {false, 0, "", std::string("cannot start ") + arguments.front() + ": " + std::strerror(errno)});
-    (void)!write(kept.back(), trouble.data(), trouble.size());  // nobody is left to be told
+    (void)!write(kept.back(), trouble.data(), trouble.size());  // the caller may be gone
     _exit(127);
 }
 

@@ -42,7 +42,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"NoSuchPathUnderAWildcard", {"get", "Device.WiFi.Radio.*.Chanel"}, 7026, "Device.WiFi.Radio.*.Channel"},
         Case{"NoSuchPathToSet", {"set", "Device.WiFi.Radio.2.Chanel=1"}, 7026, "Device.WiFi.Radio.2.Channel"},
         Case{"ReadOnly", {"set", "Device.WiFi.Radio.2.Status=Up"}, 7013, "read-only"},
-        Case{"WrongType", {"set", "Device.WiFi.Radio.2.Channel=high"}, 7011, "\"high\" is no unsignedInt"},
+        Case{"WrongType", {"set", "Device.WiFi.Radio.2.Channel=high"}, 7011, "\"high\" is not an unsignedInt (a whole number from 0 to 4294967295)"},
         Case{"WrongTypeOfABoolean", {"set", "Device.WiFi.Radio.2.Enable=2"}, 7011, "boolean"},
         Case{"ValueRefused", {"set", "Device.WiFi.Radio.2.DcsDwelltime=51"}, 7012, "result 8: Value out of range"},
         Case{"ValueTooLarge", {"set", "Device.WiFi.Radio.2.Channel=4294967296"}, 7012, "does not fit"},

@@ -98,8 +98,8 @@ template <typename Type>
     }
 }
 
-/// Appends the members of a record, separated by commas. Returns whether there were any; `first` says that nothing
-/// stands in front of them.
+/// Appends the members of a record, separated by commas. Returns whether there were any; `first` says that they
+/// are the object's first.
 template <Record Type>
 bool appendMembers(std::string& out, const Type& record, bool first = true) {
     [[maybe_unused]] static const Type usual{};

@@ -24,7 +24,7 @@ enum class FaultCode : std::uint16_t {
     kNoSuchPath = 7026,      ///< the data model has no such path
 };
 
-/// What went wrong with one path, or with a whole request (the path is empty then).
+/// A failure of one path, or of a whole request (the path is empty then).
 struct Fault {
     FaultCode code = FaultCode::kNone;
     std::string path;
@@ -203,7 +203,7 @@ struct Task {
     }
 };
 
-/// Facts about the board that no parameter says. What the board's description lacks is null.
+/// Facts about the board that no parameter says. Members that the board's description lacks are null.
 struct BoardFacts {
     Json name;
     Json identifier;
@@ -301,7 +301,7 @@ constexpr auto names(ChangeKind) {
                       std::pair(ChangeKind::kPower, "power")};
 }
 
-/// A change of the board that went through the host process. Values themselves are not told; get reads them.
+/// A change of the board that went through the host process. It carries no values; get reads them.
 struct Change {
     ChangeKind kind = ChangeKind::kValues;
     std::vector<std::string> paths;

@@ -7,7 +7,8 @@
 
 #include "gateway/hostd/protocol/Records.h"
 
-/// What the simulated surroundings answer, as far as clients read it. gateway/manager/README.md describes all of it.
+/// The answers of the simulated surroundings, as far as clients read them; gateway/manager/README.md describes them
+/// all.
 namespace quorvel::hostd::protocol {
 
 struct StationState {
@@ -180,7 +181,7 @@ struct SimulationState {
     }
 };
 
-/// What an interface has counted, as the plug-in sees it.
+/// The counters of an interface, as the plug-in sees them.
 struct InterfaceCounters {
     std::string interface;
     std::uint64_t bytesReceived = 0;
