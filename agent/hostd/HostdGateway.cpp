@@ -59,8 +59,9 @@ HostdGateway::~HostdGateway() {
 }
 
 bool HostdGateway::connect() {
-    const int descriptor = hostd::connectToBoard(stateFolder_);
-    if (descriptor < 0) return false;
+    common::Descriptor connected = hostd::connectToBoard(stateFolder_);
+    if (!connected) return false;
+    const int descriptor = connected.release();
     client_ = std::make_unique<hostd::Client>(descriptor, "quorvel-wifi-agent");
     loop_.watch(descriptor, POLLIN, [this](short) { serve(); });
     greet();
