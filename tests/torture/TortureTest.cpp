@@ -565,16 +565,9 @@ TEST_F(Prepared, EveryQuestionAboutTheSystem) {
 }
 
 TEST_F(Prepared, TheSystemObject) {
-    static const Object kSystem = {"WiFiSystem",
-                                   "",
-                                   0,
-                                   QUORVEL_CONTEXT_HEADER_SIZE,
-                                   0,
-                                   0,
-                                   WiFiSystemInitContext,
-                                   WiFiSystemCheckContextNodeSet,
-                                   nullptr,
-                                   nullptr};
+    static const Object kSystem = {
+        "WiFiSystem", "",     0, QUORVEL_CONTEXT_HEADER_SIZE, 0, WiFiSystemInitContext, WiFiSystemCheckContextNodeSet,
+        nullptr,      nullptr};
     auto context = std::make_shared<GuardedBlock>(QUORVEL_CONTEXT_HEADER_SIZE);
     Scenario scenario;
     scenario.name = "the system object's transaction";
