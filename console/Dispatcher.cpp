@@ -50,7 +50,7 @@ void addOptions(CLI::App& app, Options& options, ArgumentKinds& kinds) {
 class CommandLine {
   public:
     explicit CommandLine(Session& session)
-        : app_("A simulated Wi-Fi gateway with the real plug-in on it, and its data model on the command line.",
+        : app_("A simulated Wi-Fi gateway, and its data model on the command line.",
                "quorvel-wifi") {
         app_.require_subcommand(1);
         app_.set_help_flag("-h,--help", "Show the verbs, or what a verb takes");

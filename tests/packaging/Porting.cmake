@@ -2,7 +2,7 @@
 include(${CMAKE_CURRENT_LIST_DIR}/Common.cmake)
 set(document ${SOURCE}/docs/porting.md)
 
-file(GLOB_RECURSE sources ${SOURCE}/wifi/*.cpp)
+file(GLOB_RECURSE sources ${SOURCE}/wifi/*.cpp ${SOURCE}/wifi/*.h)
 set(code "")
 foreach(source IN LISTS sources)
     file(READ ${source} text)
