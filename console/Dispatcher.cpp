@@ -50,8 +50,7 @@ void addOptions(CLI::App& app, Options& options, ArgumentKinds& kinds) {
 class CommandLine {
   public:
     explicit CommandLine(Session& session)
-        : app_("A simulated Wi-Fi gateway, and its data model on the command line.",
-               "quorvel-wifi") {
+        : app_("A simulated Wi-Fi gateway, and its data model on the command line.", "quorvel-wifi") {
         app_.require_subcommand(1);
         app_.set_help_flag("-h,--help", "Show the verbs, or what a verb takes");
         app_.set_version_flag("--version", std::string("quorvel-wifi ") + kVersion, "Show the version");

@@ -54,7 +54,8 @@ Documentation::Documentation(const Options& options) : document_(std::make_uniqu
     std::ifstream file(place);
     if (file) *document_ = Json::parse(withoutMarks(file), nullptr, false);
     if (!document_->is_object() || !document_->contains("parameters")) {
-        throw launch::GatewayError("the description of the data model is missing (" + place + "); build or install all of it");
+        throw launch::GatewayError("the description of the data model is missing (" + place +
+                                   "); build or install all of it");
     }
 }
 

@@ -175,7 +175,8 @@ Places beFirstInTheOpen(Power& power) {
 }
 
 // Stays outside. Throws when the board did not come up, otherwise ends with the board.
-[[noreturn]] void waitOutside(pid_t child, const common::Descriptor& answers, const Power& power, const Options& options) {
+[[noreturn]] void waitOutside(pid_t child, const common::Descriptor& answers, const Power& power,
+                              const Options& options) {
     const std::string text = readAll(answers.get());
     if (text == kPoweredUp) {
         std::vector<int> others = power.inherited;
