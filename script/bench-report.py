@@ -89,13 +89,15 @@ for index, what in enumerate(("relocations of the parameter table, which needs t
     row(what, *(f"{relocations(name)[index]:,}" for name in ("armhf.elf", "native.elf")))
 
 benchmarks = {}
-with open(os.path.join(folder, "time.json")) as file:
-    result = json.load(file)
-for entry in result["benchmarks"]:
-    if entry.get("run_type") != "iteration":
-        continue
-    name = entry["run_name"].split("/process_time")[0]
-    benchmarks.setdefault(name, []).append(entry)
+timed = os.path.exists(os.path.join(folder, "time.json"))
+if timed:
+    with open(os.path.join(folder, "time.json")) as file:
+        result = json.load(file)
+    for entry in result["benchmarks"]:
+        if entry.get("run_type") != "iteration":
+            continue
+        name = entry["run_name"].split("/process_time")[0]
+        benchmarks.setdefault(name, []).append(entry)
 
 
 # The smallest of the repetitions: whatever else the machine does only adds.
@@ -107,10 +109,11 @@ if "whole-model-read" in arm_counts:
     row("whole model read, instructions beyond its floor (user mode)",
         *(f"{counts['whole-model-read'][2] / 1e6:.1f} M (floor {counts['whole-model-read'][1] / 1e6:.1f} M)"
           if "whole-model-read" in counts else "not measured" for counts in (arm_counts, native_counts)))
-ratio = cpu("wholeModel") / cpu("wholeModelFloor")
-reads = cpu("wholeModel", "reads")
-row(f"whole model read ({reads:,.0f} reads: 24 access points, 8 stations each) against its floor, time", "", f"{ratio:.2f} ×",
-    "≤ 1.4 ×", ratio <= 1.4)
+if timed:
+    ratio = cpu("wholeModel") / cpu("wholeModelFloor")
+    reads = cpu("wholeModel", "reads")
+    row(f"whole model read ({reads:,.0f} reads: 24 access points, 8 stations each) against its floor, time", "", f"{ratio:.2f} ×",
+        "≤ 1.4 ×", ratio <= 1.4)
 if "path-to-value" in native_counts:
     value = native_counts["path-to-value"][0]
     row("full path to value in the host process (`Device.WiFi.Radio.2.LastChange`), instructions", "", f"{value:.0f}",
@@ -118,20 +121,21 @@ if "path-to-value" in native_counts:
 else:
     row("full path to value in the host process, instructions", "", "not measured", "≤ 800")
 
-for name, what in (("stationFields", "three fields of every station"), ("stationList", "station list")):
-    points = [(n, cpu(f"{name}/{n}")) for n in (1, 8, 64, 256)]
-    slopes = [(b[1] - a[1]) / (b[0] - a[0]) for a, b in zip(points, points[1:])]
-    middle = statistics.median(slopes)
-    spread = max(abs(slope / middle - 1) for slope in slopes)
-    row(f"{what} at 1, 8, 64, 256 stations, ns per further station", "", ", ".join(f"{slope:.1f}" for slope in slopes),
-        "constant within 15%", spread <= 0.15)
+if timed:
+    for name, what in (("stationFields", "three fields of every station"), ("stationList", "station list")):
+        points = [(n, cpu(f"{name}/{n}")) for n in (1, 8, 64, 256)]
+        slopes = [(b[1] - a[1]) / (b[0] - a[0]) for a, b in zip(points, points[1:])]
+        middle = statistics.median(slopes)
+        spread = max(abs(slope / middle - 1) for slope in slopes)
+        row(f"{what} at 1, 8, 64, 256 stations, ns per further station", "", ", ".join(f"{slope:.1f}" for slope in slopes),
+            "constant within 15%", spread <= 0.15)
 
-ratios = [cpu(f"neighbourResults/{n}") / cpu(f"neighbourTwoPasses/{n}") for n in (100, 1000, 10000)]
-row("neighbour results, 100, 1,000, 10,000 entries against two bare passes over the file", "",
-    ", ".join(f"{value:.2f} ×" for value in ratios), "≤ 3 ×", max(ratios) <= 3)
+    ratios = [cpu(f"neighbourResults/{n}") / cpu(f"neighbourTwoPasses/{n}") for n in (100, 1000, 10000)]
+    row("neighbour results, 100, 1,000, 10,000 entries against two bare passes over the file", "",
+        ", ".join(f"{value:.2f} ×" for value in ratios), "≤ 3 ×", max(ratios) <= 3)
 
-rate = cpu("eventsBareLoop") / cpu("eventsThroughListener")
-row("events through the listener against a bare loop, rate", "", f"{rate:.2f} ×", "≥ 0.9 ×", rate >= 0.9)
+    rate = cpu("eventsBareLoop") / cpu("eventsThroughListener")
+    row("events through the listener against a bare loop, rate", "", f"{rate:.2f} ×", "≥ 0.9 ×", rate >= 0.9)
 
 stack = {line.split()[0]: line.split()[1:] for line in lines("stack")}
 own = int(stack["allocations-of-the-plug-in"][0])
@@ -139,7 +143,8 @@ row("heap allocations of the plug-in in all gets, sets, applies and snapshots", 
 row("… of the C library's streams for the files and commands that the same reads open", "",
     stack["allocations-of-streams"][0])
 
-row("load and unload against an empty library, µs", "", f"{cpu('loadPlugin'):.0f} against {cpu('loadEmptyLibrary'):.0f}")
+if timed:
+    row("load and unload against an empty library, µs", "", f"{cpu('loadPlugin'):.0f} against {cpu('loadEmptyLibrary'):.0f}")
 for key, what, limit in (("stack-outside-snapshots", "largest stack depth of an exported function", 8192),
                          ("stack-in-snapshots", "largest stack depth of a snapshot", 16384)):
     depth = int(stack[key][0])
@@ -177,7 +182,9 @@ def processor():
 
 
 load = os.getloadavg()[0]
-machine = f"Measured on {processor()}, Linux {platform.release()}, load average {load:.1f}; instructions with callgrind."
+machine = f"Measured on {processor()}, Linux {platform.release()}, load average {load:.1f}; 64-bit instructions with callgrind."
+if not timed:
+    machine += " No times were measured in this run."
 
 
 def alternatives():
