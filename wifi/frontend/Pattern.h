@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "wifi/frontend/FrontEnd.h"
 #include "wifi/frontend/Snapshot.h"
@@ -23,8 +24,9 @@ struct Pattern {
         return apply(ctx, numbers..., impl, site);
     }
 
-    /// The getter of the object's text that has none in the exported table.
-    static constexpr TextGetter kGetterWithoutEntry = nullptr;
+    /// The getter of the object's text that has none in the exported table. A type of its own says that there is none:
+    /// with a sanitizer, comparing a function's address is not a constant.
+    static constexpr std::nullptr_t kGetterWithoutEntry = nullptr;
 
     static uint32_t snapshot(const SnapshotSite& site, TextGetter withoutEntry, void* ctx, uint32_t i = 0,
                              uint32_t j = 0) {
@@ -56,7 +58,8 @@ constexpr Named<ContextSite, size> contextSiteOf(const char (&name)[size], uint3
 /// Makes the record of an object's snapshot function.
 template <ObjectIndex object, size_t size>
 constexpr Named<SnapshotSite, size> snapshotSiteOf(const char (&name)[size], uint32_t line) {
-    static_assert(textsWithoutEntry(object) == (FrontEnds<object>::kGetterWithoutEntry == nullptr ? 0 : 1),
+    constexpr bool kHasNone = std::is_same_v<decltype(FrontEnds<object>::kGetterWithoutEntry), const std::nullptr_t>;
+    static_assert(textsWithoutEntry(object) == (kHasNone ? 0 : 1),
                   "name the getter of the text without an entry in FrontEnds");
     constexpr uint16_t kContext = kContextSizes[object];
     constexpr uint8_t kDepth = model::objectOf(object).depth;
