@@ -349,6 +349,16 @@ TEST_F(Listener, EndsWhenNobodyServesTheSocket) {
     EXPECT_EQ(platform.callCount("close"), 1U);
 }
 
+TEST_F(Listener, ClosesItsSocketWhenItIsDeregisteredWhileItConnects) {
+    platform.onConnect([] { EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U); });
+    EXPECT_EQ(listen({{header(0, 0, 12), 0, 0}}), "");
+    EXPECT_EQ(platform.callTexts({"connect", "close", "read"}).size(), 2U);
+    EXPECT_EQ(platform.callTexts({"close"}), Texts{"close(socket)"});
+    // The socket was never handed over: a later deregistration has none to close.
+    EXPECT_EQ(WiFiNewAPAssociatedDeviceCallbackDeRegister(), 0U);
+    EXPECT_EQ(platform.callCount("close"), 1U);
+}
+
 TEST_F(Listener, EndsWithItsSocketOpenWhenThereIsNoMemory) {
     for (const char* allocation : {"calloc", "malloc"}) {
         platform.fail(allocation);

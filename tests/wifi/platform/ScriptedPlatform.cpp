@@ -150,6 +150,7 @@ void Platform::reset() {
     peerEnd_ = -1;
     connectedPath_.clear();
     connectedLength_ = 0;
+    connectAction_ = nullptr;
     cancelReal_ = false;
 }
 
@@ -678,14 +679,25 @@ int Platform::makeSocket() {
 }
 
 int Platform::connectSocket(const std::string& path, std::uint32_t length) {
-    const Guard guard(mutex_);
-    connectedPath_ = path;
-    connectedLength_ = length;
-    if (!socketsAllowed_) {
-        errno = ENOENT;
-        return -1;
+    std::function<void()> action;
+    {
+        const Guard guard(mutex_);
+        connectedPath_ = path;
+        connectedLength_ = length;
+        if (!socketsAllowed_) {
+            errno = ENOENT;
+            return -1;
+        }
+        action.swap(connectAction_);
     }
+    // Without the mutex: the action may call the plug-in.
+    if (action) action();
     return 0;
+}
+
+void Platform::onConnect(std::function<void()> action) {
+    const Guard guard(mutex_);
+    connectAction_ = std::move(action);
 }
 
 std::string Platform::connectedPath() const {

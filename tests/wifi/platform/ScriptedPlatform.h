@@ -170,6 +170,8 @@ class Platform {
     void scriptReads(std::vector<ReadStep> steps);
     // Lets socket() give one end of a pair and returns the other; reads are real.
     [[nodiscard]] int openPeer();
+    // Runs the action within the next connect(), before it succeeds.
+    void onConnect(std::function<void()> action);
     [[nodiscard]] std::string connectedPath() const;
     [[nodiscard]] std::uint32_t connectedLength() const;
     // Runs the body in a thread of its own and waits until it has ended, by return or by running out of reads.
@@ -294,6 +296,7 @@ class Platform {
     std::set<int> sockets_;
     std::string connectedPath_;
     std::uint32_t connectedLength_ = 0;
+    std::function<void()> connectAction_;
     std::vector<unsigned long> threads_;
     bool cancelReal_ = false;
 };
