@@ -98,7 +98,7 @@ struct RadioState {
 struct NeighbourState {
     std::string ssid;
     std::string bssid;
-    unsigned channel = 0;
+    std::string channel;
     unsigned width = 0;
     int rssi = 0;
     int noise = 0;
@@ -107,9 +107,9 @@ struct NeighbourState {
     static constexpr auto members() {
         return std::tuple(
             required("ssid", &NeighbourState::ssid, ""), required("bssid", &NeighbourState::bssid, ""),
-            required("channel", &NeighbourState::channel, ""), required("width", &NeighbourState::width, "MHz"),
-            required("rssi", &NeighbourState::rssi, "dBm"), required("noise", &NeighbourState::noise, "dBm"),
-            required("security", &NeighbourState::security, ""));
+            required("channel", &NeighbourState::channel, "as scans print it: 6, 6l, 36/80"),
+            required("width", &NeighbourState::width, "MHz"), required("rssi", &NeighbourState::rssi, "dBm"),
+            required("noise", &NeighbourState::noise, "dBm"), required("security", &NeighbourState::security, ""));
     }
 };
 

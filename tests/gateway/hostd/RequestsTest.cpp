@@ -5,6 +5,7 @@
 
 #include "gateway/hostd/protocol/Codec.h"
 #include "gateway/hostd/protocol/Lines.h"
+#include "gateway/hostd/protocol/Simulation.h"
 
 namespace quorvel::hostd::protocol {
 namespace {
@@ -122,6 +123,17 @@ TEST(PartLines, ReplaceBytesThatAreNoText) {
     Part part;
     part.program = "\xff";
     EXPECT_EQ(parsePart(partLine(1, part)).part.program, "\xef\xbf\xbd");
+}
+
+TEST(SimulationAnswers, NameANeighboursChannelAsScansPrintIt) {
+    const auto answer = readSimulationAnswer(Json::parse(
+        R"({"ok":true,"neighbours":[{"ssid":"a","bssid":"02:00:00:00:00:01","channel":"36/80","width":80,"rssi":-70,)"
+        R"("noise":-92,"security":"WPA2-Personal"},{"ssid":"b","bssid":"02:00:00:00:00:02","channel":"6l","width":40,)"
+        R"("rssi":-80,"noise":-92,"security":"None"}]})"));
+    ASSERT_TRUE(answer.has_value());
+    ASSERT_EQ(answer->neighbours.size(), 2U);
+    EXPECT_EQ(answer->neighbours[0].channel, "36/80");
+    EXPECT_EQ(answer->neighbours[1].channel, "6l");
 }
 
 }  // namespace
