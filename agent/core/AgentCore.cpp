@@ -267,6 +267,9 @@ void AgentCore::onRebooted() {
 }
 
 void AgentCore::onRestored() {
+    if (begun_ && context_.schema->find("Device.WiFi.") == nullptr) {
+        context_.gateway.table([this](const std::vector<TableRow>& table) { buildSchema(table); });
+    }
     watched_.clear();
     updateWatches();
     compareLater();

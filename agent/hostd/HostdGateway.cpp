@@ -125,11 +125,12 @@ void HostdGateway::wakeAt(BoardInstant at) {
         pending_.erase(wake_);
         (void)ask(protocol::Unsubscribe{.subscription = std::exchange(wake_, 0)}, {});
     }
-    const auto wait = std::chrono::duration<double>(at - origin_);
+    // A millisecond late rather than early: what is not due yet would ask again.
+    const auto wait = std::chrono::duration<double>(at - origin_ + std::chrono::milliseconds(1));
     protocol::Wake wake;
     wake.at = std::max(0.0, wait.count());
     wake_ = ask(wake, [this](const Part& part) {
-        if (!part.done) return;
+        if (!part.clock && !part.done) return;
         wake_ = 0;
         if (part.clock) takeClock(*part.clock);
     });

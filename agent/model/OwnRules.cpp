@@ -16,14 +16,16 @@ bool isAlphanumeric(char c) {
 }
 
 bool isTaken(const Store& store, const std::string& row, const std::vector<std::string>& key) {
+    // The last part of a key tells rows apart best.
+    const std::vector<std::string> parts(key.rbegin(), key.rend());
     std::vector<std::string> values;
-    for (const std::string& name : key)
+    for (const std::string& name : parts)
         values.push_back(store.value(row, name));
     for (const std::string& other : store.rows(tableOf(row))) {
         if (other == row) continue;
         bool same = true;
-        for (std::size_t i = 0; same && i < key.size(); ++i)
-            same = store.value(other, key[i]) == values[i];
+        for (std::size_t i = 0; same && i < parts.size(); ++i)
+            same = store.value(other, parts[i]) == values[i];
         if (same) return true;
     }
     return false;

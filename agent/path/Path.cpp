@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
 
 namespace quorvel::agent {
 namespace {
@@ -211,11 +212,19 @@ Path parsePath(std::string_view text) {
 }
 
 bool PathLess::operator()(std::string_view left, std::string_view right) const {
-    const auto [one, other] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
-    if (other == right.end()) return false;
-    if (one == left.end()) return true;
+    const std::size_t shorter = std::min(left.size(), right.size());
+    const char* const one = left.data();
+    const char* const other = right.data();
+    std::size_t at = 0;
+    // Paths share long beginnings: eight characters at a time.
+    constexpr std::size_t kStride = 8;
+    while (at + kStride <= shorter && std::memcmp(one + at, other + at, kStride) == 0)
+        at += kStride;
+    while (at < shorter && one[at] == other[at])
+        ++at;
+    if (at == right.size()) return false;
+    if (at == left.size()) return true;
     // The segments in which they differ.
-    const auto at = static_cast<std::size_t>(one - left.begin());
     const std::size_t begin = left.substr(0, at).rfind('.') + 1;
     const std::string_view mine = left.substr(begin, left.find('.', begin) - begin);
     const std::string_view theirs = right.substr(begin, right.find('.', begin) - begin);
