@@ -65,6 +65,7 @@ class CommandLine {
         addStationVerbs(context);
         addOverviewVerbs(context);
         addBoardVerbs(context);
+        addUspVerbs(context);
         addLogVerb(context);
         addPlayVerbs(context);
         addSelftestVerb(context);

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -14,6 +15,7 @@
 
 #include "agent/config/CommandLine.h"
 #include "agent/config/ConfigFile.h"
+#include "agent/doctor/Doctor.h"
 #include "agent/program/Runner.h"
 #include "agent/program/Version.h"
 
@@ -72,6 +74,23 @@ int checkOnly(const CommandLine& line) {
     return kDone;
 }
 
+// Whether every finding is good decides the exit status.
+int runDoctor(const std::string& stateFolder, unsigned seconds, bool json) {
+    Config config = readConfig(stateFolder + "/usp/config.json");
+    config.stateFolder = stateFolder;
+    const std::vector<Finding> findings = examine(config, std::chrono::seconds(seconds));
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    bool good = true;
+    for (const Finding& finding : findings) {
+        good = good && finding.isGood;
+        list.push_back({{"good", finding.isGood}, {"subject", finding.subject}, {"text", finding.text}});
+        if (!json)
+            std::cout << (finding.isGood ? "ok    " : "WRONG ") << finding.subject << ": " << finding.text << '\n';
+    }
+    if (json) std::cout << nlohmann::ordered_json{{"findings", list}}.dump(2) << '\n';
+    return good ? kDone : kFailed;
+}
+
 }  // namespace
 }  // namespace quorvel::agent
 
@@ -82,8 +101,8 @@ int main(int argc, char** argv) {
     line.version = kVersion;
     bool check = false;
     int reportTo = STDOUT_FILENO;
-    app.add_option("--state", line.stateFolder, "state folder of the board")->required();
-    app.add_option("--board", line.boardFile, "the board's description")->required();
+    CLI::Option* const state = app.add_option("--state", line.stateFolder, "state folder of the board");
+    CLI::Option* const board = app.add_option("--board", line.boardFile, "the board's description");
     app.add_option("--usp", line.urls, "where to meet the controller")->take_all();
     app.add_option("--usp-endpoint", line.endpoint, "the agent's Endpoint ID");
     app.add_option("--usp-controller", line.controller, "the controller's Endpoint ID");
@@ -93,14 +112,25 @@ int main(int argc, char** argv) {
     app.add_option("--usp-password-file", line.passwordFile, "a file with the brokers' password");
     app.add_option("--report", reportTo, "descriptor for the line that tells the start's outcome");
     app.add_flag("--check", check, "only check the configuration");
+    unsigned seconds = 5;
+    bool json = false;
+    CLI::App* const doctor = app.add_subcommand("doctor", "find out why agent and controller do not hear each other");
+    doctor->fallthrough();
+    doctor->add_option("--seconds", seconds, "how long to listen for the controller");
+    doctor->add_flag("--json", json, "print JSON");
     CLI11_PARSE(app, argc, argv);
+    if (state->empty() || (!doctor->parsed() && board->empty())) {
+        std::cerr << "--state FOLDER is needed, and --board FILE to start the agent\n";
+        return kWrongUsage;
+    }
     const char* password = std::getenv("QUORVEL_USP_PASSWORD");
     if (password != nullptr) line.password = password;
     (void)unsetenv("QUORVEL_USP_PASSWORD");
     try {
+        if (doctor->parsed()) return runDoctor(line.stateFolder, seconds, json);
         return check ? checkOnly(line) : runAgent(line, reportTo);
     } catch (const ConfigError& error) {
-        if (check) {
+        if (check || doctor->parsed()) {
             std::cerr << error.what() << '\n';
         } else {
             report(reportTo, {{"error", error.what()}});

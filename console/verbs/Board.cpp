@@ -1,10 +1,12 @@
 // up, down, status, version: the board itself.
 #include <filesystem>
 #include <iostream>
+#include <memory>
 
 #include "console/commandline/NearestWord.h"
 #include "console/session/Faults.h"
 #include "console/session/ProgramName.h"
+#include "console/session/UspAgent.h"
 #include "console/session/Version.h"
 #include "console/terminal/Progress.h"
 #include "console/verbs/Verbs.h"
@@ -28,25 +30,37 @@ std::string nameOf(const Session& session) {
     return std::filesystem::path(session.options.board).stem();
 }
 
-int up(const Session& session) {
+// The agent is checked before the board starts, so that a mistake costs nothing.
+std::string warnOf(const Session& session, const UspOptions& usp) {
+    const std::string idle = usp.firstIdle();
+    if (!idle.empty()) throw CLI::ValidationError(idle, "needs --usp URL or --usp-config FILE");
+    return usp.any() ? checkUsp(session.options, usp) : "";
+}
+
+int up(const Session& session, const UspOptions& usp) {
+    const std::string warnings = warnOf(session, usp);
+    if (!warnings.empty()) std::cerr << warnings << '\n';
     const std::string state = stateFolder(session.options);
     const std::string where = " (state in " + state + ")";
-    if (Gateway::findRunning(session.options) != nullptr) {
-        tell(
-            session, {{"up", true}, {"state", state}},
-            "the board " + nameOf(session) + " is up already" + where + "; " + session.commandFor("down") + " ends it");
-        return kDone;
-    }
+    const bool running = Gateway::findRunning(session.options) != nullptr;
+    std::string endpoint;
     {
         Progress progress(session.errorStyle());
         progress.say("starting the board " + session.options.board + " ...");
         // People live in real time.
         Options options = session.options;
         options.realTime = true;
-        Gateway::startInBackground(options);
+        if (!running) Gateway::startInBackground(options);
+        if (usp.any()) endpoint = startUsp(session.options, usp);
     }
-    tell(session, {{"up", true}, {"state", state}},
-         "the board " + nameOf(session) + " is up" + where + "; " + session.commandFor("down") + " ends it");
+    Json result = {{"up", true}, {"state", state}};
+    std::string text = "the board " + nameOf(session) + " is up" + (running ? " already" : "") + where + "; " +
+                       session.commandFor("down") + " ends it";
+    if (usp.any()) {
+        result["uspEndpoint"] = endpoint;
+        text += "\nUSP endpoint " + endpoint + "; " + session.commandFor("usp status") + " shows its transports";
+    }
+    tell(session, result, text);
     return kDone;
 }
 
@@ -102,8 +116,19 @@ int status(Session& session) {
 
 void addBoardVerbs(VerbContext& context) {
     Session& session = context.session;
-    (void)context.add(kBoardVerbs, "up", "Start a board that stays up; later commands talk to it",
-                      "up\nup --board dual-band", [&session] { return up(session); });
+    auto usp = std::make_shared<UspOptions>();
+    CLI::App* const verb = context.add(kBoardVerbs, "up", "Start a board that stays up; later commands talk to it",
+                                       "up\nup --board dual-band\nup --usp mqtt://127.0.0.1",
+                                       [&session, usp] { return up(session, *usp); });
+    verb->add_option("--usp", usp->urls, "Start a USP agent that meets its controller there: mqtt:, ws:, ws-listen:")
+        ->type_name("URL");
+    verb->add_option("--usp-endpoint", usp->endpoint, "The agent's Endpoint ID")->type_name("ID");
+    verb->add_option("--usp-controller", usp->controller, "The controller's Endpoint ID")->type_name("ID");
+    verb->add_option("--usp-topic", usp->topic, "Where the agent listens")->type_name("TOPIC");
+    verb->add_option("--usp-controller-topic", usp->controllerTopic, "Where the controller listens")
+        ->type_name("TOPIC");
+    verb->add_option("--usp-config", usp->configFile, "A configuration of the agent as JSON")->type_name("FILE");
+    verb->add_option("--usp-password-file", usp->passwordFile, "A file with the brokers' password")->type_name("FILE");
     (void)context.add(kBoardVerbs, "down", "Switch it off; what is not saved is lost", "down\ndown --board dual-band",
                       [&session] { return down(session); });
     (void)context.add(kBoardVerbs, "status", "Tell whether a board is up, and which", "status",

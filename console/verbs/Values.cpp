@@ -5,10 +5,13 @@
 #include "console/session/Faults.h"
 #include "console/session/Secrets.h"
 #include "console/terminal/Table.h"
+#include "console/verbs/DataModelXml.h"
 #include "console/verbs/Verbs.h"
 
 namespace quorvel::console {
 namespace {
+
+constexpr const char* kXmlFormat = "bbf-xml";
 
 // Prints values as they come, or keeps them for the JSON at the end.
 class ValuePrinter {
@@ -118,12 +121,16 @@ int instances(Session& session, const std::string& path) {
     return kDone;
 }
 
-int dumpDataModel(Session& session, const std::string& path) {
+int dumpDataModel(Session& session, const std::string& path, bool asXml) {
     std::vector<protocol::ParameterDescription> found;
     const std::vector<Fault> faults = session.ask(protocol::Describe{{path}}, [&found](const Part& part) {
         found.insert(found.end(), part.parameters.begin(), part.parameters.end());
     });
     if (!faults.empty()) return reportFaults(session, faults);
+    if (asXml) {
+        std::cout << dataModelXml(found);
+        return kDone;
+    }
     Table table({"Path", "Type", "Access"});
     Json list = Json::array();
     for (const protocol::ParameterDescription& each : found) {
@@ -181,14 +188,20 @@ void addValueVerbs(VerbContext& context) {
 
     auto below = std::make_shared<std::string>("Device.");
     verb = context.add(kDataModelVerbs, "dump", "List what the plug-in's exported table has",
-                       "dump datamodel\ndump datamodel Device.WiFi.Radio. --plain", [] { return kDone; });
+                       "dump datamodel\ndump datamodel Device.WiFi.Radio. --plain\ndump datamodel --format bbf-xml",
+                       [] { return kDone; });
     verb->require_subcommand(1);
     CLI::App* const dataModel = verb->add_subcommand("datamodel", "Path, type and access of every parameter");
     dataModel->fallthrough();
     context.take(dataModel, ArgumentKind::kPath, "PATH", *below, "e.g. Device.WiFi.Radio.");
+    auto format = std::make_shared<std::string>();
+    dataModel->add_option("--format", *format, "bbf-xml: the Broadband Forum's DM XML form")
+        ->type_name("FORM")
+        ->check(oneOf({kXmlFormat}));
     int* const status = &context.status;
     // The outer verb's callback runs behind this one and would overwrite the status.
-    verb->callback([&session, below, status] { *status = dumpDataModel(session, *below); });
+    verb->callback(
+        [&session, below, format, status] { *status = dumpDataModel(session, *below, *format == kXmlFormat); });
 }
 
 }  // namespace quorvel::console

@@ -75,6 +75,7 @@ void addStatisticsVerbs(VerbContext& context);  // stats
 void addStationVerbs(VerbContext& context);     // stations, station, events, wps, simulate
 void addOverviewVerbs(VerbContext& context);    // overview, demo
 void addBoardVerbs(VerbContext& context);       // up, down, status, version
+void addUspVerbs(VerbContext& context);         // usp
 void addPlayVerbs(VerbContext& context);        // play
 void addSelftestVerb(VerbContext& context);     // selftest
 void addShellVerbs(VerbContext& context);       // shell, batch

@@ -1,0 +1,171 @@
+#include "console/session/UspAgent.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "common/Descriptor.h"
+#include "gateway/board/Board.h"
+
+namespace quorvel::console {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kStartMilliseconds = 10000;
+constexpr int kCannotStart = 127;
+
+std::string agentProgram(const Options& options) {
+    const std::string program = launch::programFolder(options) + "/bin/quorvel-wifi-agent";
+    if (access(program.c_str(), X_OK) == 0) return program;
+    throw GatewayError("this build has no USP agent (" + program +
+                       " is missing): install the agent's packages (script/common.sh names them) and build again");
+}
+
+std::vector<std::string> agentCommand(const Options& options, const UspOptions& usp) {
+    board::Options asked;
+    asked.board = options.board;
+    asked.programFolder = launch::programFolder(options);
+    std::vector<std::string> command = {agentProgram(options), "--state", launch::stateFolder(options), "--board",
+                                        board::findBoard(asked)};
+    const auto add = [&command](const char* name, const std::string& value) {
+        if (!value.empty()) command.insert(command.end(), {name, value});
+    };
+    for (const std::string& url : usp.urls)
+        add("--usp", url);
+    add("--usp-endpoint", usp.endpoint);
+    add("--usp-controller", usp.controller);
+    add("--usp-topic", usp.topic);
+    add("--usp-controller-topic", usp.controllerTopic);
+    add("--usp-config", usp.configFile.empty() ? "" : std::filesystem::absolute(usp.configFile).string());
+    add("--usp-password-file", usp.passwordFile.empty() ? "" : std::filesystem::absolute(usp.passwordFile).string());
+    return command;
+}
+
+// In the new process: never returns.
+[[noreturn]] void become(std::vector<std::string>& command) {
+    std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
+    for (std::string& word : command)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    (void)execv(arguments.front(), arguments.data());
+    _exit(kCannotStart);
+}
+
+std::array<int, 2> makePipe() {
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw GatewayError(std::string("cannot make a pipe: ") + strerror(errno));
+    return ends;
+}
+
+// Reads until the writers have closed their ends, a whole line has come, or time is over.
+std::string readLine(int descriptor) {
+    std::string text;
+    std::array<char, 4096> piece{};
+    pollfd entry{descriptor, POLLIN, 0};
+    while (text.find('\n') == std::string::npos && poll(&entry, 1, kStartMilliseconds) > 0) {
+        const ssize_t count = read(descriptor, piece.data(), piece.size());
+        if (count <= 0) break;
+        text.append(piece.data(), static_cast<std::size_t>(count));
+    }
+    return text.substr(0, text.find('\n'));
+}
+
+std::string readAll(int descriptor) {
+    std::string text;
+    std::array<char, 4096> piece{};
+    for (ssize_t count = 0; (count = read(descriptor, piece.data(), piece.size())) > 0;)
+        text.append(piece.data(), static_cast<std::size_t>(count));
+    return text;
+}
+
+std::string withoutEnd(std::string text) {
+    while (!text.empty() && text.back() == '\n')
+        text.pop_back();
+    return text;
+}
+
+}  // namespace
+
+std::string UspOptions::firstIdle() const {
+    if (any()) return "";
+    const std::array<std::pair<const char*, const std::string*>, 5> others = {
+        {{"--usp-endpoint", &endpoint},
+         {"--usp-controller", &controller},
+         {"--usp-topic", &topic},
+         {"--usp-controller-topic", &controllerTopic},
+         {"--usp-password-file", &passwordFile}}};
+    for (const auto& [name, value] : others) {
+        if (!value->empty()) return name;
+    }
+    return "";
+}
+
+std::string checkUsp(const Options& options, const UspOptions& usp) {
+    std::vector<std::string> command = agentCommand(options, usp);
+    command.emplace_back("--check");
+    const std::array<int, 2> ends = makePipe();
+    const pid_t process = fork();
+    if (process == 0) {
+        (void)dup2(ends[1], STDOUT_FILENO);
+        (void)dup2(ends[1], STDERR_FILENO);
+        become(command);
+    }
+    (void)close(ends[1]);
+    const common::Descriptor reader(ends[0]);
+    const std::string text = withoutEnd(readAll(reader.get()));
+    int status = 0;
+    (void)waitpid(process, &status, 0);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        throw GatewayError(text.empty() ? "the USP agent cannot be started" : text);
+    }
+    return text;
+}
+
+std::string startUsp(const Options& options, const UspOptions& usp) {
+    std::vector<std::string> command = agentCommand(options, usp);
+    const std::array<int, 2> ends = makePipe();
+    command.insert(command.end(), {"--report", std::to_string(ends[1])});
+    const std::string folder = launch::stateFolder(options) + "/usp";
+    (void)mkdir(folder.c_str(), 0700);  // the agent says when it is not usable
+    const pid_t process = fork();
+    if (process == 0) {
+        (void)setsid();
+        const int nothing = open("/dev/null", O_RDWR);
+        const int log = open((folder + "/log").c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        (void)dup2(nothing, STDIN_FILENO);
+        (void)dup2(nothing, STDOUT_FILENO);
+        (void)dup2(log < 0 ? nothing : log, STDERR_FILENO);
+        (void)fcntl(ends[1], F_SETFD, 0);
+        become(command);
+    }
+    (void)close(ends[1]);
+    const common::Descriptor reader(ends[0]);
+    const Json report = Json::parse(readLine(reader.get()), nullptr, false);
+    if (report.is_object() && report.contains("ready")) return report.value("endpoint", "");
+    if (report.is_object() && report.contains("error"))
+        throw GatewayError("the USP agent: " + report.value("error", ""));
+    throw GatewayError("the USP agent did not start; " + folder + "/log may say why");
+}
+
+int runUspProgram(const Options& options, const std::vector<std::string>& words) {
+    std::vector<std::string> command = {agentProgram(options)};
+    command.insert(command.end(), words.begin(), words.end());
+    const pid_t process = fork();
+    if (process == 0) become(command);
+    int status = 0;
+    (void)waitpid(process, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : kFailed;
+}
+
+}  // namespace quorvel::console

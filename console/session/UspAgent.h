@@ -1,0 +1,44 @@
+#pragma once
+
+// The USP agent of a board that stays up: a program of its own, which this one only starts.
+
+#include <string>
+#include <vector>
+
+#include "console/commandline/Options.h"
+#include "gateway/launch/Gateway.h"
+
+namespace quorvel::console {
+
+using launch::GatewayError;
+
+/// What `up` is asked to start an agent with. The agent's program reads the values.
+struct UspOptions {
+    std::vector<std::string> urls;
+    std::string endpoint;
+    std::string controller;
+    std::string topic;
+    std::string controllerTopic;
+    std::string configFile;
+    std::string passwordFile;
+
+    /// Tells whether an agent is wanted.
+    [[nodiscard]] bool any() const {
+        return !urls.empty() || !configFile.empty();
+    }
+    /// Returns the first option that makes no sense without a place to meet a controller, or the empty text.
+    [[nodiscard]] std::string firstIdle() const;
+};
+
+/// Has the agent's program check the options. Returns its warnings, one a line. Throws GatewayError when they cannot be
+/// used, or when this build has no agent.
+[[nodiscard]] std::string checkUsp(const Options& options, const UspOptions& usp);
+
+/// Starts the agent for the board that is up. It ends with the board. Returns its Endpoint ID. Throws GatewayError.
+[[nodiscard]] std::string startUsp(const Options& options, const UspOptions& usp);
+
+/// Runs the agent's program with these words and waits for it; its output goes where this program's goes. Returns its
+/// exit status. Throws GatewayError when this build has no agent.
+[[nodiscard]] int runUspProgram(const Options& options, const std::vector<std::string>& words);
+
+}  // namespace quorvel::console
