@@ -6,10 +6,10 @@
 #include "console/commandline/NearestWord.h"
 #include "console/session/Faults.h"
 #include "console/session/ProgramName.h"
-#include "console/session/UspAgent.h"
 #include "console/session/Version.h"
 #include "console/terminal/Progress.h"
 #include "console/verbs/Verbs.h"
+#include "gateway/launch/UspAgent.h"
 
 namespace quorvel::console {
 namespace {
@@ -31,13 +31,13 @@ std::string nameOf(const Session& session) {
 }
 
 // The agent is checked before the board starts, so that a mistake costs nothing.
-std::string warnOf(const Session& session, const UspOptions& usp) {
+std::string warnOf(const Session& session, const launch::UspOptions& usp) {
     const std::string idle = usp.firstIdle();
     if (!idle.empty()) throw CLI::ValidationError(idle, "needs --usp URL or --usp-config FILE");
-    return usp.any() ? checkUsp(session.options, usp) : "";
+    return usp.any() ? launch::checkUsp(session.options, usp) : "";
 }
 
-int up(const Session& session, const UspOptions& usp) {
+int up(const Session& session, const launch::UspOptions& usp) {
     const std::string warnings = warnOf(session, usp);
     if (!warnings.empty()) std::cerr << warnings << '\n';
     const std::string state = stateFolder(session.options);
@@ -51,7 +51,7 @@ int up(const Session& session, const UspOptions& usp) {
         Options options = session.options;
         options.realTime = true;
         if (!running) Gateway::startInBackground(options);
-        if (usp.any()) endpoint = startUsp(session.options, usp);
+        if (usp.any()) endpoint = launch::startUsp(session.options, usp);
     }
     Json result = {{"up", true}, {"state", state}};
     std::string text = "the board " + nameOf(session) + " is up" + (running ? " already" : "") + where + "; " +
@@ -116,7 +116,7 @@ int status(Session& session) {
 
 void addBoardVerbs(VerbContext& context) {
     Session& session = context.session;
-    auto usp = std::make_shared<UspOptions>();
+    auto usp = std::make_shared<launch::UspOptions>();
     CLI::App* const verb = context.add(kBoardVerbs, "up", "Start a board that stays up; later commands talk to it",
                                        "up\nup --board dual-band\nup --usp mqtt://127.0.0.1",
                                        [&session, usp] { return up(session, *usp); });

@@ -4,9 +4,9 @@
 
 #include "console/commandline/Help.h"
 #include "console/session/Faults.h"
-#include "console/session/UspAgent.h"
 #include "console/terminal/Table.h"
 #include "console/verbs/Verbs.h"
+#include "gateway/launch/UspAgent.h"
 
 namespace quorvel::console {
 namespace {
@@ -155,7 +155,7 @@ int examine(Session& session, unsigned seconds) {
     std::vector<std::string> words = {"doctor", "--state", launch::stateFolder(session.options), "--seconds",
                                       std::to_string(seconds)};
     if (session.options.json) words.emplace_back("--json");
-    return runUspProgram(session.options, words);
+    return launch::runUspProgram(session.options, words);
 }
 
 }  // namespace

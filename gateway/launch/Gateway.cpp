@@ -20,6 +20,7 @@
 #include "gateway/board/Board.h"
 #include "gateway/board/StateFolder.h"
 #include "gateway/hostd/client/BoardSocket.h"
+#include "gateway/launch/UspAgent.h"
 
 namespace quorvel::launch {
 
@@ -214,7 +215,10 @@ void Gateway::stop(std::unique_ptr<Gateway> gateway, const Options& options) {
     (void)gateway->client_->ask(protocol::Shutdown{});  // there is nothing to go wrong with it
     // The connection ends with the host process.
     if (!gateway->client_->awaitEnd(kDownMilliseconds)) throw GatewayError("the board does not switch off");
-    hostd::removeBoardSocket(stateFolder(options));
+    const std::string folder = stateFolder(options);
+    hostd::removeBoardSocket(folder);
+    // The next agent takes the place of this one.
+    awaitUspEnd(folder, kDownMilliseconds);
 }
 
 void Gateway::cutPower() {

@@ -46,8 +46,9 @@ class HostdGatewayOn : public testing::Test {
         std::string place = (std::filesystem::temp_directory_path() / "quorvel-board-XXXXXX").string();
         EXPECT_NE(mkdtemp(place.data()), nullptr);
         folder = place;
-        listening = hostd::listenForClients(folder);
-        EXPECT_GE(listening, 0);
+        std::string problem;
+        listening = hostd::listenForClients(folder, problem).release();
+        EXPECT_GE(listening, 0) << problem;
         loop.watch(listening, POLLIN, [this](short) { accept(); });
         gateway = std::make_unique<HostdGateway>(loop, folder, [](const std::string&) {});
         gateway->listen(&listener);

@@ -7,8 +7,9 @@ const connect = require('usp-js').default;
 const [port, consoleProgram, state] = process.argv.slice(2);
 const agent = 'os::025176-QW3-000001';
 const onBoard = (...words) => execFileSync(consoleProgram, ['--state', state, ...words], { encoding: 'utf8' });
+// A scan of three radios takes a quarter of a minute of the board's time, which is real here.
 const within = (promise, what) =>
-  Promise.race([promise, new Promise((_, no) => setTimeout(() => no(new Error(`${what}: nothing came`)), 15000))]);
+  Promise.race([promise, new Promise((_, no) => setTimeout(() => no(new Error(`${what}: nothing came`)), 60000))]);
 
 const steps = {
   async 'supported protocol'(usp) {

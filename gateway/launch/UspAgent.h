@@ -5,14 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "console/commandline/Options.h"
 #include "gateway/launch/Gateway.h"
 
-namespace quorvel::console {
+namespace quorvel::launch {
 
-using launch::GatewayError;
-
-/// What `up` is asked to start an agent with. The agent's program reads the values.
+/// The places and names with which an agent is started. The agent's program reads the values.
 struct UspOptions {
     std::vector<std::string> urls;
     std::string endpoint;
@@ -35,10 +32,14 @@ struct UspOptions {
 [[nodiscard]] std::string checkUsp(const Options& options, const UspOptions& usp);
 
 /// Starts the agent for the board that is up. It ends with the board. Returns its Endpoint ID. Throws GatewayError.
+/// The password of its brokers may be in the variable QUORVEL_USP_PASSWORD.
 [[nodiscard]] std::string startUsp(const Options& options, const UspOptions& usp);
 
 /// Runs the agent's program with these words and waits for it; its output goes where this program's goes. Returns its
 /// exit status. Throws GatewayError when this build has no agent.
 [[nodiscard]] int runUspProgram(const Options& options, const std::vector<std::string>& words);
 
-}  // namespace quorvel::console
+/// Waits until the agent of a board that is down has ended, but no longer than `milliseconds`.
+void awaitUspEnd(const std::string& stateFolder, int milliseconds);
+
+}  // namespace quorvel::launch

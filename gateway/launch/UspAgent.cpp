@@ -1,7 +1,8 @@
-#include "console/session/UspAgent.h"
+#include "gateway/launch/UspAgent.h"
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,16 +17,18 @@
 #include "common/Descriptor.h"
 #include "gateway/board/Board.h"
 
-namespace quorvel::console {
+namespace quorvel::launch {
 namespace {
 
 using Json = nlohmann::ordered_json;
 
 constexpr int kStartMilliseconds = 10000;
 constexpr int kCannotStart = 127;
+constexpr int kCannotRun = 1;
+constexpr int kLookMilliseconds = 10;
 
 std::string agentProgram(const Options& options) {
-    const std::string program = launch::programFolder(options) + "/bin/quorvel-wifi-agent";
+    const std::string program = programFolder(options) + "/bin/quorvel-wifi-agent";
     if (access(program.c_str(), X_OK) == 0) return program;
     throw GatewayError("this build has no USP agent (" + program +
                        " is missing): install the agent's packages (script/common.sh names them) and build again");
@@ -34,8 +37,8 @@ std::string agentProgram(const Options& options) {
 std::vector<std::string> agentCommand(const Options& options, const UspOptions& usp) {
     board::Options asked;
     asked.board = options.board;
-    asked.programFolder = launch::programFolder(options);
-    std::vector<std::string> command = {agentProgram(options), "--state", launch::stateFolder(options), "--board",
+    asked.programFolder = programFolder(options);
+    std::vector<std::string> command = {agentProgram(options), "--state", stateFolder(options), "--board",
                                         board::findBoard(asked)};
     const auto add = [&command](const char* name, const std::string& value) {
         if (!value.empty()) command.insert(command.end(), {name, value});
@@ -136,7 +139,7 @@ std::string startUsp(const Options& options, const UspOptions& usp) {
     std::vector<std::string> command = agentCommand(options, usp);
     const std::array<int, 2> ends = makePipe();
     command.insert(command.end(), {"--report", std::to_string(ends[1])});
-    const std::string folder = launch::stateFolder(options) + "/usp";
+    const std::string folder = stateFolder(options) + "/usp";
     (void)mkdir(folder.c_str(), 0700);  // the agent says when it is not usable
     const pid_t process = fork();
     if (process == 0) {
@@ -165,7 +168,17 @@ int runUspProgram(const Options& options, const std::vector<std::string>& words)
     if (process == 0) become(command);
     int status = 0;
     (void)waitpid(process, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : kFailed;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : kCannotRun;
 }
 
-}  // namespace quorvel::console
+void awaitUspEnd(const std::string& stateFolder, int milliseconds) {
+    // The agent locks this file as long as it lives.
+    const common::Descriptor lock(open((stateFolder + "/usp/lock").c_str(), O_RDONLY | O_CLOEXEC));
+    if (!lock) return;
+    for (int waited = 0; waited < milliseconds; waited += kLookMilliseconds) {
+        if (flock(lock.get(), LOCK_SH | LOCK_NB) == 0) return;
+        (void)poll(nullptr, 0, kLookMilliseconds);
+    }
+}
+
+}  // namespace quorvel::launch
