@@ -15,8 +15,7 @@ constexpr const char* kService = "usp";
 constexpr unsigned kUsualCount = 20;
 
 std::string noAgentText(const Session& session) {
-    return "no USP agent serves this board; " + session.commandFor("down") + " and " + session.commandFor("up") +
-           " --usp URL start one";
+    return "no USP agent serves this board; " + session.commandFor("up") + " --usp URL starts one";
 }
 
 std::string member(const Json& object, const char* name) {
@@ -163,7 +162,7 @@ int examine(Session& session, unsigned seconds) {
 void addUspVerbs(VerbContext& context) {
     Session& session = context.session;
     CLI::App* const verb = context.add(kBoardVerbs, "usp", "Look at the USP agent that serves a board",
-                                       "usp status\nusp trace --count 5\nusp doctor", [] { return kDone; });
+                                       "usp status\nusp trace --count 5", [] { return kDone; });
     verb->require_subcommand(1);
     CLI::App* const status = verb->add_subcommand("status", "Transports, sessions, controllers and counters");
     status->fallthrough();
