@@ -46,14 +46,8 @@ void readMode(uint32_t ap, const char* variable, ManagerText& value) {
 #include "wifi/model/EndRows.h"
 
 constinit const AuthModePair authModeMapper[8] = {
-    {"None", "open"},
-    {"None", "*DEL*"},
-    {"WPA-Personal", "psk"},
-    {"WPA2-Personal", "psk2"},
-    {"WPA-WPA2-Personal", "psk psk2"},
-    {"WPA-Enterprise", "wpa"},
-    {"WPA2-Enterprise", "wpa2"},
-    {"WPA-WPA2-Enterprise", "wpa wpa2"},
+#define AUTH_MODE(dataModel, manager) {dataModel, manager},
+#include "wifi/model/Mappers.def"
 };
 
 uint32_t wlcsm_dm_adjust_security(char* dataModel, uint32_t dataModelLen, char* manager, uint32_t managerLen,

@@ -100,7 +100,6 @@ Writing writeSpecial(SpecialValue special, const char* field, char* text) {
 }  // namespace quorvel
 
 constinit const WpaEncryptionPair wpaEncryptionMapper[3] = {
-    {0, "tkip"},
-    {1, "aes"},
-    {2, "tkip+aes"},
+#define WPA_ENCRYPTION(code, manager) {code, manager},
+#include "wifi/model/Mappers.def"
 };

@@ -1,0 +1,19 @@
+// Recordings printed: calls as a tree, and numbers.
+#pragma once
+
+#include <iosfwd>
+
+#include "recorder/desk/Filter.h"
+
+namespace quorvel::recorder {
+
+/// Prints the calls that the filter takes, with what the library did in each.
+void showText(std::ostream& out, const Recording& recording, const Filter& filter);
+/// Prints the same as one JSON document: {"recording": {...}, "calls": [...], "threads": [...], "gaps": [...]}.
+void showJson(std::ostream& out, const Recording& recording, const Filter& filter);
+
+/// Prints how often and how long each function was called, and how often the platform.
+void showStatistics(std::ostream& out, const Recording& recording);
+void showStatisticsJson(std::ostream& out, const Recording& recording);
+
+}  // namespace quorvel::recorder

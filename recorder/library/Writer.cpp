@@ -1,0 +1,290 @@
+#include "recorder/library/Writer.h"
+
+#include <pthread.h>
+#include <signal.h>
+#include <sys/random.h>
+#include <time.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+
+#include "recorder/format/RecordValues.h"
+#include "recorder/library/Imports.h"
+#include "recorder/library/Queue.h"
+#include "recorder/library/RecordingFile.h"
+#include "recorder/secrets/Secrets.h"
+
+namespace quorvel::recorder {
+
+namespace {
+
+// What the file calls the texts of the library: numbers from here on; functions have smaller ones.
+constexpr uint32_t kFirstConstant = 1024;
+constexpr uint32_t kMaxConstants = 1024;
+constexpr uint32_t kMaxThreads = 64;
+
+class Writer {
+  public:
+    constexpr Writer(const SipKey& key, Secrets::Kept kept) : secrets_(key, kept), kept_(kept) {}
+
+    const char* open(const Settings& settings);
+    void run();
+    void stop() {
+        stops_.store(true, std::memory_order_release);
+    }
+
+  private:
+    const char* beginFile(bool replayable);
+    void store(const BatchHead& batch);
+    void store(const BatchHead& batch, const QueuedHead& queued);
+    void convert(const BatchHead& batch, const QueuedHead& queued);
+    void add(const RecordHead& record);
+    void addGap(uint32_t lost, GapReason reason);
+    void addName(uint32_t number, const char* text);
+    uint32_t numberOfConstant(const char* text);
+    uint32_t numberOfThread(uint32_t token, bool begins);
+
+    Secrets secrets_;
+    Secrets::Kept kept_;
+    RecordingFile file_{};
+    const Settings* settings_ = nullptr;
+    std::atomic<bool> stops_{false};
+    uint32_t lostToDisk_ = 0;
+    bool functionNamed_[kNumbersInRecords] = {};
+    const char* constants_[kMaxConstants] = {};
+    uint32_t constantCount_ = 0;
+    struct Thread {
+        uint32_t token;
+        uint32_t number;
+    };
+    Thread threads_[kMaxThreads] = {};
+    uint32_t threadCount_ = 0;
+    uint32_t lastThread_ = 0;
+    // A record of the file has a longer head than the queue's, and shorter constants.
+    alignas(8) uint8_t record_[Queue::kLargestRecord + 64];
+    alignas(8) uint8_t small_[1024];
+};
+
+constexpr uint32_t rounded(uint32_t size) {
+    return (size + 7) & ~7U;
+}
+
+// Completes a record that was built behind its head.
+const RecordHead& finishSmall(uint8_t* record, uint32_t size, RecordKind kind, uint32_t values) {
+    memset(record + size, 0, rounded(size) - size);
+    RecordHead head{};
+    head.length = rounded(size);
+    head.kind = kind;
+    head.values = static_cast<uint8_t>(values);
+    memcpy(record, &head, sizeof head);
+    return *reinterpret_cast<const RecordHead*>(record);
+}
+
+const char* Writer::open(const Settings& settings) {
+    settings_ = &settings;
+    return beginFile(true);
+}
+
+const char* Writer::beginFile(bool replayable) {
+    if (const char* const failure = file_.open(settings_->file, settings_->limit); failure != nullptr) return failure;
+    memset(functionNamed_, 0, sizeof functionNamed_);
+    constantCount_ = 0;
+    timespec now{};
+    (void)clock_gettime(CLOCK_REALTIME, &now);  // every Linux has this clock
+    const uint32_t flags =
+        (replayable ? kReplayable : 0U) | (kept_.macs ? kMacsKept : 0U) | (kept_.ssids ? kSsidsKept : 0U);
+    const char* const slash = strrchr(settings_->library, '/');
+    const Text name(slash == nullptr ? settings_->library : slash + 1);
+    ValueWriter values(small_ + sizeof(RecordHead));
+    values.put(Number{kFormatVersion});
+    values.put(Number{sizeof(void*)});
+    values.put(Number{flags});
+    values.put(Number64{static_cast<uint64_t>(now.tv_sec)});
+    values.put(name);
+    const uint32_t size =
+        sizeof(RecordHead) + 3 * sizeInRecord(Number{}) + sizeInRecord(Number64{}) + sizeInRecord(name);
+    add(finishSmall(small_, size, RecordKind::kStart, 5));
+    return nullptr;
+}
+
+void Writer::run() {
+    for (;;) {
+        const BatchHead* const batch = queue.front();
+        uint32_t lost = 0;
+        if (queue.lostBefore(batch == nullptr, lost)) addGap(lost, GapReason::kQueueFull);
+        if (batch != nullptr) {
+            store(*batch);
+            queue.pop();
+            continue;
+        }
+        if (!file_.flush()) lostToDisk_ += file_.lostRecords();
+        // A thread that waits in the platform may keep its batch for ever.
+        if (stops_.load(std::memory_order_acquire)) break;
+        queue.wait();
+    }
+    add(finishSmall(small_, sizeof(RecordHead), RecordKind::kEnd, 0));
+    if (!file_.flush()) lostToDisk_ += file_.lostRecords();
+    file_.close();
+}
+
+void Writer::add(const RecordHead& record) {
+    if (lostToDisk_ != 0) {
+        const uint32_t lost = lostToDisk_;
+        lostToDisk_ = 0;
+        addGap(lost, GapReason::kDiskFull);
+        if (lostToDisk_ != 0) {
+            lostToDisk_ = lost + 1;
+            return;
+        }
+    }
+    if (!file_.add(&record, record.length)) lostToDisk_ += file_.lostRecords();
+}
+
+void Writer::addGap(uint32_t lost, GapReason reason) {
+    alignas(8) uint8_t record[64];
+    ValueWriter values(record + sizeof(RecordHead));
+    values.put(Number{lost});
+    values.put(Number{static_cast<uint32_t>(reason)});
+    const RecordHead& head = finishSmall(record, sizeof(RecordHead) + 2 * sizeInRecord(Number{}), RecordKind::kGap, 2);
+    if (!file_.add(&head, head.length)) lostToDisk_ += file_.lostRecords();
+}
+
+void Writer::addName(uint32_t number, const char* text) {
+    const Text name(text, sizeof small_ / 2, ValueRole::kArgument);
+    ValueWriter values(small_ + sizeof(RecordHead));
+    values.put(Number{number});
+    values.put(name);
+    add(finishSmall(small_, sizeof(RecordHead) + sizeInRecord(Number{}) + sizeInRecord(name), RecordKind::kName, 2));
+}
+
+uint32_t Writer::numberOfConstant(const char* text) {
+    for (uint32_t i = 0; i < constantCount_; ++i) {
+        if (constants_[i] == text) return kFirstConstant + i;
+    }
+    // The library has some four hundred; with more than there is room for the last number is used again.
+    const uint32_t index = constantCount_ < kMaxConstants ? constantCount_++ : kMaxConstants - 1;
+    constants_[index] = text;
+    addName(kFirstConstant + index, text);
+    return kFirstConstant + index;
+}
+
+uint32_t Writer::numberOfThread(uint32_t token, bool begins) {
+    Thread* free = nullptr;
+    for (uint32_t i = 0; i < threadCount_; ++i) {
+        if (threads_[i].token == token) free = &threads_[i];
+    }
+    if (free != nullptr && !begins) return free->number;
+    // A new thread may have the handle of one that has ended.
+    if (free == nullptr) free = &threads_[threadCount_ < kMaxThreads ? threadCount_++ : kMaxThreads - 1];
+    *free = {token, ++lastThread_};
+    return free->number;
+}
+
+// Writes a queued record in the file's form into record_.
+void Writer::convert(const BatchHead& batch, const QueuedHead& queued) {
+    ValueWriter values(record_ + sizeof(RecordHead));
+    uint32_t size = sizeof(RecordHead);
+    const auto* const begin = reinterpret_cast<const uint8_t*>(&queued) + sizeof queued;
+    (void)forEachValue(begin, queued.length - static_cast<uint32_t>(sizeof queued), queued.values,
+                       [&](ValueRole role, ValueType type, const uint8_t* bytes, uint32_t length) {
+                           if (type == ValueType::kConstant) {
+                               uint64_t address;
+                               memcpy(&address, bytes, sizeof address);
+                               const auto* const text = reinterpret_cast<const char*>(static_cast<uintptr_t>(address));
+                               values.name(role, numberOfConstant(text));
+                               size += 8;
+                               return;
+                           }
+                           values.raw(role, type, bytes, length);
+                           size += 4 + padded(length);
+                       });  // the queue's records are whole
+    memset(record_ + size, 0, rounded(size) - size);
+    RecordHead head{};
+    head.length = rounded(size);
+    head.kind = queued.kind;
+    head.values = queued.values;
+    head.function = queued.function;
+    head.thread = numberOfThread(batch.thread, queued.kind == RecordKind::kThread);
+    head.seconds = batch.seconds;
+    head.nanoseconds = batch.nanoseconds;
+    head.error = queued.error;
+    memcpy(record_, &head, sizeof head);
+}
+
+void Writer::store(const BatchHead& batch) {
+    forEachRecord(batch, [&](const QueuedHead& queued) { store(batch, queued); });
+}
+
+void Writer::store(const BatchHead& batch, const QueuedHead& queued) {
+    if (file_.isFull()) {
+        add(finishSmall(small_, sizeof(RecordHead), RecordKind::kEnd, 0));
+        if (!file_.flush()) lostToDisk_ += file_.lostRecords();
+        file_.close();
+        // The library keeps scan results, slots and more between calls, which the next file does not know.
+        if (const char* const failure = beginFile(false); failure != nullptr) {
+            (void)fprintf(stderr, "quorvel_wifi recorder: %s\n", failure);
+        }
+    }
+    const bool hasFunction = queued.kind != RecordKind::kThread;
+    if (hasFunction && !functionNamed_[queued.function]) {
+        functionNamed_[queued.function] = true;
+        addName(queued.function, nameOfNumber(queued.function));
+    }
+    convert(batch, queued);
+    auto* const record = reinterpret_cast<RecordHead*>(record_);
+    secrets_.replaceIn(record, hasFunction ? nameOfNumber(queued.function) : "",
+                       [this](uint32_t number) { return constants_[number - kFirstConstant]; });
+    add(*record);
+}
+
+// Made in place when recording begins: the writer is large, and most hosts never record.
+alignas(Writer) uint8_t writerMemory[sizeof(Writer)];
+Writer* writer;
+pthread_t writerThread;
+Settings writerSettings;
+
+SipKey freshKey() {
+    SipKey key{};
+    if (getrandom(&key, sizeof key, 0) == static_cast<ssize_t>(sizeof key)) return key;
+    // An old kernel: addresses and time are what there is.
+    timespec now{};
+    (void)clock_gettime(CLOCK_MONOTONIC, &now);
+    key.low = static_cast<uint64_t>(now.tv_nsec) << 32 ^ reinterpret_cast<uintptr_t>(&key);
+    key.high = static_cast<uint64_t>(now.tv_sec) ^ reinterpret_cast<uintptr_t>(&writer) << 16;
+    return key;
+}
+
+void* runWriter(void* /*unused*/) {
+    writer->run();
+    return nullptr;
+}
+
+}  // namespace
+
+const char* beginWriting(const Settings& settings) {
+    writerSettings = settings;
+    auto* const created = new (writerMemory) Writer(freshKey(), {settings.keepMacs, settings.keepSsids});
+    if (const char* const failure = created->open(writerSettings); failure != nullptr) return failure;
+    writer = created;
+    // The host's signals are not the writer's.
+    sigset_t all;
+    sigset_t before;
+    (void)sigfillset(&all);
+    (void)pthread_sigmask(SIG_BLOCK, &all, &before);
+    const int code = pthread_create(&writerThread, nullptr, runWriter, nullptr);
+    (void)pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (code == 0) return nullptr;
+    writer = nullptr;
+    return "the system has no thread for the writer";
+}
+
+void endWriting() {
+    if (writer == nullptr) return;
+    writer->stop();
+    queue.wake();
+    (void)pthread_join(writerThread, nullptr);  // it was created joinable and ends by itself
+    writer = nullptr;
+}
+
+}  // namespace quorvel::recorder
