@@ -263,6 +263,8 @@ void AgentCore::onRebooted() {
         open.push_back(id);
     for (const std::uint64_t id : open)
         transports_.closeChannel(id, "the board restarts");
+    // A transport may close later; Boot! waits for the connection that follows.
+    lines_.clear();
     begin(cause);
 }
 

@@ -115,6 +115,8 @@ void MqttLink::restart(const std::string& reason) {
     if (client_ == nullptr) return;
     (void)mosquitto_disconnect(client_.get());  // the connection ends in any case
     lose(reason, MqttState::kUnreachable);
+    // The broker is not to blame: nothing to wait for.
+    connectNow();
 }
 
 void MqttLink::connectNow() {

@@ -54,7 +54,7 @@ class MqttLink {
     /// Ends the connection with DISCONNECT after everything that was sent before.
     void stop();
 
-    /// Ends the connection and connects again after a wait.
+    /// Ends the connection and connects again at once.
     void restart(const std::string& reason);
 
     /// Publishes one record to `topic`. Returns false when the link is not ready or its queue is full.

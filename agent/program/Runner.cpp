@@ -1,5 +1,6 @@
 #include "agent/program/Runner.h"
 
+#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -10,8 +11,18 @@ namespace quorvel::agent {
 namespace {
 
 constexpr std::chrono::milliseconds kStatusInterval(1000);
+// A controller that is started next should find its agent listening, but a broker may be away for long.
+constexpr std::chrono::seconds kFirstConnection(2);
+constexpr std::chrono::milliseconds kLook(50);
 // How long a board that is up may take to say so.
 constexpr std::chrono::seconds kPatience(10);
+
+// Tells whether every transport is up.
+bool isReachable(const nlohmann::ordered_json& status) {
+    const auto& mtps = status.at("mtps");
+    return !mtps.empty() && std::all_of(mtps.begin(), mtps.end(),
+                                        [](const nlohmann::ordered_json& mtp) { return mtp.at("status") == "Up"; });
+}
 
 void logLine(const std::string& line) {
     std::cerr << line << '\n';
@@ -42,6 +53,9 @@ void Runner::start() {
     gateway_.onReady = {};
     if (!ready) throw std::runtime_error("the board does not answer; is its host process stopped?");
     agent_.start();
+    const auto connected = EventLoop::Clock::now() + kFirstConnection;
+    while (!isReachable(agent_.status()) && EventLoop::Clock::now() < connected)
+        (void)loop_.once(kLook);
     reportStatus();
 }
 

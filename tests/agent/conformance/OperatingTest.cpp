@@ -68,9 +68,11 @@ TEST_F(Operating, T1_79_OperationCompletes) {
 }
 
 TEST_F(Operating, T1_91_UnknownArgumentIsIgnored) {
+    (void)subscribe("done", "OperationComplete", "Device.ScheduleTimer()");
     const usp::Msg answer =
         ask(operate("Device.ScheduleTimer()", "timer-4", true, {{"DelaySeconds", "1"}, {"Invalid", "1"}}));
     EXPECT_TRUE(result(answer).has_req_obj_path()) << answer.DebugString();
+    EXPECT_TRUE(controller_.awaitNotify("done"));
 }
 
 TEST_F(Operating, T1_100_MissingArgumentIsRefused) {

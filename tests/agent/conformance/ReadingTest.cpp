@@ -193,7 +193,9 @@ TEST_F(Reading, T1_75_SupportedModelOfTheRoot) {
 }
 
 TEST_F(Reading, T1_76_SupportedModelWithoutDetails) {
-    for (const auto& each : object(ask(supported({"Device.LocalAgent."}, false, false))).supported_objs()) {
+    const usp::Msg answer = ask(supported({"Device.LocalAgent."}, false, false));
+    ASSERT_GT(object(answer).supported_objs_size(), 5);
+    for (const auto& each : object(answer).supported_objs()) {
         EXPECT_EQ(each.supported_params_size(), 0);
         EXPECT_EQ(each.supported_commands_size(), 0);
         EXPECT_EQ(each.supported_events_size(), 0);

@@ -49,6 +49,7 @@ void AgentWorld::start() {
 }
 
 void AgentWorld::connect(std::uint64_t channel) {
+    channel_ = channel;
     Channel opened;
     opened.id = channel;
     opened.mtp = "Device.LocalAgent.MTP.1.";
@@ -83,7 +84,7 @@ usp_record::Record AgentWorld::record(const usp::Msg& message, const std::string
 }
 
 void AgentWorld::deliver(const usp_record::Record& record, const std::string& responseTopic) {
-    EXPECT_TRUE(agent->onRecord(record.SerializeAsString(), {1, "/usp/endpoint", responseTopic}));
+    EXPECT_TRUE(agent->onRecord(record.SerializeAsString(), {channel_, "/usp/endpoint", responseTopic}));
 }
 
 usp::Msg AgentWorld::ask(usp::Msg message, const std::string& from) {

@@ -99,7 +99,8 @@ class AgentWorld : public testing::Test {
     std::unique_ptr<Agent> agent;
 
   private:
-    std::size_t seen_ = 0;  // of what was sent
+    std::uint64_t channel_ = 1;  // connected last
+    std::size_t seen_ = 0;       // of what was sent
     unsigned lastId_ = 0;
     std::filesystem::path folder_;
 };
