@@ -36,7 +36,10 @@ void addOptions(CLI::App& app, Options& options, ArgumentKinds& kinds) {
     CLI::Option* const json = app.add_flag("--json", options.json, "Print JSON");
     app.add_flag("--plain", options.plain, "Print one record per line, tab-separated")->excludes(json);
     app.add_flag("--no-color", options.noColor, "No colours (also: NO_COLOR)");
-    app.add_flag("--no-sandbox", options.noSandbox, "Run the board without namespaces");
+    add(ArgumentKind::kSandbox, "--sandbox", options.sandbox,
+        "Keep the board apart by namespaces, or by its folder alone")
+        ->type_name("KIND")
+        ->check(CLI::IsMember({"namespaces", "folder"}));
     app.add_flag("--real-time", options.realTime, "Wait as the device waits; no running ahead in time");
     app.add_flag("--reveal", options.reveal, "Show passphrases, keys and PINs");
     add(ArgumentKind::kFolder, "--programs", options.programs, "Folder with the board's bin/, lib/ and boards/")
@@ -174,12 +177,12 @@ void refuseWhatCannotBeNested(const CLI::App& app, const Session& session, const
     const bool texts = same(&Options::board) && same(&Options::state) && same(&Options::plugin) &&
                        same(&Options::configuration) && same(&Options::programs) && same(&Options::emulator) &&
                        same(&Options::logFile);
-    if (texts && same(&Options::logLevel) && same(&Options::noSandbox) && same(&Options::realTime)) return;
+    if (texts && same(&Options::logLevel) && same(&Options::sandbox) && same(&Options::realTime)) return;
     // play has a board of its own; selftest has none.
     if (verb == "play" || verb == "selftest") return;
     throw CLI::ValidationError(
         "the board is chosen when a shell or a batch begins; give --board, --state, --plugin, --configuration, "
-        "--log-level, --log-file, --real-time, --no-sandbox, --programs and --emulator there");
+        "--log-level, --log-file, --real-time, --sandbox, --programs and --emulator there");
 }
 
 }  // namespace

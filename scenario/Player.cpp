@@ -121,7 +121,9 @@ class Play {
 Result play(const Scenario& scenario, const launch::Options& options, std::uint64_t seed,
             const std::function<void(const Entry&)>& onEntry, const std::function<bool(Time now)>& stop) {
     Stage stage(options, scenario, seed);
-    return Play(scenario, stage, onEntry).run(stop);
+    Result result = Play(scenario, stage, onEntry).run(stop);
+    result.notice = stage.notice();
+    return result;
 }
 
 }  // namespace quorvel::scenario

@@ -32,6 +32,7 @@ struct Result {
     std::vector<Entry> entries;  ///< in the order in which they were decided
     std::vector<LogLine> log;
     Time end = 0;
+    std::string notice;  ///< what the board had to say about its sandbox
 
     [[nodiscard]] std::size_t count(Entry::Kind kind) const;
     /// Tells whether every expectation held and no step failed.

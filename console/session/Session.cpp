@@ -23,7 +23,7 @@ void warnOfIdleOptions(const Options& options) {
     add(!options.configuration.empty(), "--configuration");
     add(options.logLevel >= 0, "--log-level");
     add(!options.logFile.empty(), "--log-file");
-    add(options.noSandbox, "--no-sandbox");
+    add(!options.sandbox.empty(), "--sandbox");
     if (!idle.empty()) {
         std::cerr << "quorvel-wifi: warning: the board is up already: " << idle
                   << " would have to be given to \"up\"\n";
@@ -60,6 +60,7 @@ Gateway& Session::gateway() {
     gateway_ = Gateway::open(options);
     progress.clear();
     if (gateway_->inBackground()) warnOfIdleOptions(options);
+    if (!gateway_->notice().empty()) std::cerr << "quorvel-wifi: " << gateway_->notice() << '\n';
     if (!gateway_->bootTrouble().empty()) std::cerr << "quorvel-wifi: warning: " << gateway_->bootTrouble() << '\n';
     return *gateway_;
 }

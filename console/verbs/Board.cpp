@@ -50,7 +50,11 @@ int up(const Session& session, const launch::UspOptions& usp) {
         // People live in real time.
         Options options = session.options;
         options.realTime = true;
-        if (!running) Gateway::startInBackground(options);
+        if (!running) {
+            const std::string notice = Gateway::startInBackground(options);
+            progress.clear();
+            if (!notice.empty()) std::cerr << "quorvel-wifi: " << notice << '\n';
+        }
         if (usp.any()) endpoint = launch::startUsp(session.options, usp);
     }
     Json result = {{"up", true}, {"state", state}};

@@ -166,6 +166,7 @@ int play(Session& session, const Wishes& wishes) {
         throw Interrupted{};
     }
     progress.clear();
+    if (!result.notice.empty()) std::cerr << "quorvel-wifi: " << result.notice << '\n';
     writeFile(wishes.junit, scenario::junit(scenario, result));
     writeFile(wishes.events, scenario::eventLog(result));
     if (session.options.json) printJson(scenario::toJson(scenario, result, seed), {});

@@ -16,7 +16,7 @@
 
 #include "common/Descriptor.h"
 #include "gateway/board/Failure.h"
-#include "gateway/board/OpenPlaces.h"
+#include "gateway/board/FolderPlaces.h"
 #include "gateway/board/Plan.h"
 #include "gateway/board/Sandbox.h"
 #include "gateway/board/StateFolder.h"
@@ -29,7 +29,9 @@
 //   first       process 1 of the board; built the root; takes in orphans
 //   host        the process that enterBoard returns in
 //
-// Each dies with its parent, and with `first` everything on the board.
+// Each dies with its parent, and with `first` everything on the board: the kernel ends a process namespace with its
+// first process. In the folder sandbox `first` and the caller take in the processes that lose their parents, and end
+// what is left before they go.
 namespace quorvel::board {
 namespace {
 
@@ -99,8 +101,8 @@ void setEnvironment(const Places& places, pid_t first) {
     setVariable("QUORVEL_BOARD", places.boardFile);
     setVariable("QUORVEL_STATE", places.state);
     setVariable("QUORVEL_WLAN_SOCKET", places.socket);
-    setVariable("QUORVEL_NOTIFY_SOCKET", "/tmp/notify-socket");
-    setVariable("QUORVEL_SANDBOX", places.state == "/data" ? "1" : "0");
+    setVariable("QUORVEL_NOTIFY_SOCKET", places.notifySocket);
+    setVariable("QUORVEL_INTERFACES", places.interfaces);
     setVariable("QUORVEL_BOARD_FIRST_PROCESS", std::to_string(first));
 }
 
@@ -114,6 +116,7 @@ Places sandboxPlaces(const Plan& plan) {
     places.state = "/data";
     places.hostState = plan.state;
     places.socket = "/var/run/wlmngr2.socket";
+    places.notifySocket = "/tmp/notify-socket";
     return places;
 }
 
@@ -139,9 +142,12 @@ Places forkHost(const Places& places, Power& power) {
         return places;
     }
     power.report.reset();
-    letGoOf(power.inherited);
+    // In the folder sandbox this process is the last to go: who waits for the end of the board's descriptors finds its
+    // folder free.
+    letGoOf(places.root.empty() ? power.inherited : std::vector<int>());
     const int status = supervise(host);
     endDescendants();
+    if (!places.root.empty()) removeFolderPlaces(power.plan);
     _exit(status);
 }
 
@@ -166,23 +172,31 @@ Places beGuardian(Power& power) {
     _exit(supervise(first));
 }
 
-Places beFirstInTheOpen(Power& power) {
-    if (!dieWithParent(power.caller)) _exit(1);
-    // Emulators refuse it: then what leaves its parents behind is on its own, which the driver's tasks take for the
-    // end.
+// Emulators refuse it: then what leaves its parents behind is on its own, which the driver's tasks take for the end.
+void takeInOrphans() {
     (void)prctl(PR_SET_CHILD_SUBREAPER, 1);
-    return forkHost(makeOpenPlaces(power.plan), power);
+}
+
+Places beFirstInFolder(Power& power) {
+    // The caller's death ends the board, but not this process, before everything else on the board has ended.
+    if (!hearOfParentsEnd(power.caller)) _exit(1);
+    takeInOrphans();
+    return forkHost(makeFolderPlaces(power.plan), power);
 }
 
 // Stays outside. Throws when the board did not come up, otherwise ends with the board.
 [[noreturn]] void waitOutside(pid_t child, const common::Descriptor& answers, const Power& power,
-                              const Options& options) {
+                              const Options& options, bool inFolder) {
     const std::string text = readAll(answers.get());
     if (text == kPoweredUp) {
         std::vector<int> others = power.inherited;
         std::erase_if(others, [&options](int number) { return std::ranges::count(options.kept, number) > 0; });
         letGoOf(others);
         const int ended = supervise(child);
+        if (inFolder) {
+            endDescendants();
+            removeFolderPlaces(power.plan);
+        }
         if (options.ended) options.ended(ended);
         _exit(ended);
     }
@@ -191,7 +205,47 @@ Places beFirstInTheOpen(Power& power) {
     throw BoardError("The board's first process ended unexpectedly with status " + std::to_string(status) + ".");
 }
 
+// Forks the board's processes. Returns in the host only; throws in the caller when the board did not come up.
+Places powerUp(Power& power, const Options& options, bool inFolder) {
+    Pipe report = makePipe();
+    if (inFolder) takeInOrphans();
+    const pid_t child = forkOrThrow();
+    if (child > 0) {
+        report.writer.reset();
+        waitOutside(child, report.reader, power, options, inFolder);
+    }
+    report.reader.reset();
+    power.report = std::move(report.writer);
+    return runOrReport(power, [&] { return inFolder ? beFirstInFolder(power) : beGuardian(power); });
+}
+
+Places powerUpInSandbox(Power& power, const Options& options) {
+    switch (options.sandbox) {
+        case Sandbox::kNamespaces:
+            return powerUp(power, options, false);
+        case Sandbox::kFolder:
+            return powerUp(power, options, true);
+        case Sandbox::kAutomatic:
+            break;
+    }
+    try {
+        return powerUp(power, options, false);
+    } catch (const BoardError&) {
+        Places places = powerUp(power, options, true);
+        places.notice =
+            "namespaces are refused here, so the board is kept to its folder (--sandbox namespaces says why)";
+        return places;
+    }
+}
+
 }  // namespace
+
+std::optional<Sandbox> sandboxCalled(std::string_view word) {
+    if (word == "automatic") return Sandbox::kAutomatic;
+    if (word == "namespaces") return Sandbox::kNamespaces;
+    if (word == "folder") return Sandbox::kFolder;
+    return std::nullopt;
+}
 
 Places enterBoard(const Options& options) {
     Power power;
@@ -199,18 +253,10 @@ Places enterBoard(const Options& options) {
     power.caller = getpid();
     power.inherited = openDescriptors();
     power.lock = takeStateFolder(power.plan.state);
-    Pipe report = makePipe();
-    (void)std::fflush(nullptr);  // or both sides of the fork would write it
+    (void)std::fflush(nullptr);  // or both sides of a fork would write it
 
     const BlockedSignals blocked;  // until this returns, in the process that it returns in
-    const pid_t child = forkOrThrow();
-    if (child > 0) {
-        report.writer.reset();
-        waitOutside(child, report.reader, power, options);
-    }
-    report.reader.reset();
-    power.report = std::move(report.writer);
-    Places places = runOrReport(power, [&] { return options.sandbox ? beGuardian(power) : beFirstInTheOpen(power); });
+    Places places = powerUpInSandbox(power, options);
     // The host keeps the state folder taken as well.
     static common::Descriptor held;
     held = std::move(power.lock);

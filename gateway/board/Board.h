@@ -3,11 +3,23 @@
 // The simulated gateway's board: power, sandbox and places.
 
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorvel::board {
+
+/// The means that keep a board apart from the machine and from other boards.
+enum class Sandbox {
+    kAutomatic,   ///< namespaces, or the folder where the machine refuses them
+    kNamespaces,  ///< the kernel's namespaces: the board sees nothing but its own
+    kFolder,      ///< the host process leads the plug-in to places in the state folder
+};
+
+/// Returns the sandbox that `word` asks for: "automatic", "namespaces" or "folder"; nothing for another word.
+[[nodiscard]] std::optional<Sandbox> sandboxCalled(std::string_view word);
 
 /// The choices with which a board is powered up.
 struct Options {
@@ -29,9 +41,8 @@ struct Options {
     /// A host configuration (INI) to use instead of the board's own. Empty: the board's own.
     std::string configuration;
 
-    /// False runs without namespaces: /tmp and /var are the machine's own, there are no interfaces wlN, and the board's
-    /// other places lie in the state folder. Programs call the option `--no-sandbox`; error texts name it so.
-    bool sandbox = true;
+    /// Programs call the option `--sandbox`; error texts name it so.
+    Sandbox sandbox = Sandbox::kAutomatic;
 
     /// Folders of the machine that stay writable on the board (log files, coverage data); everything else of the
     /// machine is read-only there. One that /tmp, /var, /data or /board hides cannot be reached and is ignored.
@@ -49,9 +60,12 @@ struct Options {
     std::function<void(int status)> ended;
 };
 
-/// Where things are, as seen by the process on the board. Without a sandbox these are places in the state folder and
-/// the program folder instead of the ones named here.
+/// Where things are, as seen by the process on the board. In the folder sandbox these are places below `root` instead
+/// of the ones named here, and the state folder itself.
 struct Places {
+    std::string root;           ///< "", or the folder that plays the machine's root for the plug-in's /tmp and /var
+    std::string interfaces;     ///< "", or the file with the interfaces' counters (common/InterfaceCounters.h)
+    std::string notice;         ///< why the board has another sandbox than namespaces, unless that was asked for
     std::string plugin;         ///< /board/lib/libquorvel_wifi.so, whatever the file was called outside
     std::string programs;       ///< /board/bin
     std::string libraries;      ///< /board/lib
@@ -59,6 +73,7 @@ struct Places {
     std::string configuration;  ///< /board/etc/host.ini
     std::string state;          ///< /data
     std::string socket;         ///< /var/run/wlmngr2.socket, the WLAN manager's
+    std::string notifySocket;   ///< /tmp/notify-socket, the station events'
     std::string hostState;      ///< the state folder's name outside, for messages
 };
 
@@ -77,15 +92,20 @@ class BoardError : public std::runtime_error {
 ///
 /// The board is off when the returned process has ended: everything else that still runs on it is killed before the
 /// calling process exits. It is also off when the calling process dies, for whatever reason. Nothing of it outlives
-/// either.
+/// either. In the folder sandbox, /tmp and /var of the board are removed then; a board whose processes outside were all
+/// killed leaves them, and the next one on the state folder begins with empty ones.
 ///
 /// In the returned process:
 /// - every descriptor that the caller had open is still open (a socket to talk through); in the process that stays
 ///   outside and in the board's first process they are closed, and so are their standard input and output;
-/// - the working folder is `/` (without a sandbox: unchanged);
+/// - the working folder is `/` (in the folder sandbox: `root`);
 /// - PATH begins with the board's programs, LD_LIBRARY_PATH (for programs started from here) with its libraries, and
-///   QUORVEL_CONFIG, QUORVEL_BOARD, QUORVEL_STATE, QUORVEL_WLAN_SOCKET, QUORVEL_NOTIFY_SOCKET name the board's places.
-///   Without a sandbox the station events stay at /tmp/notify-socket, the place that the plug-in knows.
+///   QUORVEL_CONFIG, QUORVEL_BOARD, QUORVEL_STATE, QUORVEL_WLAN_SOCKET, QUORVEL_NOTIFY_SOCKET name the board's places,
+///   QUORVEL_INTERFACES the counters of a board in the folder sandbox, QUORVEL_BOARD_FIRST_PROCESS the process whose
+///   descendants are the board's.
+///
+/// The folder sandbox isolates boards that mean no harm; it is no boundary against a plug-in that does. The returned
+/// process must lead the plug-in's calls for /tmp, /var and /proc/net/dev to `root` and `interfaces`.
 ///
 /// Throws BoardError, in the calling process only, when the board cannot be powered up: nothing of it runs then. A
 /// state folder belongs to one board at a time; a second one waits a second for it and then gives up.

@@ -46,7 +46,7 @@ std::string cause(int error, const std::string& settings) {
 std::string adviseOnNamespaces(int error, const std::string& settings) {
     return std::string("The board's namespaces cannot be created (") + std::strerror(error) +
            "): " + cause(error, settings) +
-           ". Or run with --no-sandbox: then the board uses the machine's own /tmp and /var and has no interfaces.";
+           ". Or run with --sandbox folder: then the host process keeps the board to its folder.";
 }
 
 }  // namespace quorvel::board

@@ -8,47 +8,26 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <fstream>
-#include <string>
 #include <vector>
+
+#include "common/BoardProcesses.h"
 
 namespace quorvel::board {
 namespace {
 
+// The signal that the kernel sends for a parent that has died: one that nothing else here sends.
+constexpr int kParentEnded = SIGPWR;
+
 sigset_t watchedSignals() {
     sigset_t set;
     sigemptyset(&set);
-    for (const int number : {SIGCHLD, SIGTERM, SIGINT, SIGHUP})
+    for (const int number : {SIGCHLD, SIGTERM, SIGINT, SIGHUP, kParentEnded})
         sigaddset(&set, number);
     return set;
 }
 
 int exitCodeOf(int status) {
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-}
-
-// Numbers that name entries of a folder. `reader` becomes the descriptor that the folder was read through.
-std::vector<int> numbersIn(const char* folder, int& reader) {
-    std::vector<int> numbers;
-    DIR* open = opendir(folder);
-    if (open == nullptr) return numbers;
-    reader = dirfd(open);
-    while (const dirent* entry = readdir(open)) {
-        char* end = nullptr;
-        const long number = std::strtol(entry->d_name, &end, 10);
-        if (end != entry->d_name && *end == '\0') numbers.push_back(static_cast<int>(number));
-    }
-    closedir(open);
-    return numbers;
-}
-
-pid_t parentOf(int process) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-    std::string text;
-    std::getline(file, text);
-    const std::size_t name = text.rfind(')');
-    if (name == std::string::npos || name + 4 > text.size()) return 0;
-    return static_cast<pid_t>(std::strtol(text.c_str() + name + 4, nullptr, 10));
 }
 
 }  // namespace
@@ -66,6 +45,10 @@ bool dieWithParent(pid_t parent) {
     return prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && getppid() == parent;
 }
 
+bool hearOfParentsEnd(pid_t parent) {
+    return prctl(PR_SET_PDEATHSIG, kParentEnded) == 0 && getppid() == parent;
+}
+
 int supervise(pid_t child) {
     (void)signal(SIGCHLD, SIG_DFL);  // an ignored SIGCHLD would take the status away
     const sigset_t set = watchedSignals();
@@ -77,6 +60,10 @@ int supervise(pid_t child) {
         }
         siginfo_t info{};
         const int number = sigwaitinfo(&set, &info);
+        if (number == kParentEnded) {
+            kill(child, SIGKILL);
+            continue;
+        }
         // The terminal sends a signal to all of the board's processes.
         if (number > 0 && number != SIGCHLD && info.si_code != SI_KERNEL) kill(child, number);
     }
@@ -85,18 +72,21 @@ int supervise(pid_t child) {
 void endDescendants() {
     // Killing one may hand its children to this process: until there is none left.
     for (;;) {
-        int reader = -1;
-        for (const int process : numbersIn("/proc", reader)) {
-            if (parentOf(process) == getpid()) kill(process, SIGKILL);
-        }
+        for (const pid_t process : common::childrenOf(getpid()))
+            kill(process, SIGKILL);
         if (waitpid(-1, nullptr, 0) < 0 && errno == ECHILD) return;
     }
 }
 
 std::vector<int> openDescriptors() {
-    int reader = -1;
-    std::vector<int> numbers = numbersIn("/proc/self/fd", reader);
-    std::erase_if(numbers, [reader](int number) { return number <= STDERR_FILENO || number == reader; });
+    std::vector<int> numbers;
+    DIR* const folder = opendir("/proc/self/fd");
+    if (folder == nullptr) return numbers;
+    while (const dirent* entry = readdir(folder)) {
+        const int number = static_cast<int>(std::strtol(entry->d_name, nullptr, 10));
+        if (number > STDERR_FILENO && number != dirfd(folder)) numbers.push_back(number);
+    }
+    closedir(folder);
     return numbers;
 }
 

@@ -23,6 +23,10 @@ class BlockedSignals {
 /// Asks the kernel to kill this process when its parent dies. Returns false when `parent` is no longer the parent.
 [[nodiscard]] bool dieWithParent(pid_t parent);
 
+/// Asks the kernel to let this process know when its parent dies: `supervise` then kills the child that it waits for.
+/// Returns false when `parent` is no longer the parent.
+[[nodiscard]] bool hearOfParentsEnd(pid_t parent);
+
 /// Waits until `child` has ended, reaping every other child that ends meanwhile and handing SIGTERM, SIGINT and SIGHUP
 /// on. Signals must be blocked (BlockedSignals). Returns the child's exit status, 128 + signal when a signal ended it.
 [[nodiscard]] int supervise(pid_t child);

@@ -1,6 +1,5 @@
-// Finds running tasks by name.
+// Finds running tasks by name: the board's, not others of the machine.
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -8,11 +7,11 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
+#include <exception>
 #include <span>
 #include <string_view>
 
+#include "common/BoardProcesses.h"
 #include "gateway/framework/Platform.h"
 
 namespace {
@@ -20,16 +19,10 @@ namespace {
 // The kernel keeps this many characters of a task's name.
 constexpr std::size_t kNameLength = 15;
 
-struct CloseFolder {
-    void operator()(DIR* folder) const {
-        (void)closedir(folder);  // nothing was written
-    }
-};
-
 // Reads /proc/PID/FILE as far as it fits. Returns the bytes read.
-std::string_view readEntry(const char* pid, const char* name, std::span<char> buffer) {
-    std::array<char, 300> path{};
-    (void)std::snprintf(path.data(), path.size(), "/proc/%s/%s", pid, name);
+std::string_view readEntry(pid_t pid, const char* name, std::span<char> buffer) {
+    std::array<char, 64> path{};
+    (void)std::snprintf(path.data(), path.size(), "/proc/%d/%s", static_cast<int>(pid), name);
     const int file = open(path.data(), O_RDONLY | O_CLOEXEC);
     if (file < 0) return {};
     const ssize_t count = read(file, buffer.data(), buffer.size());
@@ -38,7 +31,7 @@ std::string_view readEntry(const char* pid, const char* name, std::span<char> bu
 }
 
 // Tells whether a task is called `name` and has not ended: one that is only not reaped yet keeps its name.
-bool isRunning(const char* pid, std::string_view name) {
+bool isRunning(pid_t pid, std::string_view name) {
     std::array<char, 64> nameBuffer{};
     std::string_view found = readEntry(pid, "comm", nameBuffer);
     if (found.ends_with('\n')) found.remove_suffix(1);
@@ -54,14 +47,14 @@ bool isRunning(const char* pid, std::string_view name) {
 
 std::int32_t QuorvelUtilGetPidByName(const char* name) {
     if (name == nullptr || name[0] == '\0') return 0;
-    const std::unique_ptr<DIR, CloseFolder> processes(opendir("/proc"));
-    if (processes == nullptr) return 0;
     const std::string_view wanted = std::string_view(name).substr(0, kNameLength);
-    std::int32_t lowest = 0;
-    while (const dirent* entry = readdir(processes.get())) {
-        const long pid = std::strtol(entry->d_name, nullptr, 10);
-        if (pid <= 0 || !isRunning(entry->d_name, wanted)) continue;
-        lowest = lowest == 0 ? static_cast<std::int32_t>(pid) : std::min(lowest, static_cast<std::int32_t>(pid));
+    try {
+        std::int32_t lowest = 0;
+        for (const pid_t process : quorvel::common::boardProcesses()) {
+            if ((lowest == 0 || process < lowest) && isRunning(process, wanted)) lowest = process;
+        }
+        return lowest;
+    } catch (const std::exception&) {
+        return 0;
     }
-    return lowest;
 }

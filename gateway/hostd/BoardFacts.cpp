@@ -6,6 +6,7 @@
 #include <optional>
 #include <sstream>
 
+#include "common/InterfaceCounters.h"
 #include "common/JsonDepth.h"
 #include "gateway/hostd/Manager.h"
 #include "gateway/hostd/Reply.h"
@@ -54,6 +55,11 @@ const char* stateWord(std::int32_t pid) {
     }
 }
 
+std::string networkDevices(const board::Places& places) {
+    if (places.interfaces.empty()) return contents("/proc/net/dev");
+    return common::InterfaceCounters(places.interfaces).networkDevices();
+}
+
 Task task(const char* name) {
     const std::int32_t pid = QuorvelUtilGetPidByName(name);
     return {name, pid > 0 ? std::optional(pid) : std::nullopt, stateWord(pid)};
@@ -61,8 +67,8 @@ Task task(const char* name) {
 
 }  // namespace
 
-protocol::BoardFacts boardFacts(const std::string& boardFile) {
-    const Json board = common::parseShallow(contents(boardFile));
+protocol::BoardFacts boardFacts(const board::Places& places) {
+    const Json board = common::parseShallow(contents(places.boardFile));
     const auto member = [&board](const char* name) {
         return board.is_object() && board.contains(name) ? board.at(name) : Json(nullptr);
     };
@@ -70,17 +76,17 @@ protocol::BoardFacts boardFacts(const std::string& boardFile) {
     facts.name = member("name");
     facts.identifier = member("identifier");
     facts.chips = member("chips");
-    facts.chipsFound = firstLine(contents("/tmp/wl_instances.txt"));
+    facts.chipsFound = firstLine(contents(places.root + "/tmp/wl_instances.txt"));
     facts.tasks = {task("wler_thread0"), task("wler_thread1")};
     facts.manager = task(kManager);
-    for (const protocol::InterfaceCounters& each : interfaceCounters())
+    for (const protocol::InterfaceCounters& each : interfaceCounters(places))
         facts.interfaces.push_back(each.interface);
     return facts;
 }
 
-std::vector<protocol::InterfaceCounters> interfaceCounters() {
+std::vector<protocol::InterfaceCounters> interfaceCounters(const board::Places& places) {
     std::vector<protocol::InterfaceCounters> found;
-    std::istringstream in(contents("/proc/net/dev"));
+    std::istringstream in(networkDevices(places));
     for (std::string line; std::getline(in, line);) {
         const std::size_t begin = line.find_first_not_of(' ');
         const std::size_t colon = line.find(':');
@@ -100,10 +106,10 @@ std::vector<protocol::InterfaceCounters> interfaceCounters() {
     return found;
 }
 
-protocol::LivePicture lookAround() {
+protocol::LivePicture lookAround(const board::Places& places) {
     protocol::LivePicture picture;
     picture.manager = task(kManager);
-    picture.interfaces = interfaceCounters();
+    picture.interfaces = interfaceCounters(places);
     if (!managerAbsence().empty()) return picture;
     if (auto state = protocol::readSimulationState(askSimulation("state"))) picture.radios = std::move(state->radios);
     if (auto answer = protocol::readSimulationAnswer(askSimulation("station.list"))) {

@@ -3,18 +3,19 @@
 #include <string>
 #include <vector>
 
+#include "gateway/board/Board.h"
 #include "gateway/hostd/protocol/Requests.h"
 
 namespace quorvel::hostd {
 
-/// Returns facts about the board that no parameter says. `boardFile` is its description.
-[[nodiscard]] protocol::BoardFacts boardFacts(const std::string& boardFile);
+/// Returns facts about the board that no parameter says.
+[[nodiscard]] protocol::BoardFacts boardFacts(const board::Places& places);
 
 /// Returns what the wireless interfaces have counted.
-[[nodiscard]] std::vector<protocol::InterfaceCounters> interfaceCounters();
+[[nodiscard]] std::vector<protocol::InterfaceCounters> interfaceCounters(const board::Places& places);
 
 /// Asks the WLAN manager what is on the air. Lists are empty while it does not answer; the clock is left alone.
-[[nodiscard]] protocol::LivePicture lookAround();
+[[nodiscard]] protocol::LivePicture lookAround(const board::Places& places);
 
 /// Says what the WLAN manager is doing, for a request that it does not answer.
 [[nodiscard]] std::string managerHealth();

@@ -21,7 +21,8 @@ std::string symbolAt(Word word) {
 
 }  // namespace
 
-Plugin::Plugin(const std::string& file) {
+Plugin::Plugin(const std::string& file, std::span<const Supplied> supplied) {
+    // Never RTLD_DEEPBIND: it would bind the plug-in's sleep() to the C library's.
     handle_ = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle_ == nullptr) throw std::runtime_error("cannot load the plug-in: " + dlReason());
     const auto* const info = static_cast<const std::uint32_t*>(symbol("gQuorvelWiFiDataModelTableInfo"));
@@ -30,6 +31,15 @@ Plugin::Plugin(const std::string& file) {
         throw std::runtime_error("cannot use the plug-in " + file + ": it exports no parameter table");
     }
     table_ = std::span(entries, info[3]);
+    if (!supplied.empty()) (void)supply(handle_, supplied);  // a plug-in without such calls needs none
+}
+
+void Plugin::requireSleep(unsigned (*sleep)(unsigned)) const {
+    const void* const bound = importOf(handle_, "sleep");
+    if (bound == nullptr || bound == reinterpret_cast<void*>(sleep)) return;
+    throw std::runtime_error(
+        "cannot use the plug-in: its sleep() is not the host process's; load it without RTLD_DEEPBIND, and preload no "
+        "library that defines sleep()");
 }
 
 void* Plugin::symbol(const std::string& name) const {

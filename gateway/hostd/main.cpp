@@ -8,11 +8,11 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "common/UnixListener.h"
 #include "gateway/board/Board.h"
 #include "gateway/hostd/BoardFacts.h"
 #include "gateway/hostd/BoardTime.h"
 #include "gateway/hostd/Clock.h"
+#include "gateway/hostd/FolderCalls.h"
 #include "gateway/hostd/LogTap.h"
 #include "gateway/hostd/Manager.h"
 #include "gateway/hostd/Plugin.h"
@@ -37,8 +37,6 @@ using protocol::Topic;
 // Switching the plug-in off ends the daemon, which may take its time but not for ever.
 constexpr unsigned kUnInitSeconds = 10;
 
-constexpr const char* kNotifySocket = "/tmp/notify-socket";
-
 Server* theServer = nullptr;
 
 struct Options {
@@ -46,7 +44,7 @@ struct Options {
     int connected = -1;
     int listening = -1;
     int report = -1;
-    bool noSandbox = false;
+    std::string sandbox = "automatic";
     bool realTime = false;
     std::uint32_t logLevel = 0;
     protocol::Boot boot;
@@ -63,12 +61,11 @@ void onSignal(int) {
     if (theServer != nullptr) theServer->stop();
 }
 
-// The plug-in's places in /tmp are fixed: without a sandbox a second board would take the first one's.
-void refuseASecondBoard() {
-    if (!quorvel::common::isServed(kNotifySocket)) return;
-    throw quorvel::board::BoardError(
-        std::string("Without a sandbox the machine has room for one board, and one is up: ") + kNotifySocket +
-        " is served already. Switch that one off, or leave --no-sandbox out.");
+// Loads the plug-in. In the folder sandbox, its calls lead to the board's folder.
+Plugin loadPlugin(const quorvel::board::Places& places) {
+    if (places.root.empty()) return Plugin(places.plugin);
+    setBoardFolder(places.root, places.interfaces);
+    return Plugin(places.plugin, folderCalls());
 }
 
 // Ends the process with the status that leads to what comes next.
@@ -86,7 +83,8 @@ void refuseASecondBoard() {
 int serve(const Options& options, const quorvel::board::Places& places, const PowerCycle& cycle) {
     setenv("QUORVEL_LOG_LEVEL", std::to_string(options.logLevel).c_str(), 1);
     LogTap::setOutputLevel(options.logLevel);
-    const Plugin plugin(places.plugin);
+    const Plugin plugin = loadPlugin(places);
+    plugin.requireSleep(::sleep);
     Heartbeat heartbeat;
     const char* const clockKind = std::getenv("QUORVEL_CLOCK");
     Clock clock(clockKind != nullptr && std::string_view(clockKind) == "virtual");
@@ -109,8 +107,8 @@ int serve(const Options& options, const quorvel::board::Places& places, const Po
         return listenForEvents(plugin);
     };
     settings.control = [&manager](const protocol::Json& command) { return manager.control(command); };
-    settings.board = [&places] { return boardFacts(places.boardFile); };
-    settings.look = lookAround;
+    settings.board = [&places] { return boardFacts(places); };
+    settings.look = [&places] { return lookAround(places); };
     Server server(service, heartbeat, clock, std::move(settings));
     theServer = &server;
     onStationEvents([&server](const protocol::StationEvent& event) {
@@ -135,7 +133,7 @@ int serve(const Options& options, const quorvel::board::Places& places, const Po
     auto* const init = plugin.find<std::uint32_t()>("WiFiInit");
     const std::uint32_t result = init == nullptr ? 0 : init();
     learnTime(clock, askSimulation("time"));
-    report(options, {true, result, presentable(LogTap::errors()), ""});
+    report(options, {true, result, presentable(LogTap::errors()), "", places.notice});
     (void)std::signal(SIGTERM, onSignal);
     (void)std::signal(SIGINT, onSignal);
     (void)std::signal(SIGHUP, onSignal);
@@ -158,7 +156,7 @@ int main(int argc, char** argv) {
     app.add_option("--configuration", options.board.configuration);
     app.add_option("--writable", options.board.writableFolders);
     app.add_option("--emulator", options.board.emulator);
-    app.add_flag("--no-sandbox", options.noSandbox);
+    app.add_option("--sandbox", options.sandbox)->check(CLI::IsMember({"automatic", "namespaces", "folder"}));
     app.add_flag("--real-time", options.realTime);
     app.add_option("--log-level", options.logLevel);
     app.add_option("--boots", options.boot.number, "Power cycles before this life");
@@ -176,16 +174,15 @@ int main(int argc, char** argv) {
     if (options.report < 0 && firstLife) {
         options.report = options.connected >= 0 ? options.connected : STDERR_FILENO;
     }
-    options.board.sandbox = !options.noSandbox;
+    options.board.sandbox = *quorvel::board::sandboxCalled(options.sandbox);
     const PowerCycle cycle({argv, argv + argc}, options.board.emulator);
     options.board.kept = {options.listening, cycle.descriptor()};
     options.board.ended = [&cycle](int status) { cycle.startAgain(status); };
     try {
-        if (options.noSandbox) refuseASecondBoard();
         const quorvel::board::Places places = quorvel::board::enterBoard(options.board);
         return serve(options, places, cycle);
     } catch (const std::exception& error) {
-        report(options, {false, 0, "", error.what()});
+        report(options, {false, 0, "", error.what(), ""});
         return 1;
     }
 }

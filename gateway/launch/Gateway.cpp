@@ -39,7 +39,6 @@ board::Options boardOptions(const Options& options) {
     asked.programFolder = programFolder(options);
     asked.plugin = options.plugin;
     asked.configuration = options.configuration;
-    asked.sandbox = !options.noSandbox;
     return asked;
 }
 
@@ -63,7 +62,7 @@ std::vector<std::string> hostCommand(const Options& options) {
     add("--state", options.state.empty() ? "" : std::filesystem::absolute(options.state).string());
     add("--plugin", options.plugin.empty() ? "" : std::filesystem::absolute(options.plugin).string());
     add("--configuration", options.configuration);
-    if (options.noSandbox) command.emplace_back("--no-sandbox");
+    add("--sandbox", options.sandbox);
     if (options.logLevel >= 0) add("--log-level", std::to_string(options.logLevel));
     if (!options.logFile.empty()) {
         add("--writable", std::filesystem::absolute(options.logFile).parent_path().string());
@@ -103,13 +102,13 @@ pid_t startHost(const Options& options, std::vector<std::string> command, std::v
         (void)fcntl(descriptor, F_SETFD, 0);
     (void)execvp(arguments.front(), arguments.data());
     const std::string trouble = protocol::reportLine(
-        {false, 0, "", std::string("cannot start ") + arguments.front() + ": " + std::strerror(errno)});
+        {false, 0, "", std::string("cannot start ") + arguments.front() + ": " + std::strerror(errno), ""});
     (void)!write(kept.back(), trouble.data(), trouble.size());  // the caller may be gone
     _exit(127);
 }
 
-// Waits for the report that the board is up and returns what start-up complained about.
-std::string awaitReport(Client& client) {
+// Waits for the report that the board is up.
+protocol::BootReport awaitReport(Client& client) {
     std::string text;
     for (int waited = 0; !client.line(text, 1000);) {
         waited += 1000;
@@ -118,8 +117,12 @@ std::string awaitReport(Client& client) {
     const auto report = protocol::parseReport(text);
     if (report && !report->error.empty()) throw GatewayError(report->error);
     if (!report || !report->ready) throw GatewayError("the host process says \"" + text + "\"");
-    if (report->result == 0) return "";
-    return "the plug-in's start-up returned " + std::to_string(report->result) + " (" + report->log + ")";
+    return *report;
+}
+
+std::string troubleOf(const protocol::BootReport& report) {
+    if (report.result == 0) return "";
+    return "the plug-in's start-up returned " + std::to_string(report.result) + " (" + report.log + ")";
 }
 
 void makePair(int (&ends)[2]) {
@@ -178,11 +181,13 @@ std::unique_ptr<Gateway> Gateway::open(const Options& options) {
     gateway->process_ = startHost(options, command, {theirs.get()}, false);
     if (gateway->process_ < 0) throw GatewayError("cannot start a process");
     theirs.reset();
-    gateway->bootTrouble_ = awaitReport(*gateway->client_);
+    const protocol::BootReport report = awaitReport(*gateway->client_);
+    gateway->bootTrouble_ = troubleOf(report);
+    gateway->notice_ = report.notice;
     return gateway;
 }
 
-void Gateway::startInBackground(const Options& options) {
+std::string Gateway::startInBackground(const Options& options) {
     const std::string folder = stateFolder(options);
     std::filesystem::create_directories(std::filesystem::path(folder).parent_path());
     if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
@@ -203,7 +208,7 @@ void Gateway::startInBackground(const Options& options) {
     if (process < 0) throw GatewayError("cannot start a process");
     theirs.reset();
     try {
-        (void)awaitReport(report);
+        return awaitReport(report).notice;
     } catch (const GatewayError&) {
         hostd::removeBoardSocket(folder);
         (void)waitpid(process, nullptr, WNOHANG);

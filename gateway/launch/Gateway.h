@@ -31,8 +31,8 @@ class Gateway {
     /// Returns the names of the state folders, beside the one of these options, whose boards are up in the background.
     [[nodiscard]] static std::vector<std::string> othersRunning(const Options& options);
 
-    /// Boots a board that stays up in the background. Throws GatewayError.
-    static void startInBackground(const Options& options);
+    /// Boots a board that stays up in the background. Returns its notice. Throws GatewayError.
+    static std::string startInBackground(const Options& options);
 
     /// Switches a background board off and waits until it is. Throws GatewayError when it will not end.
     static void stop(std::unique_ptr<Gateway> gateway, const Options& options);
@@ -60,6 +60,11 @@ class Gateway {
         return bootTrouble_;
     }
 
+    /// Returns what a board that was booted for this program has to say about its sandbox, or the empty text.
+    [[nodiscard]] const std::string& notice() const {
+        return notice_;
+    }
+
   private:
     Gateway() = default;
 
@@ -67,6 +72,7 @@ class Gateway {
     pid_t process_ = -1;
     bool runsAhead_ = false;
     std::string bootTrouble_;
+    std::string notice_;
 };
 
 /// Returns the state folder of the options.

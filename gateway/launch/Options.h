@@ -13,8 +13,8 @@ struct Options {
     std::string programs;       ///< folder with bin/, lib/ and boards/; empty: the one above the program's
     std::string emulator;       ///< words before programs built for another processor
     std::string logFile;
-    int logLevel = -1;  ///< -1: no log
-    bool noSandbox = false;
+    std::string sandbox;  ///< "namespaces" or "folder"; empty: whichever the machine allows
+    int logLevel = -1;    ///< -1: no log
     bool realTime = false;
 };
 

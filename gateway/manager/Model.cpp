@@ -1,6 +1,7 @@
 #include "gateway/manager/Model.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "common/InterfaceName.h"
@@ -61,15 +62,24 @@ void Model::advanceTo(Milliseconds now) {
 }
 
 std::optional<Milliseconds> Model::nextChange() const {
-    const bool lively = std::any_of(stations_.begin(), stations_.end(), [](const Station& station) {
-        return station.wanted || station.planAt < station.setup.plan.size();
-    });
-    const bool waiting = std::any_of(radios_.begin(), radios_.end(), [](const Radio& radio) {
-        return radio.nextAutoChannel != 0 ||
-               std::any_of(radio.bss.begin(), radio.bss.end(), [](const Bss& bss) { return bss.wps.running; });
-    });
-    if (!lively && !waiting) return std::nullopt;
-    return (now_ / kTick + 1) * kTick;
+    std::optional<Milliseconds> next;
+    const auto at = [&](Milliseconds time) {
+        // Changes come with ticks; the one of this moment is over.
+        const Milliseconds tick = std::max((time + kTick - 1) / kTick, now_ / kTick + 1) * kTick;
+        next = std::min(next.value_or(tick), tick);
+    };
+    for (const Station& station : stations_) {
+        const auto& plan = station.setup.plan;
+        if (station.planAt < plan.size()) at(static_cast<Milliseconds>(std::ceil(plan[station.planAt].at * 1000)));
+        // Another try of a station that is refused changes nothing as long as nothing else does.
+        if (station.wanted && !station.associated && !refusal(station)) at(station.retryAt);
+        if (station.associated && (station.setup.downlinkTraffic != 0 || station.setup.uplinkTraffic != 0)) at(now_);
+    }
+    for (const Radio& radio : radios_) {
+        if (radio.nextAutoChannel != 0 && radio.values.at("AutoChannelEnable") == "1") at(radio.nextAutoChannel);
+        if (std::any_of(radio.bss.begin(), radio.bss.end(), [](const Bss& bss) { return bss.wps.running; })) at(now_);
+    }
+    return next;
 }
 
 void Model::tick() {

@@ -114,7 +114,9 @@ class Model {
     [[nodiscard]] Milliseconds now() const {
         return now_;
     }
-    /// Returns the time of the next change that no request makes, or nothing when there is none.
+    /// Returns the time of the next change that no request makes and that others notice without a request: traffic on
+    /// an interface, a station that comes or goes, a channel. Returns nothing when there is none. Numbers that only a
+    /// request shows, like noise, are caught up with then.
     [[nodiscard]] std::optional<Milliseconds> nextChange() const;
 
     // Variables. Indices are 0-based; get returns nothing for a variable that does not exist.

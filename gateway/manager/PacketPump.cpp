@@ -30,6 +30,16 @@ std::string peerOf(const std::string& interface) {
     return "air" + interface.substr(2);
 }
 
+// Cuts a second's bytes into frames. Ends early when `send`, which takes a frame's size, returns false.
+template <typename Send>
+void sendInFrames(std::uint64_t bytes, Send send) {
+    for (std::uint64_t i = 0; i < kMostFrames && bytes > 0; ++i) {
+        const auto size = static_cast<std::size_t>(std::clamp<std::uint64_t>(bytes, 60, kFrame));
+        if (!send(size)) return;
+        bytes -= std::min<std::uint64_t>(bytes, size);
+    }
+}
+
 }  // namespace
 
 PacketPump::~PacketPump() {
@@ -50,17 +60,39 @@ void PacketPump::sendOn(const std::string& interface, std::uint64_t bytes) {
     to.sll_ifindex = static_cast<int>(index);
     to.sll_halen = ETH_ALEN;
     to.sll_addr[0] = 0x02;
-    for (std::uint64_t i = 0; i < kMostFrames && bytes > 0; ++i) {
-        const auto size = static_cast<std::size_t>(std::clamp<std::uint64_t>(bytes, 60, kFrame));
+    sendInFrames(bytes, [&](std::size_t size) {
         const ssize_t sent =
             sendto(socket_, frame.data(), size, MSG_DONTWAIT, reinterpret_cast<const sockaddr*>(&to), sizeof to);
-        if (sent < 0) return;  // interface down or queue full: this second's rest is not counted
-        bytes -= std::min<std::uint64_t>(bytes, size);
+        return sent >= 0;  // interface down or queue full: this second's rest is not counted
+    });
+}
+
+void PacketPump::count(const std::vector<Model::KernelTraffic>& traffic) {
+    // The driver may be loaded while the manager runs.
+    if (counters_ == nullptr || counters_->empty()) {
+        counters_ = std::make_unique<common::InterfaceCounters>(countersFile_);
+    }
+    for (const Model::KernelTraffic& entry : traffic) {
+        common::InterfaceCounters::Traffic counted;
+        const auto add = [](std::uint64_t& bytes, std::uint64_t& packets) {
+            return [&](std::size_t size) {
+                bytes += size;
+                ++packets;
+                return true;
+            };
+        };
+        sendInFrames(entry.tx, add(counted.sentBytes, counted.sentPackets));
+        sendInFrames(entry.rx, add(counted.receivedBytes, counted.receivedPackets));
+        counters_->count(common::interfaceName(entry.radio, entry.sub), counted);
     }
 }
 
 void PacketPump::send(const std::vector<Model::KernelTraffic>& traffic) {
     if (useless_ || traffic.empty()) return;
+    if (!countersFile_.empty()) {
+        count(traffic);
+        return;
+    }
     if (socket_ < 0) {
         // The kernel counts a packet that no socket asks for as dropped: this one asks for them all and keeps none.
         socket_ = socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, htons(kProtocol));

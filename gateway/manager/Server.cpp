@@ -20,8 +20,11 @@ constexpr std::size_t kMostClients = 200;
 
 }  // namespace
 
-Server::Server(Service& service, std::string socketPath, std::string notifyPath)
-    : service_(service), socketPath_(std::move(socketPath)), events_(std::move(notifyPath)) {}
+Server::Server(Service& service, Places places)
+    : service_(service),
+      socketPath_(std::move(places.socket)),
+      events_(std::move(places.notifySocket)),
+      pump_(std::move(places.counters)) {}
 
 Server::~Server() {
     for (const auto& entry : clients_)

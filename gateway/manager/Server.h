@@ -17,7 +17,14 @@ namespace quorvel::manager {
 /// The daemon's event loop: clients on the manager's socket, listeners on the event socket, board time.
 class Server {
   public:
-    Server(Service& service, std::string socketPath, std::string notifyPath);
+    /// Where the daemon is reached, and where it counts traffic instead of sending it ("": nowhere).
+    struct Places {
+        std::string socket;
+        std::string notifySocket;
+        std::string counters;
+    };
+
+    Server(Service& service, Places places);
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;

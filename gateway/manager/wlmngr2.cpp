@@ -46,8 +46,9 @@ int serve(const std::string& storePath) {
         std::perror("wlmngr2: cannot wait for signals");
         return 1;
     }
-    Server server(service, fromEnvironment("QUORVEL_WLAN_SOCKET", "/var/run/wlmngr2.socket"),
-                  fromEnvironment("QUORVEL_NOTIFY_SOCKET", "/tmp/notify-socket"));
+    Server server(service, {fromEnvironment("QUORVEL_WLAN_SOCKET", "/var/run/wlmngr2.socket"),
+                            fromEnvironment("QUORVEL_NOTIFY_SOCKET", "/tmp/notify-socket"),
+                            fromEnvironment("QUORVEL_INTERFACES", "")});
     const std::string problem = server.open();
     if (!problem.empty()) {
         (void)std::fprintf(stderr, "wlmngr2: %s\n", problem.c_str());

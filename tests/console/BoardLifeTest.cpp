@@ -1,6 +1,10 @@
 // Boards that stay up, boards that differ, and a WLAN manager that stops answering.
 #include <unistd.h>
 
+#include <filesystem>
+#include <set>
+#include <sstream>
+
 #include "tests/console/OnBoard.h"
 #include "tests/console/Terminal.h"
 
@@ -69,14 +73,75 @@ TEST_F(UpAndDown, StationsJoinAndLeaveABoardThatStaysUp) {
     EXPECT_EQ(console_.run({"station", "leave", "02:ff:ff:ff:ff:ff"}).status, 1);
 }
 
-TEST_F(OtherBoards, FindNoRoomBesideOneWithoutASandbox) {
+class FolderBoards : public testing::Test {
+  protected:
+    // The names below a folder that belong to this system.
+    static std::set<std::string> tracesIn(const std::filesystem::path& folder) {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            const std::string name = entry.path().filename();
+            for (const char* own : {"wl", "lspci", "i2cget", "notify-socket", "quorvel"})
+                if (name.starts_with(own) && !name.starts_with("quorvel-test")) names.insert(name);
+        }
+        return names;
+    }
+
+    Console console_;
+};
+
+TEST_F(FolderBoards, LiveSideBySideWithValuesOfTheirOwn) {
     const Console other;
-    const Outcome first = console_.run({"up", "--no-sandbox"});
-    ASSERT_EQ(first.status, 0) << first.error;
-    EXPECT_EQ(console_.run({"get", kFirstChannel}).out, kFirstChannel + " => 36\n");
-    const Outcome second = other.run({"--no-sandbox", "get", kFirstChannel});
-    EXPECT_EQ(second.status, 1);
-    EXPECT_NE(second.error.find("room for one board"), std::string::npos) << second.error;
+    const auto traces = [] { return std::vector{tracesIn("/tmp"), tracesIn("/var"), tracesIn("/var/run")}; };
+    const auto before = traces();
+    ASSERT_EQ(console_.run({"up", "--sandbox", "folder"}).status, 0);
+    ASSERT_EQ(other.run({"up", "--sandbox", "folder"}).status, 0);
+    ASSERT_EQ(console_.run({"set", kFirstChannel + "=40"}).status, 0);
+    EXPECT_EQ(other.run({"get", kFirstChannel}).out, kFirstChannel + " => 36\n");
+    EXPECT_EQ(console_.run({"get", kFirstChannel}).out, kFirstChannel + " => 40\n");
+    EXPECT_EQ(other.run({"neighbours", "1"}).status, 0);
+    // Only one's manager ends.
+    ASSERT_EQ(console_.run({"simulate", R"({"op":"daemon.kill"})"}).status, 0);
+    EXPECT_EQ(console_.run({"get", kFirstChannel}).status, 1);
+    EXPECT_EQ(other.run({"get", kFirstChannel}).out, kFirstChannel + " => 36\n");
+    EXPECT_EQ(console_.run({"down"}).status, 0);
+    EXPECT_EQ(other.run({"get", kFirstChannel}).out, kFirstChannel + " => 36\n");
+    EXPECT_FALSE(std::filesystem::exists(console_.state() + "/board"));
+    EXPECT_EQ(other.run({"down"}).status, 0);
+    EXPECT_EQ(traces(), before);
+}
+
+TEST_F(FolderBoards, AnswerAllThatBoardsInNamespacesAnswer) {
+    const std::vector<std::string> all{"get", "Device.WiFi.", "--plain", "--sandbox"};
+    const auto pathsOf = [&](const char* sandbox) {
+        std::vector<std::string> words = all;
+        words.emplace_back(sandbox);
+        const Outcome outcome = console_.run(words);
+        EXPECT_EQ(outcome.status, 0) << sandbox << outcome.error;
+        EXPECT_EQ(outcome.error, "") << sandbox;
+        std::istringstream lines(outcome.out);
+        std::vector<std::string> paths;
+        for (std::string line; std::getline(lines, line);)
+            paths.push_back(line.substr(0, line.find('\t')));
+        return paths;
+    };
+    const std::vector<std::string> paths = pathsOf("folder");
+    EXPECT_GT(paths.size(), 245U);
+    if (whyNoBoard().empty()) EXPECT_EQ(paths, pathsOf("namespaces"));
+}
+
+TEST_F(FolderBoards, CountTheirStationsTraffic) {
+    ASSERT_EQ(console_.run({"up", "--sandbox", "folder"}).status, 0);
+    const std::string sent = "Device.WiFi.SSID.1.Stats.PacketsSent";
+    const auto count = [&] {
+        const std::string text = console_.run({"get", sent, "--plain"}).out;
+        return std::stoul("0" + text.substr(text.find('\t') + 1));
+    };
+    const unsigned long before = count();
+    ASSERT_EQ(console_.run({"simulate", R"({"op":"time","advance":5})"}).status, 0);
+    EXPECT_GT(count(), before);
+    // A manager that has crashed takes no counter along.
+    ASSERT_EQ(console_.run({"simulate", R"({"op":"daemon.kill"})"}).status, 0);
+    EXPECT_GT(count(), before);
 }
 
 TEST_F(OtherBoards, HaveTheirOwnRadios) {

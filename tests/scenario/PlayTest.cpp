@@ -49,6 +49,15 @@ TEST_P(Shipped, ScenarioPlaysAsItSays) {
     EXPECT_NE(outcome.out.find(" expectations held; board time "), std::string::npos) << outcome.out;
 }
 
+TEST_P(Shipped, ScenarioGivesTheSameEventLogInBothSandboxes) {
+    for (const char* sandbox : {"namespaces", "folder"}) {
+        const Outcome outcome = console_.run({"play", GetParam(), "--sandbox", sandbox, "--events", place(sandbox)});
+        ASSERT_EQ(outcome.status, 0) << sandbox << ": " << outcome.out << outcome.error;
+    }
+    EXPECT_GT(contents(place("folder")).size(), 200U);
+    EXPECT_EQ(contents(place("folder")), contents(place("namespaces")));
+}
+
 INSTANTIATE_TEST_SUITE_P(Each, Shipped, testing::ValuesIn(shippedScenarios()), [](const auto& instance) {
     std::string name = instance.param;
     std::replace(name.begin(), name.end(), '-', '_');

@@ -12,10 +12,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <system_error>
 
+#include "common/BoardProcesses.h"
 #include "common/Descriptor.h"
 
 namespace quorvel::board {
@@ -79,9 +78,8 @@ int startDriverTask(const std::string& name) {
 }
 
 bool driverTaskRuns(const std::string& name) {
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
-        std::ifstream file(entry.path() / "comm");
+    for (const pid_t process : common::boardProcesses()) {
+        std::ifstream file("/proc/" + std::to_string(process) + "/comm");
         std::string found;
         if (std::getline(file, found) && found == name) return true;
     }

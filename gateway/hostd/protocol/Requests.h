@@ -403,12 +403,14 @@ struct BootReport {
     std::uint32_t result = 0;
     std::string log;
     std::string error;
+    std::string notice;
 
     static constexpr auto members() {
         return std::tuple(optional("ready", &BootReport::ready, "true: the board is up"),
                           optional("result", &BootReport::result, "what the plug-in's start-up returned, when not 0"),
                           optional("log", &BootReport::log, "the error lines of start-up, joined by \"; \""),
-                          optional("error", &BootReport::error, "why there is no board"));
+                          optional("error", &BootReport::error, "why there is no board"),
+                          optional("notice", &BootReport::notice, "what is unlike what the user may expect"));
     }
 };
 

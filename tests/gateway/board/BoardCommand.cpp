@@ -1,7 +1,7 @@
 // Powers a board up and runs one command on it: what the board's tests look through.
 //
 //   board_command [--board B] [--state DIR] [--programs DIR] [--plugin FILE] [--configuration FILE] [--writable DIR]
-//                 [--emulator WORD]... [--no-sandbox] -- COMMAND...
+//                 [--emulator WORD]... [--sandbox KIND] -- COMMAND...
 
 #include <unistd.h>
 
@@ -24,6 +24,7 @@ int runCommand(char** command) {
 
 int main(int count, char** arguments) {
     quorvel::board::Options options;
+    options.sandbox = quorvel::board::Sandbox::kNamespaces;
     const std::map<std::string, std::string*> texts{
         {"--board", &options.board},
         {"--state", &options.stateFolder},
@@ -36,8 +37,8 @@ int main(int count, char** arguments) {
     int at = 1;
     for (; at + 1 < count && std::string(arguments[at]) != "--"; ++at) {
         const std::string word = arguments[at];
-        if (word == "--no-sandbox") {
-            options.sandbox = false;
+        if (word == "--sandbox") {
+            options.sandbox = quorvel::board::sandboxCalled(arguments[++at]).value();
         } else if (const auto text = texts.find(word); text != texts.end()) {
             *text->second = arguments[++at];
         } else if (const auto list = lists.find(word); list != lists.end()) {
@@ -51,6 +52,7 @@ int main(int count, char** arguments) {
     try {
         const quorvel::board::Places places = quorvel::board::enterBoard(options);
         setenv("TEST_PLUGIN", places.plugin.c_str(), 1);
+        setenv("TEST_NOTICE", places.notice.c_str(), 1);
         setenv("TEST_HOST_STATE", places.hostState.c_str(), 1);
     } catch (const quorvel::board::BoardError& error) {
         std::fprintf(stderr, "board_command: %s\n", error.what());

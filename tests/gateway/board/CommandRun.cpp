@@ -81,9 +81,9 @@ std::vector<std::string> inNamespaces(const std::vector<std::string>& kinds, con
 
 std::vector<std::string> boardWords(const std::string& state, const std::vector<std::string>& extra) {
     std::vector<std::string> words = builtProgram("board_command");
-    const bool sandbox = std::find(extra.begin(), extra.end(), "--no-sandbox") == extra.end();
+    const bool namespaces = std::find(extra.begin(), extra.end(), "--sandbox") == extra.end();
     // An emulated process cannot create the user namespace that an ordinary user needs for the others.
-    if (sandbox && emulated() && geteuid() != 0) words = inNamespaces({}, words);
+    if (namespaces && emulated() && geteuid() != 0) words = inNamespaces({}, words);
     // Passes the board's host library as the plug-in; nothing here loads it.
     for (const std::string& word : {std::string("--state"), state, std::string("--programs"), kPrograms,
                                     std::string("--plugin"), kPrograms + "/lib/libquorvel.so"})

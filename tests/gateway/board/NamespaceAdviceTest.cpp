@@ -53,7 +53,7 @@ TEST_F(NamespaceAdvice, SaysHowAnEmulatorGetsThem) {
 
 TEST_F(NamespaceAdvice, TellsTheSystemsReasonAndTheWayWithout) {
     EXPECT_TRUE(advises("Operation not permitted"));
-    EXPECT_TRUE(advises("--no-sandbox"));
+    EXPECT_TRUE(advises("--sandbox folder"));
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ class Running {
   public:
     explicit Running(const TemporaryFolder& folder)
         : service_(shippedBoard("tri-band"), Store(folder.path("store")), still(), 1),
-          server_(service_, folder.path("socket"), folder.path("notify")) {
+          server_(service_, {folder.path("socket"), folder.path("notify"), ""}) {
         EXPECT_EQ(pipe2(stop_, O_CLOEXEC), 0);
         EXPECT_EQ(server_.open(), "");
         thread_ = std::thread([this] { server_.run(stop_[0]); });

@@ -323,5 +323,47 @@ TEST(Simulation, RestsWhenNothingCanChangeByItself) {
     EXPECT_FALSE(idle.nextChange());
 }
 
+// A board with the station only, on an access point without security.
+Model modelWith(description::Station station) {
+    description::Board board = shippedBoard("tri-band");
+    station.mac = stationMac(0x77);
+    station.accessPoint = 1;
+    board.stations = {std::move(station)};
+    return {std::move(board), {}, 1};
+}
+
+TEST(Simulation, RestsWhileStationsHaveNoTraffic) {
+    description::Station quiet = shippedBoard("tri-band").stations.at(0);
+    quiet.downlinkTraffic = quiet.uplinkTraffic = 0;
+    quiet.plan.clear();
+    Model model = modelWith(quiet);
+    model.advanceTo(10'000);
+    ASSERT_TRUE(station(model, 0x77).associated);
+    EXPECT_FALSE(model.nextChange());
+    description::StationStep leave;
+    leave.kind = description::StationStep::Kind::kLeave;
+    leave.at = 60.25;
+    quiet.plan = {leave};
+    EXPECT_EQ(modelWith(quiet).nextChange(), 61'000);
+}
+
+TEST(Simulation, RestsWhileAStationIsRefused) {
+    description::Station stranger = shippedBoard("tri-band").stations.at(0);
+    stranger.plan.clear();
+    stranger.passphrase = "not the passphrase";
+    Model model = modelWith(stranger);
+    model.advanceTo(10'500);
+    ASSERT_FALSE(station(model, 0x77).associated);
+    EXPECT_FALSE(model.nextChange());
+    // With the right one it comes at its next try.
+    ASSERT_TRUE(model.set(0, 0, "wlWpaPsk", "not the passphrase"));
+    const auto next = model.nextChange();
+    ASSERT_TRUE(next);
+    model.advanceTo(*next - 1);
+    EXPECT_FALSE(station(model, 0x77).associated);
+    model.advanceTo(*next);
+    EXPECT_TRUE(station(model, 0x77).associated);
+}
+
 }  // namespace
 }  // namespace quorvel::manager::test
