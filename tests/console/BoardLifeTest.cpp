@@ -111,22 +111,20 @@ TEST_F(FolderBoards, LiveSideBySideWithValuesOfTheirOwn) {
 }
 
 TEST_F(FolderBoards, AnswerAllThatBoardsInNamespacesAnswer) {
-    const std::vector<std::string> all{"get", "Device.WiFi.", "--plain", "--sandbox"};
-    const auto pathsOf = [&](const char* sandbox) {
-        std::vector<std::string> words = all;
-        words.emplace_back(sandbox);
-        const Outcome outcome = console_.run(words);
+    const auto answersOf = [&](const char* sandbox) {
+        const Outcome outcome = console_.run({"get", "Device.WiFi.", "--plain", "--sandbox", sandbox});
         EXPECT_EQ(outcome.status, 0) << sandbox << outcome.error;
-        EXPECT_EQ(outcome.error, "") << sandbox;
         std::istringstream lines(outcome.out);
-        std::vector<std::string> paths;
+        std::vector<std::string> answers;
         for (std::string line; std::getline(lines, line);)
-            paths.push_back(line.substr(0, line.find('\t')));
-        return paths;
+            answers.push_back(line.substr(0, line.find('\t')));
+        answers.push_back(outcome.error);
+        return answers;
     };
-    const std::vector<std::string> paths = pathsOf("folder");
-    EXPECT_GT(paths.size(), 245U);
-    if (whyNoBoard().empty()) EXPECT_EQ(paths, pathsOf("namespaces"));
+    const std::vector<std::string> answers = answersOf("folder");
+    EXPECT_GT(answers.size(), 5000U);
+    if (!whyNoBoard().empty()) GTEST_SKIP() << "NOT COMPARED, this machine forbids namespaces";
+    EXPECT_EQ(answers, answersOf("namespaces"));
 }
 
 TEST_F(FolderBoards, CountTheirStationsTraffic) {

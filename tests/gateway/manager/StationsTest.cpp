@@ -323,8 +323,16 @@ TEST(Simulation, RestsWhenNothingCanChangeByItself) {
     EXPECT_FALSE(idle.nextChange());
 }
 
-// A board with the station only, on an access point without security.
+description::StationStep step(description::StationStep::Kind kind, double at) {
+    description::StationStep result;
+    result.kind = kind;
+    result.at = at;
+    return result;
+}
+
+// A board with the station only, which joins at power-on.
 Model modelWith(description::Station station) {
+    station.plan.insert(station.plan.begin(), step(description::StationStep::Kind::kJoin, 0));
     description::Board board = shippedBoard("tri-band");
     station.mac = stationMac(0x77);
     station.accessPoint = 1;
@@ -340,10 +348,7 @@ TEST(Simulation, RestsWhileStationsHaveNoTraffic) {
     model.advanceTo(10'000);
     ASSERT_TRUE(station(model, 0x77).associated);
     EXPECT_FALSE(model.nextChange());
-    description::StationStep leave;
-    leave.kind = description::StationStep::Kind::kLeave;
-    leave.at = 60.25;
-    quiet.plan = {leave};
+    quiet.plan = {step(description::StationStep::Kind::kLeave, 60.25)};
     EXPECT_EQ(modelWith(quiet).nextChange(), 61'000);
 }
 
