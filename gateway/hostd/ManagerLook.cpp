@@ -1,10 +1,10 @@
 #include "gateway/hostd/ManagerLook.h"
 
-#include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 
 namespace quorvel::hostd {
 namespace {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <poll.h>
 #include <sys/types.h>
 
 #include <chrono>

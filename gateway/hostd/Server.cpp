@@ -23,9 +23,8 @@ using Steady = std::chrono::steady_clock;
 
 namespace {
 
-// While a worker is busy, or a client follows the manager, the loop looks at them so often, in milliseconds.
+// While a worker is busy, the loop looks at it so often, in milliseconds.
 constexpr int kTick = 100;
-constexpr int kBetweenLooks = 500;
 // News that the loop has not delivered yet; more are lost rather than held.
 constexpr std::size_t kMaxLogLines = 4096;
 constexpr std::size_t kMaxNews = 65536;
@@ -151,10 +150,11 @@ bool Server::awaitsManager() const {
 
 // Tells subscribers that no event can arrive, and when one can again.
 void Server::tellAbsence() {
-    if (!settings_.absence || Steady::now() < nextLook_ || !awaitsManager()) return;
-    nextLook_ = Steady::now() + std::chrono::milliseconds(kBetweenLooks);
+    managerLook_.setWanted(settings_.absence && awaitsManager());
+    if (!managerLook_.isDue()) return;
     Part part;
     part.absence = settings_.absence();
+    managerLook_.looked(part.absence->empty() && settings_.managerProcess ? settings_.managerProcess() : 0);
     for (Session& session : sessions_) {
         for (Subscription& each : session.subscriptions) {
             if (!each.follows(Topic::kManager) || each.knownAbsence == *part.absence) continue;
@@ -234,7 +234,7 @@ int Server::patience() const {
         wait = wait < 0 ? limit : std::min(wait, limit);
     };
     if (library_.isBusy() || manager_.isBusy()) atMost(kTick);
-    if (settings_.absence && awaitsManager()) atMost(kBetweenLooks);
+    if (const int left = managerLook_.patience(); left >= 0) atMost(left);
     const auto now = Steady::now();
     for (const Session& session : sessions_) {
         for (const Alarm& alarm : session.alarms) {
@@ -272,7 +272,11 @@ bool Server::run() {
             const int writing = connection.hasUnsent() ? POLLOUT : 0;
             polled.push_back({connection.descriptor(), static_cast<short>(reading | writing), 0});
         }
-        (void)poll(polled.data(), polled.size(), patience());  // whatever it says, each part looks for itself
+        polled.push_back({managerLook_.descriptor(), POLLIN, 0});
+        // Whatever it says, each part looks for itself.
+        if (poll(polled.data(), polled.size(), patience()) > 0) managerLook_.happened();
+        if (polled.back().revents != 0) managerLook_.ended();
+        polled.pop_back();
 
         deliverNews();
         tellAbsence();
@@ -297,6 +301,7 @@ bool Server::run() {
         lookAtWatches();
         library_.check();
         manager_.check();
+        managerLook_.setWanted(settings_.absence && awaitsManager());
     }
     LogTap::follow(0, {});
     const bool libraryEnded = library_.end();

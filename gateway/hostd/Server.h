@@ -12,6 +12,7 @@
 
 #include "gateway/hostd/Clock.h"
 #include "gateway/hostd/Heartbeat.h"
+#include "gateway/hostd/ManagerLook.h"
 #include "gateway/hostd/Service.h"
 #include "gateway/hostd/Services.h"
 #include "gateway/hostd/Session.h"
@@ -47,6 +48,8 @@ class Server {
         std::function<std::uint32_t()> listen;
         /// Says that no event can come, or nothing. Called now and then while a client follows the manager.
         std::function<std::string()> absence = {};
+        /// Returns the manager's process, whose end is then noticed at once; 0 for none.
+        std::function<pid_t()> managerProcess = {};
         /// Hands a command to the simulated surroundings.
         std::function<Controlled(const protocol::Json& command)> control = {};
         /// Returns facts about the board.
@@ -150,7 +153,7 @@ class Server {
     int wakeWrite_ = -1;
     std::list<Session> sessions_;
     Services services_;
-    std::chrono::steady_clock::time_point nextLook_{};
+    ManagerLook managerLook_;
     std::atomic<bool> listening_ = false;
     Ending ending_ = Ending::kShutdown;
     std::atomic<bool> stopping_ = false;

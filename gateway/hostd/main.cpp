@@ -1,5 +1,6 @@
 // quorvel-wifi-host: the host process on the board.
 #include <fcntl.h>
+#include <quorvel.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -65,6 +66,9 @@ void onSignal(int) {
 Plugin loadPlugin(const quorvel::board::Places& places) {
     if (places.root.empty()) return Plugin(places.plugin);
     setBoardFolder(places.root, places.interfaces);
+    // A recorder in the plug-in's place passes calls on to where the recorded library's own lead.
+    const char* const recorded = std::getenv("QUORVEL_RECORDER_LIBRARY");
+    if (recorded != nullptr && recorded[0] != '\0') (void)Plugin(recorded, folderCalls());  // it stays loaded
     return Plugin(places.plugin, folderCalls());
 }
 
@@ -102,6 +106,7 @@ int serve(const Options& options, const quorvel::board::Places& places, const Po
     settings.canCyclePower = options.connected < 0;
     settings.health = managerHealth;
     settings.absence = managerAbsence;
+    settings.managerProcess = [] { return QuorvelUtilGetPidByName(kManager); };
     settings.listen = [&] {
         listening = true;
         return listenForEvents(plugin);
