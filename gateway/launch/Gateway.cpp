@@ -131,6 +131,18 @@ void makePair(int (&ends)[2]) {
     }
 }
 
+// Waits until the processes outside a board have cleaned up after it: the lock goes with the last of them.
+void awaitFree(const std::string& folder) {
+    for (int waited = 0; std::filesystem::exists(folder + "/.lock"); waited += 1000) {
+        try {
+            (void)board::takeStateFolder(folder);  // waits for about a second
+            return;
+        } catch (const board::BoardError& error) {
+            if (waited >= kDownMilliseconds) throw GatewayError(error.what());
+        }
+    }
+}
+
 }  // namespace
 
 std::string stateFolder(const Options& options) {
@@ -221,6 +233,7 @@ void Gateway::stop(std::unique_ptr<Gateway> gateway, const Options& options) {
     // The connection ends with the host process.
     if (!gateway->client_->awaitEnd(kDownMilliseconds)) throw GatewayError("the board does not switch off");
     const std::string folder = stateFolder(options);
+    awaitFree(folder);
     hostd::removeBoardSocket(folder);
     // The next agent takes the place of this one.
     awaitUspEnd(folder, kDownMilliseconds);

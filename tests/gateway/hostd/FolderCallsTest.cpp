@@ -43,9 +43,8 @@ TEST_F(FolderCalls, OpenTheBoardsOwnFiles) {
     EXPECT_EQ(textOf("fixedPlacesRead", "/tmp/quorvel-fixed-place"), "the board's\n");
     EXPECT_EQ(std::fopen("/tmp/quorvel-fixed-place", "r"), nullptr) << "the host process's own calls are not led";
     EXPECT_EQ(textOf("fixedPlacesRead", "/tmp/quorvel-no-such-place"), "(none)");
-    const std::string elsewhere = folder_.write("elsewhere", "the machine's\n");
-    if (!elsewhere.starts_with("/tmp/")) EXPECT_EQ(textOf("fixedPlacesRead", elsewhere.c_str()), "the machine's\n");
     EXPECT_EQ(textOf("fixedPlacesRead", "/dev/null"), "");
+    EXPECT_NE(textOf("fixedPlacesRead", "/proc/version"), "(none)");
 }
 
 TEST_F(FolderCalls, RunCommandsOnTheBoardsOwnFiles) {
