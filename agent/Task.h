@@ -83,12 +83,13 @@ class [[nodiscard]] Task {
         if (handle_) handle_.destroy();
     }
 
-    [[nodiscard]] bool await_ready() const noexcept {
-        return false;
+    // A task that ends at once returns here, so that a loop over many of them needs no stack.
+    [[nodiscard]] bool await_ready() {
+        handle_.resume();
+        return handle_.done();
     }
-    std::coroutine_handle<> await_suspend(std::coroutine_handle<> awaiter) noexcept {
+    void await_suspend(std::coroutine_handle<> awaiter) noexcept {
         handle_.promise().continuation = awaiter;
-        return handle_;
     }
     T await_resume() {
         return handle_.promise().take();

@@ -41,7 +41,7 @@ need_packages() {
 
 build_packages=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libedit-dev)
 agent_packages=(libprotobuf-dev protobuf-compiler libmosquitto-dev libwebsockets-dev libwebsockets-evlib-uv libuv1-dev libssl-dev
-    mosquitto)
+    mosquitto openssl)
 test_packages=("${build_packages[@]}" "${agent_packages[@]}" googletest g++-arm-linux-gnueabihf g++-i686-linux-gnu qemu-user binutils python3 valgrind
     clang gcovr zsh python3-kconfiglib)
 

@@ -20,7 +20,7 @@ def key(number):
 
 def words(name):
     """CamelCase into words."""
-    return re.sub(r"(?<=[a-z0-9])(?=[A-Z])", " ", name).capitalize()
+    return re.sub(r"(?<=[a-z0-9])(?=[A-Z])|(?<=[A-Z])(?=[A-Z][a-z])", " ", name).capitalize()
 
 
 def results(path):

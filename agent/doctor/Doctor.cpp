@@ -77,7 +77,9 @@ class Ear final : public MqttListener {
 // The trouble of a broker that was not reached, as one of the usual things.
 Finding brokerTrouble(const MqttLink& link) {
     const std::string& text = link.lastTrouble();
-    if (text.find("TLS") != std::string::npos) {
+    // A handshake that fails looks like a connection that ends.
+    const bool ended = link.settings().tls && text.find("ended") != std::string::npos;
+    if (ended || text.find("TLS") != std::string::npos) {
         return {false, "TLS", text + "; check tls.authorities of --usp-config and the name in the URL"};
     }
     if (text.find("refused the connection") != std::string::npos) {

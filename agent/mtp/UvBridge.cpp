@@ -6,6 +6,11 @@
 #include <stdexcept>
 
 namespace quorvel::agent {
+namespace {
+
+constexpr int kMostRounds = 100;
+
+}  // namespace
 
 UvBridge::UvBridge(EventLoop& loop) : loop_(loop) {
     if (uv_loop_init(&uv_) != 0) throw std::runtime_error("cannot make the event loop of the WebSocket library");
@@ -15,7 +20,9 @@ UvBridge::UvBridge(EventLoop& loop) : loop_(loop) {
 UvBridge::~UvBridge() {
     loop_.cancel(timer_);
     loop_.forget(uv_backend_fd(&uv_));
-    (void)uv_loop_close(&uv_);  // busy when the library left handles behind; they go with the process
+    // Handles that were closed go in the next rounds. Those that the library left open stay until the process ends.
+    for (int round = 0; round < kMostRounds && uv_loop_close(&uv_) == UV_EBUSY; ++round)
+        (void)uv_run(&uv_, UV_RUN_NOWAIT);
 }
 
 void UvBridge::wake() {

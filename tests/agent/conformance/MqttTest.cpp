@@ -1,5 +1,6 @@
 // The MQTT transport against a broker that does as the test says.
 #include <algorithm>
+#include <fstream>
 
 #include "agent/EventLoop.h"
 #include "tests/agent/conformance/Lab.h"
@@ -118,11 +119,27 @@ TEST_F(Mqtt, T11_9_ResponseInformationIsSubscribedAndUsed) {
     EXPECT_EQ(recordOf(broker_.published.at(0)).mqtt_connect().subscribed_topic(), "answers/for/you");
 }
 
+TEST_F(Mqtt, T11_10_ConfiguredTopicIsSubscribedWithoutResponseInformation) {
+    start();
+    ASSERT_TRUE(until([this] { return !broker_.published.empty(); }));
+    EXPECT_EQ(std::count(broker_.subscribed.begin(), broker_.subscribed.end(), "/usp/endpoint"), 1);
+    EXPECT_EQ(broker_.published.at(0).properties.texts.at(kResponseTopic), "/usp/endpoint");
+}
+
 TEST_F(Mqtt, T11_11_RefusedSubscriptionsEndTheConnection) {
     broker_.script.refusesAll = true;
     start();
     EXPECT_TRUE(until([this] { return broker_.disconnects > 0; }));
     EXPECT_TRUE(broker_.published.empty());
+}
+
+TEST_F(Mqtt, T11_12_OneRefusedSubscriptionLeavesTheOther) {
+    broker_.script.subscribeTopics = {"from/the/broker"};
+    broker_.script.refused = {"from/the/broker"};
+    start();
+    ASSERT_TRUE(until([this] { return !broker_.published.empty(); }));
+    EXPECT_EQ(broker_.disconnects, 0);
+    EXPECT_TRUE(isAnswered("/usp/endpoint", "usp.msg", "answer/one"));
 }
 
 TEST_F(Mqtt, T11_13_PublishHasContentTypeAndResponseTopic) {
@@ -139,6 +156,29 @@ TEST_F(Mqtt, T11_14_ContentTypesAreAccepted) {
     EXPECT_TRUE(isAnswered("/usp/endpoint", "usp.msg", "answer/one"));
     EXPECT_TRUE(isAnswered("/usp/endpoint", "application/vnd.bbf.usp.msg", "answer/two"));
     EXPECT_TRUE(isAnswered("/usp/endpoint", "", "answer/three"));
+}
+
+TEST_F(Mqtt, T11_15_QosOneIsPublishedAsSuch) {
+    const std::string file = board_.stateFolder() + "/qos.json";
+    std::ofstream(file) << R"({"mqtt": [{"name": "lab", "url": "mqtt://127.0.0.1:)" << broker_.port()
+                        << R"(", "qos": 1}], "controllers": [{"endpointId": ")" << kControllerId
+                        << R"(", "mtps": [{"mqtt": "lab", "topic": "/usp/controller"}]}]})";
+    board_.mustRun({"up", "--usp-config", file});
+    ASSERT_TRUE(until([this] { return !broker_.published.empty(); }));
+    EXPECT_EQ(broker_.published.at(0).qos, 1U);
+}
+
+TEST_F(Mqtt, T11_16_WaitsGrowWhileTheBrokerRefuses) {
+    using Clock = std::chrono::steady_clock;
+    start();
+    ASSERT_TRUE(until([this] { return !broker_.published.empty(); }));
+    constexpr unsigned kServerUnavailable = 0x88;
+    broker_.script.connectCode = kServerUnavailable;
+    broker_.breakConnections();
+    ASSERT_TRUE(until([this] { return broker_.connects.size() >= 2; }));
+    const auto second = Clock::now();
+    ASSERT_TRUE(until([this] { return broker_.connects.size() >= 3; }));
+    EXPECT_GE(std::chrono::duration<double>(Clock::now() - second).count(), 9.5);
 }
 
 TEST_F(Mqtt, T11_17_ConnectRecordComesFirst) {

@@ -130,6 +130,31 @@ TEST_F(Notifying, T1_84_ReferenceListWithWildcard) {
     EXPECT_EQ(notify->value_change().param_path(), boot + "Enable");
 }
 
+TEST_F(Notifying, T1_101_OnBoardingIsNotCompleteAfterARequest) {
+    (void)ask(set(false, {{kOwnController, {{"OnBoardingComplete", "true"}}}}));
+    (void)ask(operate(std::string(kOwnController) + "SendOnBoardRequest()", "on-board"));
+    EXPECT_TRUE(controller_.awaitNotify(""));
+    EXPECT_EQ(value(std::string(kOwnController) + "OnBoardingComplete"), "false");
+}
+
+TEST_F(Notifying, T1_102_OnBoardRequestIsRepeatedUntilItIsComplete) {
+    (void)ask(set(false, {{kOwnController, {{"OnBoardingRestartTime", "2"}}}}));
+    (void)ask(operate(std::string(kOwnController) + "SendOnBoardRequest()", "on-board"));
+    EXPECT_TRUE(controller_.awaitNotify(""));
+    EXPECT_TRUE(controller_.awaitNotify(""));
+    (void)ask(set(false, {{kOwnController, {{"OnBoardingComplete", "true"}, {"OnBoardingRestartTime", "0"}}}}));
+    while (controller_.awaitNotify("", 100)) {
+    }
+    EXPECT_FALSE(controller_.awaitNotify("", 4000));
+}
+
+TEST_F(Notifying, T1_103_OnBoardRequestIsNotRepeatedAtZero) {
+    (void)ask(set(false, {{kOwnController, {{"OnBoardingRestartTime", "0"}}}}));
+    (void)ask(operate(std::string(kOwnController) + "SendOnBoardRequest()", "on-board"));
+    EXPECT_TRUE(controller_.awaitNotify(""));
+    EXPECT_FALSE(controller_.awaitNotify("", 4000));
+}
+
 TEST_F(Notifying, T9_9_AddedControllerIsNotified) {
     const std::string row = createdRow(
         ask(add(false, {{"Device.LocalAgent.Controller.", {{"EndpointID", "proto::added"}, {"Enable", "true"}}}})));

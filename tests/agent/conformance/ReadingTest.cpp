@@ -291,5 +291,33 @@ TEST_F(Reading, T1_89_DepthIsObeyed) {
     EXPECT_GE(deepest(0), 7U);  // Device.LocalAgent.Controller.1.MTP.1.MQTT.X
 }
 
+TEST_F(Reading, T11_1_MqttProfilesAreInTheSupportedModel) {
+    const auto parameters = [this](const std::string& path) {
+        const usp::Msg answer = ask(supported({path}));
+        std::set<std::string> names;
+        for (const auto& each : object(answer).supported_objs()) {
+            if (each.supported_obj_path() != path) continue;
+            for (const auto& parameter : each.supported_params())
+                names.insert(parameter.param_name());
+        }
+        return names;
+    };
+    const std::vector<std::pair<std::string, std::vector<std::string>>> profiles = {
+        {"Device.MQTT.Capabilities.", {"ProtocolVersionsSupported", "TransportProtocolSupported"}},
+        {"Device.MQTT.Client.{i}.",
+         {"Alias", "Name", "Enable", "Status", "ProtocolVersion", "BrokerAddress", "BrokerPort", "TransportProtocol",
+          "CleanSession", "CleanStart", "KeepAliveTime", "ClientID", "Username", "Password", "ConnectRetryTime",
+          "ConnectRetryIntervalMultiplier", "ConnectRetryMaxInterval", "MessageRetryTime", "ResponseInformation"}},
+        {"Device.MQTT.Client.{i}.Subscription.{i}.", {"Alias", "Enable", "Status", "Topic", "QoS"}},
+        {"Device.LocalAgent.MTP.{i}.MQTT.",
+         {"Reference", "ResponseTopicConfigured", "ResponseTopicDiscovered", "PublishQoS"}},
+        {"Device.LocalAgent.Controller.{i}.MTP.{i}.MQTT.", {"Topic", "AgentMTPReference"}}};
+    for (const auto& [path, names] : profiles) {
+        const std::set<std::string> listed = parameters(path);
+        for (const std::string& name : names)
+            EXPECT_TRUE(listed.contains(name)) << path << name;
+    }
+}
+
 }  // namespace
 }  // namespace quorvel::agent_test

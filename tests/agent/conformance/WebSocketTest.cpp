@@ -1,5 +1,12 @@
 // The WebSocket transport, byte by byte.
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <array>
+#include <chrono>
+#include <functional>
 
 #include "agent/EventLoop.h"
 #include "tests/agent/conformance/Lab.h"
@@ -94,6 +101,41 @@ TEST_F(WebSocket, T7_7_PingIsAnswered) {
     const auto raw = connect();
     raw->send(RawWebSocket::kPing, "1");
     EXPECT_TRUE(gets(*raw, RawWebSocket::kPong));
+}
+
+TEST(WebSocketClient, T7_8_ConnectsAgainAfterTheFirstWait) {
+    using Clock = std::chrono::steady_clock;
+    agent::EventLoop loop;
+    const int listening = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    ASSERT_EQ(bind(listening, reinterpret_cast<sockaddr*>(&address), length), 0);
+    ASSERT_EQ(listen(listening, 4), 0);
+    (void)getsockname(listening, reinterpret_cast<sockaddr*>(&address), &length);
+    std::vector<std::unique_ptr<RawWebSocket>> peers;
+    loop.watch(listening, POLLIN, [&](short) {
+        peers.push_back(std::make_unique<RawWebSocket>(loop, accept(listening, nullptr, nullptr), false));
+    });
+    const auto until = [&loop](const std::function<bool()>& condition) {
+        const auto end = Clock::now() + std::chrono::seconds(60);
+        while (!condition() && Clock::now() < end)
+            (void)loop.once(std::chrono::milliseconds(50));
+        return condition();
+    };
+    Board board;
+    board.mustRun({"up", "--usp", "ws://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/usp"});
+    ASSERT_TRUE(until([&] { return !peers.empty() && !peers.back()->head().empty(); }));
+    peers.back()->acceptHandshake("v1.usp");
+    ASSERT_TRUE(until([&] { return !peers.back()->frames.empty(); }));
+    const auto lost = Clock::now();
+    peers.clear();
+    ASSERT_TRUE(until([&] { return !peers.empty() && !peers.back()->head().empty(); }));
+    EXPECT_GE(std::chrono::duration<double>(Clock::now() - lost).count(), 4.5);
+    loop.forget(listening);
+    peers.clear();
+    (void)close(listening);
 }
 
 TEST_F(WebSocket, T7_10_ConnectRecordComesFirstAfterTheNextConnection) {

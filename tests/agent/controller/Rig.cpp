@@ -67,8 +67,18 @@ int freePort() {
 }
 
 Broker::Broker() : folder_(makeFolder("usp-broker")), port_(freePort()) {
+    writeConfiguration("");
+    start();
+}
+
+void Broker::writeConfiguration(const std::string& lines) const {
     std::ofstream(folder_ + "/conf") << "listener " << port_ << " 127.0.0.1\nallow_anonymous true\n"
-                                     << (getuid() == 0 ? "user root\n" : "");
+                                     << (getuid() == 0 ? "user root\n" : "") << lines;
+}
+
+void Broker::configure(const std::string& lines) {
+    kill();
+    writeConfiguration(lines);
     start();
 }
 

@@ -22,6 +22,8 @@ class Broker {
 
     void kill();
     void start();
+    /// Starts it again with further lines of configuration; the port stays.
+    void configure(const std::string& lines);
     [[nodiscard]] int port() const {
         return port_;
     }
@@ -30,6 +32,8 @@ class Broker {
     }
 
   private:
+    void writeConfiguration(const std::string& lines) const;
+
     std::string folder_;
     int port_ = 0;
     pid_t process_ = -1;

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "agent/EventLoop.h"
+#include "agent/Task.h"
 #include "agent/Timers.h"
 #include "agent/model/Values.h"
 #include "agent/path/Path.h"
@@ -143,6 +144,23 @@ TEST(TheEventLoop, ServesDescriptorsTimersAndTasks) {
     EXPECT_EQ(seen, "ptq");
     close(ends[0]);
     close(ends[1]);
+}
+
+Task<int> endsAtOnce() {
+    co_return 1;
+}
+
+Task<void> addUp(int count, int& sum) {
+    for (int n = 0; n < count; ++n)
+        sum += co_await endsAtOnce();
+}
+
+TEST(TasksOf, AMillionThatEndAtOnceNeedNoStack) {
+    constexpr int kMany = 1000000;
+    int sum = 0;
+    TaskGroup tasks;
+    tasks.run(addUp(kMany, sum));
+    EXPECT_EQ(sum, kMany);
 }
 
 }  // namespace
