@@ -142,6 +142,20 @@ void showText(std::ostream& out, const Recording& recording, const Filter& filte
     }
 }
 
+void showPlain(std::ostream& out, const Recording& recording, const Filter& filter) {
+    const CallTree tree = makeCallTree(recording);
+    for (const Call& call : tree.calls) {
+        if (!filter.takes(call)) continue;
+        out << seconds(call.begin->nanoseconds) << '\t' << call.begin->thread << '\t' << call.begin->function << '\t'
+            << describeArguments(*call.begin) << '\t';
+        if (call.end != nullptr) {
+            for (const Value* const result : call.end->valuesOf(ValueRole::kResult))
+                out << describe(*result);
+        }
+        out << '\n';
+    }
+}
+
 void showJson(std::ostream& out, const Recording& recording, const Filter& filter) {
     const CallTree tree = makeCallTree(recording);
     Json document{{"recording",

@@ -75,6 +75,16 @@ void showStatistics(std::ostream& out, const Recording& recording) {
     print("%-56s %9llu", "missing records", static_cast<unsigned long long>(found.missing));
 }
 
+void showStatisticsPlain(std::ostream& out, const Recording& recording) {
+    const Statistics found = count(recording);
+    for (const auto& [name, numbers] : found.functions) {
+        out << name << '\t' << numbers.calls << '\t' << numbers.failures << '\t' << numbers.nanoseconds << '\t'
+            << numbers.longest << '\n';
+    }
+    for (const auto& [name, calls] : found.platform)
+        out << name << '\t' << calls << '\n';
+}
+
 void showStatisticsJson(std::ostream& out, const Recording& recording) {
     const Statistics found = count(recording);
     Json document{{"functions", Json::object()},

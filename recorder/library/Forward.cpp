@@ -8,6 +8,7 @@
 #include "recorder/library/Queue.h"
 #include "recorder/library/RealLibrary.h"
 #include "recorder/library/Session.h"
+#include "recorder/library/Writer.h"
 
 namespace quorvel::recorder {
 
@@ -188,6 +189,8 @@ template <typename Result, typename... Arguments>
     recordCall(function, pieces);
     const Result result = reinterpret_cast<Result (*)(Arguments...)>(realFunctions[function])(arguments...);
     recordReturn(function, pieces, static_cast<uint32_t>(result));
+    // A host may leave its process right behind this call.
+    if (function == kCall_WiFiUnInit) storeEverything();
     return result;
 }
 

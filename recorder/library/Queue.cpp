@@ -11,7 +11,7 @@ namespace quorvel::recorder {
 
 constinit Queue queue;
 
-thread_local constinit Queue::OpenBatch Queue::batch{};
+[[gnu::tls_model("initial-exec")]] thread_local constinit Queue::OpenBatch Queue::batch{};
 
 namespace {
 

@@ -1,11 +1,13 @@
 #include "recorder/library/Writer.h"
 
 #include <pthread.h>
+#include <semaphore.h>
 #include <signal.h>
 #include <sys/random.h>
 #include <time.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -24,12 +26,16 @@ constexpr uint32_t kFirstConstant = 1024;
 constexpr uint32_t kMaxConstants = 1024;
 constexpr uint32_t kMaxThreads = 64;
 
+// Seconds that the host waits for a slow disk when it ends the library.
+constexpr time_t kLongestStoring = 2;
+
 class Writer {
   public:
     constexpr Writer(const SipKey& key, Secrets::Kept kept) : secrets_(key, kept), kept_(kept) {}
 
     const char* open(const Settings& settings);
     void run();
+    void storeEverything();
     void stop() {
         stops_.store(true, std::memory_order_release);
     }
@@ -49,8 +55,14 @@ class Writer {
     Secrets::Kept kept_;
     RecordingFile file_{};
     const Settings* settings_ = nullptr;
+    void storeEnd();
+
     std::atomic<bool> stops_{false};
+    std::atomic<uint32_t> asked_{0};  // how often everything was to be stored
+    uint32_t done_ = 0;
+    sem_t stored_{};
     uint32_t lostToDisk_ = 0;
+    bool endsInOrder_ = false;  // the last record is an end
     bool functionNamed_[kNumbersInRecords] = {};
     const char* constants_[kMaxConstants] = {};
     uint32_t constantCount_ = 0;
@@ -83,6 +95,7 @@ const RecordHead& finishSmall(uint8_t* record, uint32_t size, RecordKind kind, u
 
 const char* Writer::open(const Settings& settings) {
     settings_ = &settings;
+    (void)sem_init(&stored_, 0, 0);  // fails for values beyond SEM_VALUE_MAX alone
     return beginFile(true);
 }
 
@@ -119,13 +132,33 @@ void Writer::run() {
             continue;
         }
         if (!file_.flush()) lostToDisk_ += file_.lostRecords();
+        if (const uint32_t asked = asked_.load(std::memory_order_acquire); asked != done_) {
+            done_ = asked;
+            storeEnd();
+            (void)sem_post(&stored_);  // at its maximum there is nobody left who waits
+        }
         // A thread that waits in the platform may keep its batch for ever.
         if (stops_.load(std::memory_order_acquire)) break;
         queue.wait();
     }
+    if (!endsInOrder_) storeEnd();
+    file_.close();
+}
+
+void Writer::storeEnd() {
     add(finishSmall(small_, sizeof(RecordHead), RecordKind::kEnd, 0));
     if (!file_.flush()) lostToDisk_ += file_.lostRecords();
-    file_.close();
+    endsInOrder_ = true;
+}
+
+void Writer::storeEverything() {
+    asked_.fetch_add(1, std::memory_order_release);
+    queue.wake();
+    timespec until{};
+    (void)clock_gettime(CLOCK_REALTIME, &until);  // every Linux has this clock
+    until.tv_sec += kLongestStoring;
+    while (sem_timedwait(&stored_, &until) != 0 && errno == EINTR) {
+    }
 }
 
 void Writer::add(const RecordHead& record) {
@@ -217,6 +250,7 @@ void Writer::store(const BatchHead& batch) {
 }
 
 void Writer::store(const BatchHead& batch, const QueuedHead& queued) {
+    endsInOrder_ = false;
     if (file_.isFull()) {
         add(finishSmall(small_, sizeof(RecordHead), RecordKind::kEnd, 0));
         if (!file_.flush()) lostToDisk_ += file_.lostRecords();
@@ -277,6 +311,10 @@ const char* beginWriting(const Settings& settings) {
     if (code == 0) return nullptr;
     writer = nullptr;
     return "the system has no thread for the writer";
+}
+
+void storeEverything() {
+    if (writer != nullptr) writer->storeEverything();
 }
 
 void endWriting() {

@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <cstring>
 #include <iostream>
+#include <nlohmann/json.hpp>
+#include <ranges>
 
 #include "recorder/library/Imports.h"
 #include "recorder/library/RealLibrary.h"
@@ -20,6 +22,31 @@ constexpr int kWrongUsage = 2;
 int complain(const std::string& sentence) {
     std::cerr << "quorvel-wifi-replay: " << sentence << '\n';
     return kFailed;
+}
+
+int reportJson(const PlayResult& result, size_t most) {
+    nlohmann::ordered_json document{{"calls", result.calls},
+                                    {"skipped", result.skipped},
+                                    {"stopped", result.stopped},
+                                    {"differing", result.differences.size()},
+                                    {"differences", nlohmann::ordered_json::array()}};
+    for (const Difference& difference : result.differences | std::views::take(most)) {
+        document["differences"].push_back({{"position", difference.position},
+                                           {"thread", difference.thread},
+                                           {"call", difference.call},
+                                           {"text", difference.text}});
+    }
+    std::cout << document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+    return result.differences.empty() ? 0 : kFailed;
+}
+
+// A line for each difference: place, thread, call, text, by tabs.
+int reportPlain(const PlayResult& result, size_t most) {
+    for (const Difference& difference : result.differences | std::views::take(most)) {
+        std::cout << difference.position << '\t' << difference.thread << '\t' << difference.call << '\t'
+                  << difference.text << '\n';
+    }
+    return result.differences.empty() ? 0 : kFailed;
 }
 
 int report(const PlayResult& result, size_t most) {
@@ -65,11 +92,15 @@ int main(int count, char** arguments) {
     PlayOptions options;
     size_t most = 50;
     bool gdb = false;
+    bool json = false;
+    bool plain = false;
     app.add_option("FILE", file, "the recording")->required();
     app.add_option("--plugin", plugin, "the plug-in to replay")->required();
     app.add_option("--until", options.until, "stop before this call, numbered from 1")->check(CLI::PositiveNumber);
     app.add_option("--most", most, "show at most this many differences");
     app.add_flag("--gdb", gdb, "with --until: stop in gdb before the call");
+    app.add_flag("--json", json, "print one JSON document");
+    app.add_flag("--plain", plain, "print one difference per line, tab-separated");
     app.add_flag("--trap", options.trap)->group("");
     try {
         app.parse(count, arguments);
@@ -93,7 +124,7 @@ int main(int count, char** arguments) {
     if (const char* const failure = replaceImports(imports, kImportCount); failure != nullptr) return complain(failure);
     // Threads of the plug-in may still wait: the player and its recording stay until the program is gone.
     auto* const playing = new Player(recording);
-    const int code = report(playing->play(options), most);
+    const int code = (json ? reportJson : plain ? reportPlain : report)(playing->play(options), most);
     std::cout.flush();
     _exit(code);
 }

@@ -52,6 +52,25 @@ TEST_F(Replay, OfManyThreadsHasNoDifference) {
     EXPECT_NE(replayed.output.find(" 0 differences"), std::string::npos) << replayed.output;
 }
 
+TEST_F(Replay, OfAHostThatLeavesBehindTheLastCallIsWhole) {
+    ASSERT_EQ(recordHost(RECORDED_LIBRARY, file_, "leaves").status, 0);
+    EXPECT_TRUE(read(file_).ended);
+    const RunResult replayed = replay(file_, RECORDED_LIBRARY);
+    EXPECT_EQ(replayed.status, 0) << replayed.output;
+}
+
+TEST_F(Replay, TellsADifferenceToPrograms) {
+    ASSERT_EQ(recordHost(RECORDED_LIBRARY, file_).status, 0);
+    EXPECT_EQ(replay(file_, RECORDED_LIBRARY, "--plain").output, "");
+    EXPECT_NE(replay(file_, RECORDED_LIBRARY, "--json").output.find("\"differing\": 0"), std::string::npos);
+    (void)setenv("QUORVEL_FAULT", "output", 1);
+    const RunResult replayed = replay(file_, FAULTY_LIBRARY, "--plain");
+    (void)unsetenv("QUORVEL_FAULT");
+    EXPECT_EQ(replayed.status, 1);
+    EXPECT_NE(replayed.output.find("WiFiAccessPointStatsGet\tthe recording's memory"), std::string::npos)
+        << replayed.output;
+}
+
 TEST_F(Replay, StopsBeforeACall) {
     ASSERT_EQ(recordHost(RECORDED_LIBRARY, file_).status, 0);
     const RunResult replayed = replay(file_, RECORDED_LIBRARY, "--until 3");
