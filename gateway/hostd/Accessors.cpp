@@ -6,6 +6,8 @@
 
 #include <quorvel.h>
 
+#include "gateway/hostd/PluginCalls.h"
+
 namespace quorvel::hostd {
 namespace {
 
@@ -19,13 +21,15 @@ Function* function(Word word) {
 }
 
 std::uint32_t readInto(const Parameter& parameter, const Instances& at, void* out) {
+    const CountedCall call(PluginCall::kGet);
     switch (parameter.depth) {
         case 0:
-            return function<std::uint32_t(void*)>(parameter.getter)(out);
+            return call.with(function<std::uint32_t(void*)>(parameter.getter)(out));
         case 1:
-            return function<std::uint32_t(std::uint32_t, void*)>(parameter.getter)(at[0], out);
+            return call.with(function<std::uint32_t(std::uint32_t, void*)>(parameter.getter)(at[0], out));
         default:
-            return function<std::uint32_t(std::uint32_t, std::uint32_t, void*)>(parameter.getter)(at[0], at[1], out);
+            return call.with(
+                function<std::uint32_t(std::uint32_t, std::uint32_t, void*)>(parameter.getter)(at[0], at[1], out));
     }
 }
 
@@ -42,74 +46,7 @@ std::uint32_t readText(const Parameter& parameter, const Instances& at, char* bu
     }
 }
 
-template <typename Number>
-FaultCode parseNumber(std::string_view text, std::uint32_t& number) {
-    std::int64_t parsed = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), parsed);
-    if (end != text.data() + text.size() || text.empty()) return FaultCode::kWrongType;
-    if (error == std::errc::invalid_argument) return FaultCode::kWrongType;
-    if (error == std::errc::result_out_of_range) return FaultCode::kValueRefused;
-    if (std::numeric_limits<Number>::min() == 0 && parsed < 0) return FaultCode::kWrongType;
-    if (parsed < std::numeric_limits<Number>::min() || parsed > std::numeric_limits<Number>::max()) {
-        return FaultCode::kValueRefused;
-    }
-    number = static_cast<std::uint32_t>(parsed);
-    return FaultCode::kNone;
-}
-
-}  // namespace
-
-std::uint32_t read(const Parameter& parameter, const Instances& instances, Value& value) {
-    value.type = parameter.type;
-    value.number = 0;
-    if (parameter.type == Type::kText) {
-        char buffer[kTextBuffer] = {};
-        const std::uint32_t result = readText(parameter, instances, buffer, kTextLength);
-        if (result == 0) value.text.assign(buffer, strnlen(buffer, sizeof buffer));
-        return result;
-    }
-    if (parameter.type == Type::kBoolean) {
-        std::uint8_t flag = 0;
-        const std::uint32_t result = readInto(parameter, instances, &flag);
-        value.number = flag;
-        return result;
-    }
-    return readInto(parameter, instances, &value.number);
-}
-
-std::uint32_t readStation(const Parameter& parameter, const Instances& instances, const char* mac, Value& value) {
-    value.type = parameter.type;
-    value.number = 0;
-    using Function = std::uint32_t(std::uint32_t, const char*, std::int32_t*);
-    std::int32_t number = 0;
-    const std::uint32_t result = function<Function>(parameter.getter)(instances[0], mac, &number);
-    value.number = static_cast<std::uint32_t>(number);
-    return result;
-}
-
-std::uint32_t measure(const Parameter& parameter, const Instances& instances, void* record, std::uint32_t size) {
-    return readText(parameter, instances, static_cast<char*>(record), size);
-}
-
-FaultCode parse(const Parameter& parameter, std::string_view text, Value& value) {
-    value.type = parameter.type;
-    switch (parameter.type) {
-        case Type::kText:
-            value.text = text;
-            return FaultCode::kNone;
-        case Type::kBoolean:
-            if (text != "true" && text != "false" && text != "1" && text != "0") return FaultCode::kWrongType;
-            value.number = text == "true" || text == "1" ? 1 : 0;
-            return FaultCode::kNone;
-        case Type::kUnsignedInt:
-            return parseNumber<std::uint32_t>(text, value.number);
-        case Type::kInt:
-            return parseNumber<std::int32_t>(text, value.number);
-    }
-    return FaultCode::kWrongType;
-}
-
-std::uint32_t stage(const Parameter& parameter, void* context, const Instances& at, const Value& value) {
+std::uint32_t callSetter(const Parameter& parameter, void* context, const Instances& at, const Value& value) {
     if (parameter.type == Type::kText) {
         const char* const text = value.text.c_str();
         const auto length = static_cast<std::uint32_t>(value.text.size());
@@ -137,12 +74,12 @@ std::uint32_t stage(const Parameter& parameter, void* context, const Instances& 
     }
 }
 
-std::uint32_t initContext(const Node& node, void* context) {
+std::uint32_t callInitContext(const Node& node, void* context) {
     if (node.initContext == 0) return Quorvel_ContextInit(context, node.contextSize);
     return function<std::uint32_t(void*)>(node.initContext)(context);
 }
 
-std::uint32_t applyContext(const Node& node, void* context, const Instances& at) {
+std::uint32_t callApplyContext(const Node& node, void* context, const Instances& at) {
     switch (node.depth) {
         case 0:
             return function<std::uint32_t(void*)>(node.applyContext)(context);
@@ -153,6 +90,91 @@ std::uint32_t applyContext(const Node& node, void* context, const Instances& at)
             return function<std::uint32_t(void*, std::uint32_t, std::uint32_t)>(node.applyContext)(context, at[0],
                                                                                                    at[1]);
     }
+}
+
+template <typename Number>
+FaultCode parseNumber(std::string_view text, std::uint32_t& number) {
+    std::int64_t parsed = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), parsed);
+    if (end != text.data() + text.size() || text.empty()) return FaultCode::kWrongType;
+    if (error == std::errc::invalid_argument) return FaultCode::kWrongType;
+    if (error == std::errc::result_out_of_range) return FaultCode::kValueRefused;
+    if (std::numeric_limits<Number>::min() == 0 && parsed < 0) return FaultCode::kWrongType;
+    if (parsed < std::numeric_limits<Number>::min() || parsed > std::numeric_limits<Number>::max()) {
+        return FaultCode::kValueRefused;
+    }
+    number = static_cast<std::uint32_t>(parsed);
+    return FaultCode::kNone;
+}
+
+}  // namespace
+
+std::uint32_t read(const Parameter& parameter, const Instances& instances, Value& value) {
+    value.type = parameter.type;
+    value.number = 0;
+    if (parameter.type == Type::kText) {
+        char buffer[kTextBuffer] = {};
+        const CountedCall call(PluginCall::kGet);
+        const std::uint32_t result = call.with(readText(parameter, instances, buffer, kTextLength));
+        if (result == 0) value.text.assign(buffer, strnlen(buffer, sizeof buffer));
+        return result;
+    }
+    if (parameter.type == Type::kBoolean) {
+        std::uint8_t flag = 0;
+        const std::uint32_t result = readInto(parameter, instances, &flag);
+        value.number = flag;
+        return result;
+    }
+    return readInto(parameter, instances, &value.number);
+}
+
+std::uint32_t readStation(const Parameter& parameter, const Instances& instances, const char* mac, Value& value) {
+    value.type = parameter.type;
+    value.number = 0;
+    using Function = std::uint32_t(std::uint32_t, const char*, std::int32_t*);
+    std::int32_t number = 0;
+    const CountedCall call(PluginCall::kGet);
+    const std::uint32_t result = call.with(function<Function>(parameter.getter)(instances[0], mac, &number));
+    value.number = static_cast<std::uint32_t>(number);
+    return result;
+}
+
+std::uint32_t measure(const Parameter& parameter, const Instances& instances, void* record, std::uint32_t size) {
+    const CountedCall call(PluginCall::kMeasure);
+    return call.with(readText(parameter, instances, static_cast<char*>(record), size));
+}
+
+FaultCode parse(const Parameter& parameter, std::string_view text, Value& value) {
+    value.type = parameter.type;
+    switch (parameter.type) {
+        case Type::kText:
+            value.text = text;
+            return FaultCode::kNone;
+        case Type::kBoolean:
+            if (text != "true" && text != "false" && text != "1" && text != "0") return FaultCode::kWrongType;
+            value.number = text == "true" || text == "1" ? 1 : 0;
+            return FaultCode::kNone;
+        case Type::kUnsignedInt:
+            return parseNumber<std::uint32_t>(text, value.number);
+        case Type::kInt:
+            return parseNumber<std::int32_t>(text, value.number);
+    }
+    return FaultCode::kWrongType;
+}
+
+std::uint32_t stage(const Parameter& parameter, void* context, const Instances& at, const Value& value) {
+    const CountedCall call(PluginCall::kSet);
+    return call.with(callSetter(parameter, context, at, value));
+}
+
+std::uint32_t initContext(const Node& node, void* context) {
+    const CountedCall call(PluginCall::kInitContext);
+    return call.with(callInitContext(node, context));
+}
+
+std::uint32_t applyContext(const Node& node, void* context, const Instances& at) {
+    const CountedCall call(PluginCall::kApplyContext);
+    return call.with(callApplyContext(node, context, at));
 }
 
 }  // namespace quorvel::hostd

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <list>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -17,6 +18,7 @@
 #include "gateway/hostd/Services.h"
 #include "gateway/hostd/Session.h"
 #include "gateway/hostd/Worker.h"
+#include "gateway/hostd/protocol/Counts.h"
 
 namespace quorvel::hostd {
 
@@ -131,6 +133,7 @@ class Server {
 
     void control(const protocol::Control& request, Reply& reply);
     void lookAround(Reply& reply);
+    [[nodiscard]] protocol::HostCounts completed(protocol::HostCounts counts) const;
     void listenForStations(Session& session, protocol::Id id);
     void deliverNews();
     void deliver(const News& news);
@@ -154,6 +157,7 @@ class Server {
     std::list<Session> sessions_;
     Services services_;
     ManagerLook managerLook_;
+    std::map<std::string, std::uint64_t> requests_;  // by verb
     std::atomic<bool> listening_ = false;
     Ending ending_ = Ending::kShutdown;
     std::atomic<bool> stopping_ = false;

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "gateway/hostd/PluginCalls.h"
 #include "gateway/hostd/Server.h"
 
 namespace quorvel::hostd {
@@ -30,7 +31,7 @@ Part oneFault(const std::string& reason) {
 }
 
 bool onlyAsks(const std::string& operation) {
-    return operation == "state" || operation == "events" || operation.ends_with(".list");
+    return operation == "state" || operation == "events" || operation == "counts" || operation.ends_with(".list");
 }
 
 // Launching the manager is the plug-in's work.
@@ -72,6 +73,7 @@ void Server::handleLine(Session& session, const std::string& line) {
 }
 
 void Server::dispatch(Session& session, Id id, protocol::Request request) {
+    ++requests_[protocol::verbOf(request)];
     std::visit([&](const auto& each) { serve(session, id, each); }, request);
 }
 
@@ -211,6 +213,10 @@ void Server::serve(Session& session, Id id, const protocol::Watch& request) {
 }
 
 void Server::serve(Session& session, Id id, const protocol::ReportStatus& request) {
+    if (request.service == protocol::kHostService) {
+        return refuse(session, id,
+                      "\"" + request.service + "\" is the host process's own service; report under another name");
+    }
     const std::string wrong = services_.report(request, session.connection->descriptor());
     if (!wrong.empty()) return refuse(session, id, wrong);
     publishStatus(request.service);
@@ -225,7 +231,27 @@ void Server::serve(Session& session, Id id, const protocol::ReportTrace& request
     answer(session, id, {});
 }
 
+// Adds the manager's counts to those of this process.
+protocol::HostCounts Server::completed(protocol::HostCounts counts) const {
+    counts.bounds.assign(common::kDurationBounds.begin(), common::kDurationBounds.end());
+    counts.pluginCalls = pluginCalls();
+    if (settings_.control)
+        counts.managerRequests = protocol::readManagerCounts(settings_.control({{"op", "counts"}}).answer);
+    return counts;
+}
+
 void Server::serve(Session& session, Id id, const protocol::ReadStatus& request) {
+    if (request.service == protocol::kHostService) {
+        protocol::HostCounts counts;
+        for (const auto& [verb, count] : requests_)
+            counts.requests.push_back({verb, count});
+        return manager_.enqueue(session.connection, id, [this, counts = std::move(counts)](Reply& reply) {
+            managerHeartbeat_.expect(kLongestControl);
+            Part part;
+            part.status.push_back({protocol::kHostService, true, protocol::toJson(completed(counts))});
+            reply.part(part);
+        });
+    }
     Part part;
     part.status = services_.statuses(request.service);
     answer(session, id, part);

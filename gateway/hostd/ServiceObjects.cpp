@@ -5,6 +5,7 @@
 #include "gateway/hostd/Accessors.h"
 #include "gateway/hostd/ContextLayout.h"
 #include "gateway/hostd/LogTap.h"
+#include "gateway/hostd/PluginCalls.h"
 #include "gateway/hostd/Service.h"
 
 namespace quorvel::hostd {
@@ -58,6 +59,15 @@ std::uint32_t callInstanceGet(Word function, unsigned depth, void* context, cons
     }
 }
 
+// Calls an extra function, which takes a text or nothing beside the context.
+std::uint32_t callExtra(Word function, void* context, const std::optional<std::string>& text) {
+    const CountedCall call(PluginCall::kOperate);
+    if (!text) return call.with(reinterpret_cast<std::uint32_t (*)(void*)>(function)(context));
+    using Function = std::uint32_t(void*, std::uint32_t, const char*, std::uint32_t);
+    return call.with(
+        reinterpret_cast<Function*>(function)(context, 0, text->c_str(), static_cast<std::uint32_t>(text->size())));
+}
+
 }  // namespace
 
 void Service::answer(const protocol::TakeSnapshot& request, Reply& reply) {
@@ -94,7 +104,8 @@ void Service::answer(const protocol::TakeSnapshot& request, Reply& reply) {
     LogTap::forgetErrors();
     std::vector<std::max_align_t> block(kSnapshotBytes / sizeof(std::max_align_t));
     const std::uint32_t result =
-        callInstanceGet(reinterpret_cast<Word>(instanceGet), node.depth, block.data(), match.instances);
+        CountedCall(PluginCall::kSnapshot)
+            .with(callInstanceGet(reinterpret_cast<Word>(instanceGet), node.depth, block.data(), match.instances));
     heartbeat_.beat();
     if (result != 0) {
         return reply.fault(
@@ -138,13 +149,7 @@ void Service::answer(const protocol::Operate& request, Reply& reply) {
     if (context == nullptr || function == nullptr) {
         return reply.fault(missing(path, "the plug-in exports no " + name + " for this object"));
     }
-    std::uint32_t result = 0;
-    if (request.text) {
-        result = reinterpret_cast<std::uint32_t (*)(void*, std::uint32_t, const char*, std::uint32_t)>(function)(
-            context, 0, request.text->c_str(), static_cast<std::uint32_t>(request.text->size()));
-    } else {
-        result = reinterpret_cast<std::uint32_t (*)(void*)>(function)(context);
-    }
+    std::uint32_t result = callExtra(reinterpret_cast<Word>(function), context, request.text);
     if (result != 0) return reply.fault(pluginFault(FaultCode::kValueRefused, path, name + " refuses it", result));
 
     std::vector<Transaction::Setting> settings;

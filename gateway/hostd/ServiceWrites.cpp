@@ -3,6 +3,7 @@
 
 #include "gateway/hostd/Accessors.h"
 #include "gateway/hostd/LogTap.h"
+#include "gateway/hostd/PluginCalls.h"
 #include "gateway/hostd/Service.h"
 
 namespace quorvel::hostd {
@@ -274,7 +275,7 @@ void Service::answer(const protocol::Set& request, Reply& reply) {
 
 std::uint32_t Service::saveNow() {
     auto* const save = plugin_.find<std::uint32_t()>("WifiSaveNvram");
-    const std::uint32_t result = save == nullptr ? 1 : save();
+    const std::uint32_t result = save == nullptr ? 1 : CountedCall(PluginCall::kSave).with(save());
     if (result == 0) changed(protocol::ChangeKind::kSaved, {});
     return result;
 }

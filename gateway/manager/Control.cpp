@@ -148,6 +148,17 @@ Json timeRequest(Service& service, const Json& request) {
     return {{"time", seconds(service.model().now())}, {"virtual", service.clock().isVirtual()}};
 }
 
+Json countsRequest(const Service& service) {
+    Json requests = Json::array();
+    for (std::uint32_t i = 1; i <= kLastOperation; ++i) {
+        const common::Durations& durations = service.durations(static_cast<Operation>(i));
+        const common::Durations::Classes classes = durations.classes();
+        if (classes == common::Durations::Classes{}) continue;
+        requests.push_back({{"name", kOperationNames[i - 1]}, {"seconds", durations.seconds()}, {"classes", classes}});
+    }
+    return {{"bounds", common::kDurationBounds}, {"requests", requests}};
+}
+
 Json eventsRequest(const Model& model, const Json& request) {
     const auto since = request.contains("since") ? static_cast<std::uint64_t>(numberOf(request, "since", 0, 1e15)) : 0;
     const auto count =
@@ -312,6 +323,8 @@ std::string Service::control(std::string_view json) {
             result = timeRequest(*this, request);
         else if (op == "events")
             result = eventsRequest(model_, request);
+        else if (op == "counts")
+            result = countsRequest(*this);
         else if (op == "fault")
             result = faultRequest(*this, request);
         else if (op.starts_with("station."))
@@ -319,7 +332,8 @@ std::string Service::control(std::string_view json) {
         else if (op.starts_with("neighbour."))
             result = neighbourRequest(model_, op, request);
         else
-            return refused("unknown op \"" + op + "\"; known: state, time, events, fault, station.*, neighbour.*");
+            return refused("unknown op \"" + op +
+                           "\"; known: state, time, events, counts, fault, station.*, neighbour.*");
         for (auto& item : result.items())
             answer[item.key()] = item.value();
         return answer.dump(-1, ' ', false, kReplace);

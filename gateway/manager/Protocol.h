@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <span>
 #include <string_view>
 
@@ -50,6 +51,33 @@ enum class Operation : std::uint32_t {
     kMore,     ///< word: offset; the next piece of this connection's last long answer
 };
 inline constexpr std::uint32_t kLastOperation = static_cast<std::uint32_t>(Operation::kMore);
+
+/// The operations' names in counts, in their order.
+inline constexpr const char* kOperationNames[] = {"get",
+                                                  "extGet",
+                                                  "set",
+                                                  "nvramGet",
+                                                  "nvramSet",
+                                                  "saveNvram",
+                                                  "halStarted",
+                                                  "startStopServices",
+                                                  "restart",
+                                                  "sendCsa",
+                                                  "sendCsa2",
+                                                  "staInfo",
+                                                  "ssidInfo",
+                                                  "clientRxTxStatsResult",
+                                                  "systemUpSecs",
+                                                  "wlUpSecs",
+                                                  "ciScanStart",
+                                                  "ciScanResults",
+                                                  "chanimStats",
+                                                  "channelStats",
+                                                  "radioChannelStats2",
+                                                  "control",
+                                                  "wl",
+                                                  "more"};
+static_assert(std::size(kOperationNames) == kLastOperation);
 
 /// How many words and texts an operation's request carries.
 struct Shape {

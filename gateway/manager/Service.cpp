@@ -80,6 +80,11 @@ void Service::longAnswer(Session& session, Answer& answer, std::string text, std
 }
 
 void Service::handle(const Request& request, Session& session, Answer& answer) {
+    const common::Stopwatch watch(durations_[static_cast<std::size_t>(request.operation)]);
+    perform(request, session, answer);
+}
+
+void Service::perform(const Request& request, Session& session, Answer& answer) {
     constexpr std::int32_t kFailed = -1;
     followClock();
     answer = {};

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <utility>
 
+#include "common/Durations.h"
 #include "gateway/manager/Clock.h"
 #include "gateway/manager/Model.h"
 #include "gateway/manager/Protocol.h"
@@ -73,7 +76,13 @@ class Service {
         return problem_;
     }
 
+    /// How long requests of an operation have taken.
+    [[nodiscard]] const common::Durations& durations(Operation operation) const {
+        return durations_[static_cast<std::size_t>(operation)];
+    }
+
   private:
+    void perform(const Request& request, Session& session, Answer& answer);
     [[nodiscard]] bool save();
     void comeTo(FaultPoint moment);
     void longAnswer(Session& session, Answer& answer, std::string text, std::int32_t result);
@@ -85,6 +94,7 @@ class Service {
     Faults faults_;
     std::function<void(int signal)> signalling_ = [](int) {};
     std::size_t listeners_ = 0;
+    std::array<common::Durations, kLastOperation + 1> durations_;
 };
 
 }  // namespace quorvel::manager

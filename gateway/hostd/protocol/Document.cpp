@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "gateway/hostd/protocol/Codec.h"
+#include "gateway/hostd/protocol/Counts.h"
 #include "gateway/hostd/protocol/Requests.h"
 
 namespace quorvel::hostd::protocol {
@@ -54,6 +55,10 @@ template <>
 inline constexpr const char* kRecordName<NeighbourState> = "neighbour";
 template <>
 inline constexpr const char* kRecordName<InterfaceCounters> = "counters";
+template <>
+inline constexpr const char* kRecordName<CallCount> = "call count";
+template <>
+inline constexpr const char* kRecordName<RequestCount> = "request count";
 
 // The words for a member's form, in the singular or plural.
 template <typename Type>
@@ -138,6 +143,8 @@ std::string describeProtocol() {
     writeRequests(writer, std::make_index_sequence<std::variant_size_v<Request>>());
     writer.text_ += "## Parts of an answer\n\n";
     writer.members<Part>();
+    writer.text_ += "## Status of the service `host`\n\n";
+    writer.members<HostCounts>();
     writer.text_ += "## Records\n\n";
     writer.records();
     writer.text_.pop_back();

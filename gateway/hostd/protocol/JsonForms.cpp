@@ -1,5 +1,6 @@
 // The JSON forms of single records, compiled once for all clients.
 #include "gateway/hostd/protocol/Codec.h"
+#include "gateway/hostd/protocol/Counts.h"
 #include "gateway/hostd/protocol/Lines.h"
 
 namespace quorvel::hostd::protocol {
@@ -32,6 +33,18 @@ std::optional<SimulationAnswer> readSimulationAnswer(const Json& json) {
 
 std::optional<SimulationState> readSimulationState(const Json& json) {
     return read<SimulationState>(json);
+}
+
+std::optional<HostCounts> readHostCounts(const Json& json) {
+    return read<HostCounts>(json);
+}
+
+std::vector<CallCount> readManagerCounts(const Json& json) {
+    return read<ManagerCounts>(json).value_or(ManagerCounts{}).requests;
+}
+
+Json toJson(const HostCounts& counts) {
+    return jsonOf(counts);
 }
 
 Json toJson(const Fault& fault) {

@@ -8,6 +8,7 @@
 
 #include <future>
 #include <nlohmann/json.hpp>
+#include <numeric>
 #include <thread>
 
 #include "gateway/hostd/client/Client.h"
@@ -111,6 +112,12 @@ class OneServer : public testing::Test {
         settings.absence = [this] { return absence_.load() ? "the manager is gone" : ""; };
         settings.control = [this](const protocol::Json& command) {
             if (operationOf(command) == "wait") control_.pass();
+            if (operationOf(command) == "counts") {
+                return Controlled{
+                    protocol::Json::parse(
+                        R"({"ok":true,"bounds":[1],"requests":[{"name":"wl","seconds":2,"classes":[1,0]}]})"),
+                    ""};
+            }
             return Controlled{{{"ok", true}}, ""};
         };
         settings.board = [] { return protocol::BoardFacts{}; };
@@ -438,6 +445,43 @@ TEST_F(OneServer, OffersWhatServicesHaveReported) {
     agent.reset();
     ASSERT_TRUE(until(*reader, [&news] { return news.size() == 2; }));
     EXPECT_FALSE(news[1].status.at(0).connected);
+}
+
+TEST_F(OneServer, CountsCallsAndRequests) {
+    library_.open();
+    const auto counted = [](Client& client) {
+        const auto status = ask(client, protocol::ReadStatus{protocol::kHostService}).at(0).status;
+        EXPECT_EQ(status.size(), 1U);
+        return protocol::readHostCounts(status.at(0).status).value();
+    };
+    const auto reader = client();
+    const auto gets = [](const protocol::HostCounts& counts) {
+        std::uint64_t all = 0;
+        for (const protocol::CallCount& call : counts.pluginCalls) {
+            if (call.name == "get") all = std::accumulate(call.classes.begin(), call.classes.end(), std::uint64_t{0});
+        }
+        return all;
+    };
+    const protocol::HostCounts before = counted(*reader);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_FALSE(ask(*reader, kChannel).empty());
+    const protocol::HostCounts after = counted(*reader);
+    EXPECT_GE(gets(after), gets(before) + 3);  // finding the instances reads, too
+    ASSERT_EQ(after.requests.size(), 3U);
+    EXPECT_EQ(after.requests[0].name, "get");
+    EXPECT_EQ(after.requests[0].count, 3U);
+    EXPECT_EQ(after.requests[2].name, "status");
+    EXPECT_EQ(after.requests[2].count, 2U);
+    EXPECT_EQ(after.bounds.size() + 1, after.pluginCalls.at(0).classes.size());
+    ASSERT_EQ(after.managerRequests.size(), 1U);
+    EXPECT_EQ(after.managerRequests[0].name, "wl");
+}
+
+TEST_F(OneServer, KeepsItsOwnServiceToItself) {
+    const auto agent = client();
+    const std::vector<Fault> faults = agent->ask(protocol::ReportStatus{protocol::kHostService, {{"a", 1}}});
+    ASSERT_EQ(faults.size(), 1U);
+    EXPECT_EQ(faults[0].reason, "\"host\" is the host process's own service; report under another name");
 }
 
 TEST_F(OneServer, EndsForAPowerCycleWithItsCause) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <numeric>
 #include <vector>
 
 #include "gateway/manager/Service.h"
@@ -44,6 +45,26 @@ TEST_F(Control, AdvancesTime) {
     EXPECT_EQ(service_.model().upSeconds(), 61U);
     holds(R"({"op":"time","advance":-1})", "\"ok\":false");
     holds(R"({"op":"time","virtual":false})", "\"ok\":false");
+}
+
+TEST_F(Control, CountsRequestsByTheirOperation) {
+    EXPECT_NE(ask(R"({"op":"counts"})").find(R"("requests":[])"), std::string::npos);
+    Request request;
+    Session session;
+    Answer answer;
+    for (const Operation operation : {Operation::kSystemUpSecs, Operation::kNvramGet, Operation::kNvramGet}) {
+        request.operation = operation;
+        service_.handle(request, session, answer);
+    }
+    const std::string counts = ask(R"({"op":"counts"})");
+    EXPECT_NE(counts.find(R"({"name":"nvramGet","seconds":)"), std::string::npos) << counts;
+    EXPECT_NE(counts.find(R"({"name":"systemUpSecs","seconds":)"), std::string::npos);
+    const auto sum = [](const common::Durations& durations) {
+        const auto classes = durations.classes();
+        return std::accumulate(classes.begin(), classes.end(), std::uint64_t{0});
+    };
+    EXPECT_EQ(sum(service_.durations(Operation::kNvramGet)), 2U);
+    EXPECT_EQ(sum(service_.durations(Operation::kMore)), 0U);
 }
 
 TEST_F(Control, RefusesWhatNestsTooDeeply) {
