@@ -4,6 +4,7 @@
 
 #include "scenario/Actions.h"
 #include "scenario/Judge.h"
+#include "scenario/Sampler.h"
 
 namespace quorvel::scenario {
 namespace {
@@ -13,8 +14,10 @@ constexpr Time kStride = 10000;  // how far time goes at once; station events wa
 
 class Play {
   public:
-    Play(const Scenario& scenario, Stage& stage, const std::function<void(const Entry&)>& onEntry)
-        : scenario_(scenario), stage_(stage), onEntry_(onEntry), open_(scenario.expectations.size(), true) {}
+    Play(const Scenario& scenario, Stage& stage, const std::function<void(const Entry&)>& onEntry, bool record)
+        : scenario_(scenario), stage_(stage), onEntry_(onEntry), open_(scenario.expectations.size(), true) {
+        if (record) sampler_.emplace(scenario);
+    }
 
     Result run(const std::function<bool(Time)>& stop) {
         stage_.note("play", "power.on");
@@ -23,6 +26,7 @@ class Play {
         for (;;) {
             doSteps();
             lookAround();
+            if (sampler_) sampler_->sample(stage_);
             const Time now = stage_.now();
             if (now >= scenario_.end && next_ == scenario_.timeline.size()) break;
             if (stop(now)) throw launch::GatewayError("the scenario was interrupted at " + seconds(now) + " s");
@@ -30,6 +34,7 @@ class Play {
         }
         result_.end = stage_.now();
         result_.log = stage_.log();
+        if (sampler_) result_.recording = sampler_->take();
         return std::move(result_);
     }
 
@@ -83,7 +88,7 @@ class Play {
     void close(std::size_t index, const Verdict& verdict) {
         open_[index] = false;
         add({stage_.now(), verdict.holds ? Entry::Kind::kHeld : Entry::Kind::kFailed,
-             describe(scenario_.expectations[index]), verdict.seen});
+             describe(scenario_.expectations[index]), verdict.seen, index});
     }
 
     void add(const Entry& entry) {
@@ -113,15 +118,16 @@ class Play {
     std::vector<bool> open_;
     std::size_t next_ = 0;
     StepFaults faults_;
+    std::optional<Sampler> sampler_;
     Result result_;
 };
 
 }  // namespace
 
 Result play(const Scenario& scenario, const launch::Options& options, std::uint64_t seed,
-            const std::function<void(const Entry&)>& onEntry, const std::function<bool(Time now)>& stop) {
+            const std::function<void(const Entry&)>& onEntry, const std::function<bool(Time now)>& stop, bool record) {
     Stage stage(options, scenario, seed);
-    Result result = Play(scenario, stage, onEntry).run(stop);
+    Result result = Play(scenario, stage, onEntry, record).run(stop);
     result.notice = stage.notice();
     return result;
 }

@@ -1,33 +1,9 @@
 #include "scenario/Report.h"
 
-#include <string_view>
+#include "scenario/Markup.h"
 
 namespace quorvel::scenario {
 namespace {
-
-// Text as XML attributes and contents take it; what XML cannot hold at all becomes a question mark.
-std::string escaped(std::string_view text) {
-    std::string safe;
-    for (const char c : text) {
-        switch (c) {
-            case '&':
-                safe += "&amp;";
-                break;
-            case '<':
-                safe += "&lt;";
-                break;
-            case '>':
-                safe += "&gt;";
-                break;
-            case '"':
-                safe += "&quot;";
-                break;
-            default:
-                safe += static_cast<unsigned char>(c) < 0x20 ? '?' : c;
-        }
-    }
-    return safe;
-}
 
 const char* word(Entry::Kind kind) {
     switch (kind) {

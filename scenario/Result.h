@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,8 @@ struct Entry {
     Time time = 0;
     Kind kind = Kind::kStep;
     std::string text;
-    std::string seen;  ///< what was seen; a step's faults
+    std::string seen;                                       ///< what was seen; a step's faults
+    std::optional<std::size_t> expectation = std::nullopt;  ///< its place in the scenario
 };
 
 /// An entry of the event log, as the report has it.
@@ -28,9 +30,34 @@ struct LogLine {
     std::string text;
 };
 
+/// The values of a parameter over time; null while it cannot be read.
+struct Course {
+    struct Sample {
+        Time time = 0;
+        Json value;
+    };
+    std::string path;
+    std::vector<Sample> samples;
+};
+
+/// A station at one moment.
+struct StationSample {
+    Time time = 0;
+    std::string mac;
+    unsigned accessPoint = 0;  ///< 0: not associated
+    int rssi = 0;              ///< dBm
+};
+
+/// How the board went on while a scenario was played.
+struct Recording {
+    std::vector<Course> parameters;
+    std::vector<StationSample> stations;
+};
+
 struct Result {
     std::vector<Entry> entries;  ///< in the order in which they were decided
     std::vector<LogLine> log;
+    Recording recording;  ///< empty unless it was asked for
     Time end = 0;
     std::string notice;  ///< what the board had to say about its sandbox
 

@@ -44,6 +44,11 @@ class Stage {
         return gateway_ != nullptr;
     }
 
+    /// Tells whether the board is on and its WLAN manager has not been ended or stopped by a step.
+    [[nodiscard]] bool managerRuns() const {
+        return isOn() && manager_ == Manager::kRunning;
+    }
+
     /// Asks the host process. Parts of the answer go to `onPart`; returns the faults.
     std::vector<Fault> ask(const hostd::protocol::Request& request, const hostd::Client::OnPart& onPart = {});
     /// Asks the simulation. Returns the faults: its refusal, or that it does not answer.

@@ -13,6 +13,7 @@
 #include "scenario/Player.h"
 #include "scenario/Reader.h"
 #include "scenario/Report.h"
+#include "scenario/picture/Picture.h"
 
 namespace quorvel::console {
 namespace {
@@ -25,6 +26,7 @@ struct Wishes {
     std::string file;
     std::string junit;
     std::string events;
+    std::string html;
     std::int64_t seed = -1;  // -1: the scenario's own
 };
 
@@ -143,6 +145,7 @@ int play(Session& session, const Wishes& wishes) {
     }
     checkWritable(wishes.junit);
     checkWritable(wishes.events);
+    checkWritable(wishes.html);
     const Interrupt interrupt;
     Progress progress(session.errorStyle());
     scenario::Result result;
@@ -158,7 +161,8 @@ int play(Session& session, const Wishes& wishes) {
                     static_cast<double>(now), static_cast<double>(scenario.end),
                     std::to_string(now / 1000) + " of " + std::to_string(scenario.end / 1000) + " s of board time");
                 return Interrupt::happened();
-            });
+            },
+            !wishes.html.empty());
     } catch (const GatewayError& error) {
         if (!Interrupt::happened()) throw;
         progress.clear();
@@ -169,6 +173,7 @@ int play(Session& session, const Wishes& wishes) {
     if (!result.notice.empty()) std::cerr << "quorvel-wifi: " << result.notice << '\n';
     writeFile(wishes.junit, scenario::junit(scenario, result));
     writeFile(wishes.events, scenario::eventLog(result));
+    if (!wishes.html.empty()) writeFile(wishes.html, scenario::picture(scenario, result, seed));
     if (session.options.json) printJson(scenario::toJson(scenario, result, seed), {});
     if (people) printSummary(session, result);
     return result.passed() ? kDone : kFailed;
@@ -180,7 +185,8 @@ void addPlayVerbs(VerbContext& context) {
     Session& session = context.session;
     auto wishes = std::make_shared<Wishes>();
     CLI::App* const verb = context.add(kManyVerbs, "play", "Play a scenario on a board of its own; alone: list them",
-                                       "play\nplay first-boot\nplay guest-network --seed 7 --junit result.xml",
+                                       "play\nplay first-boot\nplay guest-network --seed 7 --junit result.xml\n"
+                                       "play band-steering --html steering.html",
                                        [&session, wishes] { return play(session, *wishes); });
     context.take(verb, ArgumentKind::kScenario, "FILE", wishes->file, "Scenario (JSON), or a shipped one's name");
     verb->add_option("--seed", wishes->seed, "Seed of what varies by chance, instead of the scenario's")
@@ -189,6 +195,8 @@ void addPlayVerbs(VerbContext& context) {
     context.take(verb, ArgumentKind::kFile, "--junit", wishes->junit, "Write the result as JUnit XML")
         ->type_name("FILE");
     context.take(verb, ArgumentKind::kFile, "--events", wishes->events, "Write the event log")->type_name("FILE");
+    context.take(verb, ArgumentKind::kFile, "--html", wishes->html, "Write the course of the play as a page")
+        ->type_name("FILE");
 }
 
 }  // namespace quorvel::console

@@ -1,0 +1,28 @@
+#include "scenario/Markup.h"
+
+namespace quorvel::scenario {
+
+std::string escaped(std::string_view text) {
+    std::string safe;
+    for (const char c : text) {
+        switch (c) {
+            case '&':
+                safe += "&amp;";
+                break;
+            case '<':
+                safe += "&lt;";
+                break;
+            case '>':
+                safe += "&gt;";
+                break;
+            case '"':
+                safe += "&quot;";
+                break;
+            default:
+                safe += static_cast<unsigned char>(c) < 0x20 ? '?' : c;
+        }
+    }
+    return safe;
+}
+
+}  // namespace quorvel::scenario
