@@ -50,4 +50,11 @@ if(QUORVEL_LIBEDIT)
     string(APPEND CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS ", libedit2")
 endif()
 
+# The live page is packed where script/package has built it.
+set(CPACK_DEBIAN_WEB_PACKAGE_NAME quorvel-wifi-web)
+set(CPACK_COMPONENT_WEB_DESCRIPTION
+    "live page and metrics of the simulated gateway\n Serves what happens on a board to browsers and to Prometheus.")
+set(CPACK_DEBIAN_WEB_PACKAGE_DEPENDS
+    "libc6, libgcc-s1, libstdc++6, libprometheus-cpp-core1.0, quorvel-wifi (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+
 include(CPack)

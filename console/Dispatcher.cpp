@@ -69,6 +69,7 @@ class CommandLine {
         addOverviewVerbs(context);
         addBoardVerbs(context);
         addUspVerbs(context);
+        addWebVerb(context);
         addLogVerb(context);
         addPlayVerbs(context);
         addSelftestVerb(context);
@@ -167,7 +168,7 @@ int explain(const CommandShape& program, const CLI::App& app, const CLI::ParseEr
 void refuseWhatCannotBeNested(const CLI::App& app, const Session& session, const Options& before) {
     if (!session.nested) return;
     const std::string verb = app.get_subcommands().empty() ? "" : app.get_subcommands().front()->get_name();
-    if (verb == "shell" || verb == "batch" || verb == "up" || verb == "down") {
+    if (verb == "shell" || verb == "batch" || verb == "up" || verb == "down" || verb == "web") {
         throw CLI::ValidationError(verb +
                                    " is not for use in a shell or a batch: they have their board from beginning to "
                                    "end");

@@ -42,24 +42,47 @@ need_packages() {
 build_packages=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libedit-dev)
 agent_packages=(libprotobuf-dev protobuf-compiler libmosquitto-dev libwebsockets-dev libwebsockets-evlib-uv libuv1-dev libssl-dev
     mosquitto openssl)
-test_packages=("${build_packages[@]}" "${agent_packages[@]}" googletest g++-arm-linux-gnueabihf g++-i686-linux-gnu qemu-user binutils python3 valgrind
+web_packages=(libboost-dev prometheus-cpp-dev)
+browser_packages=(chromium fonts-dejavu-core)
+test_packages=("${build_packages[@]}" "${agent_packages[@]}" "${web_packages[@]}" "${browser_packages[@]}" googletest g++-arm-linux-gnueabihf g++-i686-linux-gnu qemu-user binutils python3 valgrind
     clang gcovr zsh python3-kconfiglib)
 
-# Configures and builds a preset: nothing is printed when nothing has to be done. Sources are compiled several at a time,
-# which is quicker, but for two presets that find a missing include: asan in ./test, clang in script/check.
-build() {
-    local preset=$1
+# Installs Node.js from Debian where the machine has none that builds the live page.
+need_node() {
+    local version
+    version=$(node --version 2>/dev/null | sed -E 's/^v([0-9]+).*/\1/')
+    [ "${version:-0}" -ge 18 ] && command -v npm >/dev/null && return 0
+    need_packages nodejs npm
+}
+
+# Configures a preset. Sources are compiled several at a time, which is quicker, but for two presets that find a missing
+# include: asan in ./test, clang in script/check.
+configure() {
+    local preset=$1 unity=ON
     shift
-    local log=build/$preset.log
-    local unity=ON
     case $preset in asan | clang) unity=OFF ;; esac
     mkdir -p build
+    step "configuring $preset"
+    cmake --preset "$preset" -DQUORVEL_UNITY=$unity "$@" >"build/$preset.log" 2>&1 || {
+        cat "build/$preset.log" >&2
+        fail "configuring $preset failed"
+    }
+}
+
+# Has a preset build the live page's server.
+configure_web() {
+    grep -qs '^QUORVEL_BUILD_WEB:BOOL=ON' "build/$1/CMakeCache.txt" || configure "$1" -DQUORVEL_BUILD_WEB=ON
+}
+
+# Configures and builds a preset: nothing is printed when nothing has to be done.
+build() {
+    local preset=$1 first=()
+    shift
+    local log=build/$preset.log
+    # ./run has the live page's server built when it is first asked for.
+    [ "$preset" != release ] || [ -f build/release/CMakeCache.txt ] || first=(-DQUORVEL_BUILD_WEB=OFF)
     if [ ! -f "build/$preset/build.ninja" ] || [ CMakePresets.json -nt "build/$preset/build.ninja" ]; then
-        step "configuring $preset"
-        cmake --preset "$preset" -DQUORVEL_UNITY=$unity >"$log" 2>&1 || {
-            cat "$log" >&2
-            fail "configuring $preset failed"
-        }
+        configure "$preset" "${first[@]}"
     fi
     if [ -t 2 ]; then
         cmake --build --preset "$preset" "$@" >&2 || fail "building $preset failed"

@@ -9,6 +9,7 @@
 #include "console/session/Version.h"
 #include "console/terminal/Progress.h"
 #include "console/verbs/Verbs.h"
+#include "console/verbs/Web.h"
 #include "gateway/launch/UspAgent.h"
 
 namespace quorvel::console {
@@ -30,6 +31,12 @@ std::string nameOf(const Session& session) {
     return std::filesystem::path(session.options.board).stem();
 }
 
+struct UpWishes {
+    launch::UspOptions usp;
+    bool web = false;
+    WebWishes page;
+};
+
 // The agent is checked before the board starts, so that a mistake costs nothing.
 std::string warnOf(const Session& session, const launch::UspOptions& usp) {
     const std::string idle = usp.firstIdle();
@@ -37,7 +44,7 @@ std::string warnOf(const Session& session, const launch::UspOptions& usp) {
     return usp.any() ? launch::checkUsp(session.options, usp) : "";
 }
 
-int up(const Session& session, const launch::UspOptions& usp) {
+int start(const Session& session, const launch::UspOptions& usp) {
     const std::string warnings = warnOf(session, usp);
     if (!warnings.empty()) std::cerr << warnings << '\n';
     const std::string state = stateFolder(session.options);
@@ -66,6 +73,11 @@ int up(const Session& session, const launch::UspOptions& usp) {
     }
     tell(session, result, text);
     return kDone;
+}
+
+int up(const Session& session, const UpWishes& wishes) {
+    const int status = start(session, wishes.usp);
+    return status != kDone || !wishes.web ? status : servePage(session, wishes.page);
 }
 
 int down(const Session& session) {
@@ -120,10 +132,11 @@ int status(Session& session) {
 
 void addBoardVerbs(VerbContext& context) {
     Session& session = context.session;
-    auto usp = std::make_shared<launch::UspOptions>();
+    auto wishes = std::make_shared<UpWishes>();
+    launch::UspOptions* const usp = &wishes->usp;
     CLI::App* const verb = context.add(kBoardVerbs, "up", "Start a board that stays up; later commands talk to it",
-                                       "up\nup --board dual-band\nup --usp mqtt://127.0.0.1",
-                                       [&session, usp] { return up(session, *usp); });
+                                       "up\nup --board dual-band\nup --web\nup --usp mqtt://127.0.0.1",
+                                       [&session, wishes] { return up(session, *wishes); });
     verb->add_option("--usp", usp->urls, "Start a USP agent that meets its controller there: mqtt:, ws:, ws-listen:")
         ->type_name("URL");
     verb->add_option("--usp-endpoint", usp->endpoint, "The agent's Endpoint ID")->type_name("ID");
@@ -133,6 +146,9 @@ void addBoardVerbs(VerbContext& context) {
         ->type_name("TOPIC");
     verb->add_option("--usp-config", usp->configFile, "A configuration of the agent as JSON")->type_name("FILE");
     verb->add_option("--usp-password-file", usp->passwordFile, "A file with the brokers' password")->type_name("FILE");
+    CLI::Option* const web = verb->add_flag("--web", wishes->web, "Serve its live page until interrupted");
+    for (CLI::Option* const option : addWebOptions(context, *verb, wishes->page))
+        option->needs(web);
     (void)context.add(kBoardVerbs, "down", "Switch it off; what is not saved is lost", "down\ndown --board dual-band",
                       [&session] { return down(session); });
     (void)context.add(kBoardVerbs, "status", "Tell whether a board is up, and which", "status",

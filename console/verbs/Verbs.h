@@ -76,6 +76,7 @@ void addStationVerbs(VerbContext& context);     // stations, station, events, wp
 void addOverviewVerbs(VerbContext& context);    // overview, demo
 void addBoardVerbs(VerbContext& context);       // up, down, status, version
 void addUspVerbs(VerbContext& context);         // usp
+void addWebVerb(VerbContext& context);          // web
 void addPlayVerbs(VerbContext& context);        // play
 void addSelftestVerb(VerbContext& context);     // selftest
 void addShellVerbs(VerbContext& context);       // shell, batch

@@ -158,7 +158,7 @@ std::vector<std::string> verbs() {
 
 // What these print is what the commands in them print.
 bool runsOthers(const std::string& verb) {
-    return verb == "shell" || verb == "batch";
+    return verb == "shell" || verb == "batch" || verb == "web";
 }
 
 std::string contents(const std::string& document) {
