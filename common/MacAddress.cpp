@@ -33,4 +33,19 @@ std::string formatMac(const MacAddress& mac) {
     return text;
 }
 
+std::uint64_t numberOf(const MacAddress& mac) {
+    std::uint64_t number = 0;
+    for (const std::uint8_t byte : mac.bytes)
+        number = (number << 8U) | byte;
+    return number;
+}
+
+MacAddress following(const MacAddress& mac, std::uint64_t by) {
+    std::uint64_t number = numberOf(mac) + by;
+    MacAddress result;
+    for (std::size_t i = sizeof result.bytes; i-- > 0; number >>= 8U)
+        result.bytes[i] = static_cast<std::uint8_t>(number & 0xffU);
+    return result;
+}
+
 }  // namespace quorvel::common

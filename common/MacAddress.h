@@ -21,6 +21,12 @@ struct MacAddress {
 /// Writes the address with lower-case digits and colons: 17 characters.
 [[nodiscard]] std::string formatMac(const MacAddress& mac);
 
+/// Returns the address as a number: the first byte is the highest.
+[[nodiscard]] std::uint64_t numberOf(const MacAddress& mac);
+
+/// Returns the address that comes `by` after `mac`; after the last one comes the first.
+[[nodiscard]] MacAddress following(const MacAddress& mac, std::uint64_t by);
+
 /// Tells whether the address belongs to a group instead of one station.
 [[nodiscard]] constexpr bool isGroupAddress(const MacAddress& mac) {
     return (mac.bytes[0] & 1U) != 0;

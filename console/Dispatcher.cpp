@@ -72,6 +72,7 @@ class CommandLine {
         addWebVerb(context);
         addLogVerb(context);
         addPlayVerbs(context);
+        addFleetVerbs(context);
         addSelftestVerb(context);
         addShellVerbs(context);
         addHelpVerb(context);
@@ -179,8 +180,8 @@ void refuseWhatCannotBeNested(const CLI::App& app, const Session& session, const
                        same(&Options::configuration) && same(&Options::programs) && same(&Options::emulator) &&
                        same(&Options::logFile);
     if (texts && same(&Options::logLevel) && same(&Options::sandbox) && same(&Options::realTime)) return;
-    // play has a board of its own; selftest has none.
-    if (verb == "play" || verb == "selftest") return;
+    // play and fleet have boards of their own; selftest has none.
+    if (verb == "play" || verb == "fleet" || verb == "selftest") return;
     throw CLI::ValidationError(
         "the board is chosen when a shell or a batch begins; give --board, --state, --plugin, --configuration, "
         "--log-level, --log-file, --real-time, --sandbox, --programs and --emulator there");

@@ -8,15 +8,8 @@
 namespace quorvel::scenario {
 namespace {
 
-// The address that comes `by` after `mac`.
 std::string following(const std::string& mac, std::size_t by) {
-    common::MacAddress address = common::parseMac(mac).value_or(common::MacAddress{});
-    for (std::size_t i = sizeof address.bytes; i-- > 1 && by != 0;) {
-        by += address.bytes[i];
-        address.bytes[i] = static_cast<std::uint8_t>(by & 0xffU);
-        by >>= 8U;
-    }
-    return common::formatMac(address);
+    return common::formatMac(common::following(common::parseMac(mac).value_or(common::MacAddress{}), by));
 }
 
 // A number that only the seed and the position decide.
@@ -105,6 +98,10 @@ std::vector<Fault> injectFault(const Json& members, Stage& stage) {
 }
 
 std::vector<Fault> power(const std::string& action, Stage& stage) {
+    if (stage.isShared()) {
+        return {{hostd::protocol::FaultCode::kInternal, "",
+                 action + " needs a board of the scenario's own; leave it out for a board that is up", "", 0, ""}};
+    }
     if (action != "power.on") stage.cutPower();
     if (action != "power.cut" && !stage.isOn()) stage.powerOn();
     return {};

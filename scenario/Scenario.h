@@ -16,6 +16,12 @@ using Time = std::int64_t;
 /// A value as a person reads it: a text without its quotes, anything else as JSON.
 [[nodiscard]] std::string textOf(const Json& value);
 
+/// Where a scenario is played.
+enum class Venue {
+    kNewBoard,      ///< a board for the scenario alone, whose clock runs ahead
+    kRunningBoard,  ///< the board that is up in the background, in real time
+};
+
 /// Something that happens to the board.
 struct Step {
     Time at = 0;

@@ -19,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::chrono::seconds kPatience{5};
+constexpr Time kLongestWait = 1000;
 
 // The board's processes inherit the environment.
 class Variable {
@@ -65,12 +66,13 @@ std::string lower(std::string text) {
 
 }  // namespace
 
-Stage::Stage(const launch::Options& options, const Scenario& scenario, std::uint64_t seed)
-    : folder_(makeFolder()),
-      options_(options),
-      board_(scenario.description),
-      seed_(seed),
-      listens_(scenario.listens()) {
+Stage::Stage(const launch::Options& options, const Scenario& scenario, std::uint64_t seed, Venue venue)
+    : venue_(venue), options_(options), board_(scenario.description), seed_(seed), listens_(scenario.listens()) {
+    if (isShared()) {
+        prepared_ = scenario.state;
+        return;
+    }
+    folder_ = makeFolder();
     if (board_.is_null()) {
         if (!scenario.board.empty()) options_.board = scenario.board;
         board::Options asked;
@@ -89,6 +91,7 @@ Stage::Stage(const launch::Options& options, const Scenario& scenario, std::uint
 
 Stage::~Stage() {
     gateway_.reset();
+    if (isShared()) return;
     std::error_code ignored;
     fs::remove_all(folder_, ignored);
 }
@@ -112,20 +115,39 @@ void Stage::open() {
 // An earlier life of the board, in which somebody has configured it.
 void Stage::prepareState(const Json& values) {
     open();
-    hostd::protocol::Set request;
-    for (const auto& item : values.items())
-        request.settings.push_back({item.key(), textOf(item.value())});
-    request.save = true;
-    const std::vector<Fault> faults = ask(request);
-    if (!faults.empty()) {
-        throw launch::GatewayError("the state that the scenario begins with is refused: " + faults.front().path + ": " +
-                                   faults.front().reason);
-    }
+    setState(values, true);
     gateway_->cutPower();
     gateway_.reset();
 }
 
+void Stage::setState(const Json& values, bool save) {
+    hostd::protocol::Set request;
+    for (const auto& item : values.items())
+        request.settings.push_back({item.key(), textOf(item.value())});
+    request.save = save;
+    const std::vector<Fault> faults = ask(request);
+    if (faults.empty()) return;
+    throw launch::GatewayError("the state that the scenario begins with is refused: " + faults.front().path + ": " +
+                               faults.front().reason);
+}
+
+// A board that has been up for a while: what happened before the scenario is none of its business.
+void Stage::attach() {
+    gateway_ = launch::Gateway::findRunning(options_);
+    if (gateway_ == nullptr) throw launch::GatewayError("the board in " + options_.state + " is not up");
+    manager_ = Manager::kRunning;
+    if (!prepared_.is_null()) setState(prepared_, false);
+    const std::optional<Time> there = managerTime();
+    if (!there) throw launch::GatewayError("the WLAN manager of the board in " + options_.state + " does not answer");
+    started_ = -*there;
+    takeLog();
+    log_.clear();
+    owedEvents_ = 0;
+    if (listens_) listen();
+}
+
 void Stage::powerOn() {
+    if (isShared()) return attach();
     open();
     takeLog();
     if (!gateway_->bootTrouble().empty()) note("start", gateway_->bootTrouble());
@@ -220,8 +242,20 @@ std::optional<Time> Stage::managerTime() {
     return static_cast<Time>(std::llround((read ? read->time.value_or(0) : 0) * 1000));
 }
 
+// What comes meanwhile goes to takeEvent().
+void Stage::awaitTime(Time time) {
+    for (;;) {
+        const std::optional<Time> there = managerTime();
+        const Time left = there ? time - started_ - *there : 0;
+        if (left <= 0) return;
+        (void)gateway_->client().wait(static_cast<int>(std::min<Time>(left, kLongestWait)));
+    }
+}
+
 void Stage::advanceTo(Time time) {
-    if (manager_ == Manager::kRunning) {
+    if (isShared() && manager_ == Manager::kRunning) {
+        awaitTime(time);
+    } else if (manager_ == Manager::kRunning) {
         // The manager's clock may lack more than `now_` does.
         if (const std::optional<Time> there = managerTime()) {
             const Time left = time - started_ - *there;

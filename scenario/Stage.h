@@ -27,19 +27,24 @@ struct StationEvent {
     unsigned accessPoint = 0;
 };
 
-/// The board that a scenario plays on: new, with a clock of its own that moves only when it is advanced, and gone with
-/// this object. Requests that it cannot answer come back as faults; GatewayError is thrown when the board itself is
-/// lost.
+/// The board that a scenario plays on. Requests that it cannot answer come back as faults; GatewayError is thrown when
+/// the board itself is lost.
 class Stage {
   public:
-    Stage(const launch::Options& options, const Scenario& scenario, std::uint64_t seed);
+    /// A new board has a clock of its own that moves only when it is advanced, and is gone with this object. A running
+    /// one is the background board that the options name: it lives in real time and stays.
+    Stage(const launch::Options& options, const Scenario& scenario, std::uint64_t seed, Venue venue);
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;
     ~Stage();
 
     void powerOn();
-    /// Switches off as a pulled plug does: nothing on the board gets to do anything about it.
+    /// Switches a new board off as a pulled plug does: nothing on the board gets to do anything about it.
     void cutPower();
+    /// Tells whether the board is there for others, too.
+    [[nodiscard]] bool isShared() const {
+        return venue_ == Venue::kRunningBoard;
+    }
     [[nodiscard]] bool isOn() const {
         return gateway_ != nullptr;
     }
@@ -86,17 +91,22 @@ class Stage {
     enum class Manager { kRunning, kStopped, kGone };
 
     void open();
+    void attach();
+    void awaitTime(Time time);
     [[nodiscard]] std::optional<Time> managerTime();
     void prepareState(const Json& values);
+    void setState(const Json& values, bool save);
     void listen();
     void takeLog();
     void awaitEvents();
     void takeEvent(const hostd::protocol::StationEvent& event);
 
-    std::filesystem::path folder_;
+    Venue venue_;
+    std::filesystem::path folder_;  // of a new board
     launch::Options options_;
     std::string notice_;
     Json board_;
+    Json prepared_;  // what a running board is set to first
     std::uint64_t seed_;
     bool listens_;
     bool subscribed_ = false;  // the host process hands station events on

@@ -44,8 +44,11 @@ agent_packages=(libprotobuf-dev protobuf-compiler libmosquitto-dev libwebsockets
     mosquitto openssl)
 web_packages=(libboost-dev prometheus-cpp-dev)
 browser_packages=(chromium fonts-dejavu-core)
-test_packages=("${build_packages[@]}" "${agent_packages[@]}" "${web_packages[@]}" "${browser_packages[@]}" googletest g++-arm-linux-gnueabihf g++-i686-linux-gnu qemu-user binutils python3 valgrind
-    clang gcovr zsh python3-kconfiglib)
+image_packages=(buildah podman runc conmon mmdebstrap)
+test_packages=("${build_packages[@]}" "${agent_packages[@]}" "${web_packages[@]}" "${browser_packages[@]}" googletest
+    g++-arm-linux-gnueabihf g++-i686-linux-gnu qemu-user binutils python3 valgrind clang gcovr zsh python3-kconfiglib python3-yaml)
+# Any kubectl will do.
+command -v kubectl >/dev/null || test_packages+=(kubernetes-client)
 
 # Installs Node.js from Debian where the machine has none that builds the live page.
 need_node() {

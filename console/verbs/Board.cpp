@@ -130,6 +130,17 @@ int status(Session& session) {
 
 }  // namespace
 
+void addUspOptions(CLI::App* verb, launch::UspOptions& usp) {
+    verb->add_option("--usp", usp.urls, "Start a USP agent that meets its controller there: mqtt:, ws:, ws-listen:")
+        ->type_name("URL");
+    verb->add_option("--usp-endpoint", usp.endpoint, "The agent's Endpoint ID")->type_name("ID");
+    verb->add_option("--usp-controller", usp.controller, "The controller's Endpoint ID")->type_name("ID");
+    verb->add_option("--usp-topic", usp.topic, "Where the agent listens")->type_name("TOPIC");
+    verb->add_option("--usp-controller-topic", usp.controllerTopic, "Where the controller listens")->type_name("TOPIC");
+    verb->add_option("--usp-config", usp.configFile, "A configuration of the agent as JSON")->type_name("FILE");
+    verb->add_option("--usp-password-file", usp.passwordFile, "A file with the brokers' password")->type_name("FILE");
+}
+
 void addBoardVerbs(VerbContext& context) {
     Session& session = context.session;
     auto wishes = std::make_shared<UpWishes>();
@@ -137,15 +148,7 @@ void addBoardVerbs(VerbContext& context) {
     CLI::App* const verb = context.add(kBoardVerbs, "up", "Start a board that stays up; later commands talk to it",
                                        "up\nup --board dual-band\nup --web\nup --usp mqtt://127.0.0.1",
                                        [&session, wishes] { return up(session, *wishes); });
-    verb->add_option("--usp", usp->urls, "Start a USP agent that meets its controller there: mqtt:, ws:, ws-listen:")
-        ->type_name("URL");
-    verb->add_option("--usp-endpoint", usp->endpoint, "The agent's Endpoint ID")->type_name("ID");
-    verb->add_option("--usp-controller", usp->controller, "The controller's Endpoint ID")->type_name("ID");
-    verb->add_option("--usp-topic", usp->topic, "Where the agent listens")->type_name("TOPIC");
-    verb->add_option("--usp-controller-topic", usp->controllerTopic, "Where the controller listens")
-        ->type_name("TOPIC");
-    verb->add_option("--usp-config", usp->configFile, "A configuration of the agent as JSON")->type_name("FILE");
-    verb->add_option("--usp-password-file", usp->passwordFile, "A file with the brokers' password")->type_name("FILE");
+    addUspOptions(verb, *usp);
     CLI::Option* const web = verb->add_flag("--web", wishes->web, "Serve its live page until interrupted");
     for (CLI::Option* const option : addWebOptions(context, *verb, wishes->page))
         option->needs(web);

@@ -3,11 +3,11 @@
 #include <fstream>
 #include <iostream>
 
-#include "console/commandline/NearestWord.h"
 #include "console/session/Faults.h"
 #include "console/terminal/Interrupt.h"
 #include "console/terminal/Progress.h"
 #include "console/terminal/Table.h"
+#include "console/verbs/ScenarioFile.h"
 #include "console/verbs/Verbs.h"
 #include "gateway/launch/Shipped.h"
 #include "scenario/Player.h"
@@ -20,8 +20,6 @@ namespace {
 
 using scenario::Entry;
 
-constexpr const char* kScenarios = "scenarios";
-
 struct Wishes {
     std::string file;
     std::string junit;
@@ -33,18 +31,6 @@ struct Wishes {
 Json documentAt(const std::filesystem::path& file) {
     std::ifstream in(file);
     return Json::parse(in, nullptr, false);
-}
-
-// A shipped scenario may be called by its name alone.
-std::string findScenario(const Session& session, const std::string& name) {
-    std::error_code error;
-    if (std::filesystem::exists(name, error) || name.find('/') != std::string::npos || name.ends_with(".json"))
-        return name;
-    const std::filesystem::path folder = shippedFolder(session.options, kScenarios);
-    if (std::filesystem::exists(folder / (name + ".json"), error)) return folder / (name + ".json");
-    const std::vector<std::string> known = shippedNames(session.options, kScenarios);
-    throw scenario::ScenarioError(name + ": there is neither such a file nor such a shipped scenario" +
-                                  didYouMean(name, known) + " (shipped: " + listed(known) + ")");
 }
 
 // Lists the scenarios that are shipped.
@@ -103,13 +89,6 @@ void printEntry(const Session& session, const Entry& entry) {
     std::cout << std::endl;
 }
 
-void writeFile(const std::string& path, const std::string& text) {
-    if (path.empty()) return;
-    std::ofstream file(path, std::ios::binary);
-    file << text << std::flush;
-    if (!file) throw GatewayError("cannot write " + path + "; is its folder there and writable?");
-}
-
 void printSummary(const Session& session, const scenario::Result& result) {
     const std::size_t held = result.count(Entry::Kind::kHeld);
     const std::size_t all = held + result.count(Entry::Kind::kFailed);
@@ -120,12 +99,6 @@ void printSummary(const Session& session, const scenario::Result& result) {
               << ' ' << held << " of " << all << " expectations held";
     if (steps != 0) std::cout << ", " << steps << (steps == 1 ? " step failed" : " steps failed");
     std::cout << "; board time " << scenario::seconds(result.end) << " s\n";
-}
-
-// Finds out before the scenario takes its time.
-void checkWritable(const std::string& path) {
-    if (path.empty() || std::ofstream(path, std::ios::app)) return;
-    throw GatewayError("cannot write " + path + "; is its folder there and writable?");
 }
 
 int play(Session& session, const Wishes& wishes) {
@@ -162,7 +135,7 @@ int play(Session& session, const Wishes& wishes) {
                     std::to_string(now / 1000) + " of " + std::to_string(scenario.end / 1000) + " s of board time");
                 return Interrupt::happened();
             },
-            !wishes.html.empty());
+            scenario::Venue::kNewBoard, !wishes.html.empty());
     } catch (const GatewayError& error) {
         if (!Interrupt::happened()) throw;
         progress.clear();
@@ -171,9 +144,9 @@ int play(Session& session, const Wishes& wishes) {
     }
     progress.clear();
     if (!result.notice.empty()) std::cerr << "quorvel-wifi: " << result.notice << '\n';
-    writeFile(wishes.junit, scenario::junit(scenario, result));
-    writeFile(wishes.events, scenario::eventLog(result));
-    if (!wishes.html.empty()) writeFile(wishes.html, scenario::picture(scenario, result, seed));
+    writeReport(wishes.junit, scenario::junit(scenario, result));
+    writeReport(wishes.events, scenario::eventLog(result));
+    if (!wishes.html.empty()) writeReport(wishes.html, scenario::picture(scenario, result, seed));
     if (session.options.json) printJson(scenario::toJson(scenario, result, seed), {});
     if (people) printSummary(session, result);
     return result.passed() ? kDone : kFailed;

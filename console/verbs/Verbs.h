@@ -8,6 +8,7 @@
 #include "console/commandline/CommandShape.h"
 #include "console/commandline/NearestWord.h"
 #include "console/session/Session.h"
+#include "gateway/launch/UspAgent.h"
 
 namespace quorvel::console {
 
@@ -64,6 +65,9 @@ inline CLI::Validator positive() {
         "");
 }
 
+/// Adds the options that concern the USP agent of a board.
+void addUspOptions(CLI::App* verb, launch::UspOptions& usp);
+
 // Each adds the verbs of its subject.
 void addValueVerbs(VerbContext& context);       // get, set, instances, dump
 void addObjectVerbs(VerbContext& context);      // snapshot, security
@@ -78,6 +82,7 @@ void addBoardVerbs(VerbContext& context);       // up, down, status, version
 void addUspVerbs(VerbContext& context);         // usp
 void addWebVerb(VerbContext& context);          // web
 void addPlayVerbs(VerbContext& context);        // play
+void addFleetVerbs(VerbContext& context);       // fleet
 void addSelftestVerb(VerbContext& context);     // selftest
 void addShellVerbs(VerbContext& context);       // shell, batch
 void addHelpVerb(VerbContext& context);         // help

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
+#include <utility>
 
 namespace quorvel::console_test {
 namespace {
@@ -59,7 +60,11 @@ Console::~Console() {
 }
 
 Outcome Console::run(std::vector<std::string> words, const std::string& input) const {
-    words.insert(words.begin(), {QUORVEL_CONSOLE, "--state", state_});
+    return runOn(state_, std::move(words), input);
+}
+
+Outcome Console::runOn(const std::string& state, std::vector<std::string> words, const std::string& input) {
+    words.insert(words.begin(), {QUORVEL_CONSOLE, "--state", state});
     std::vector<char*> arguments;
     for (std::string& word : words)
         arguments.push_back(word.data());

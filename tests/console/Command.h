@@ -33,6 +33,10 @@ class Console {
     // Runs a command with `input` on standard input. It is ended when it takes longer than half a minute.
     [[nodiscard]] Outcome run(std::vector<std::string> words, const std::string& input = "") const;
 
+    // The same with another state folder.
+    [[nodiscard]] static Outcome runOn(const std::string& state, std::vector<std::string> words,
+                                       const std::string& input = "");
+
     [[nodiscard]] const std::string& state() const {
         return state_;
     }

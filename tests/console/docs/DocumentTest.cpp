@@ -143,8 +143,9 @@ TEST_P(Documented, CommandsPrintWhatTheDocumentShows) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Console, Documented, testing::Values("console.md"),
-                         [](const auto&) { return std::string("ConsoleDocument"); });
+INSTANTIATE_TEST_SUITE_P(Console, Documented, testing::Values("console.md", "fleet.md"), [](const auto& each) {
+    return std::string(each.param == "console.md" ? "ConsoleDocument" : "FleetDocument");
+});
 
 std::vector<std::string> verbs() {
     const Console console;

@@ -79,6 +79,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"Version", "version", {"version"}}, Case{"Help", "help", {"help"}},
                     Case{"HelpOfAVerb", "help", {"help", "station", "join"}}, Case{"Demo", "demo", {"demo"}},
                     Case{"Scenarios", "scenarios", {"play"}}, Case{"Play", "play", {"play", "first-boot"}},
+                    Case{"Fleet", "fleet", {"fleet", "run", "guest-network", "--own-boards", "1"}},
                     Case{"Selftest", "selftest", {"selftest"}},
                     Case{"SelftestOfNothing", "error", {"selftest", "--plugin", "/nowhere.so"}, 1},
                     Case{"SetReadBack", "set", {"set", "Device.WiFi.Radio.2.Channel=3"}},
