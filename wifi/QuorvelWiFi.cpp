@@ -1,10 +1,9 @@
 // The front ends of Device.WiFi.
 #include <wlcsm.h>
 
-#include <cstdlib>
-
 #include "wifi/frontend/Pattern.h"
 #include "wifi/model/Implementations.h"
+#include "wifi/parsing/DecimalText.h"
 
 namespace quorvel {
 
@@ -21,7 +20,7 @@ struct FrontEnds<kWiFiObject> : Pattern {
     static uint32_t getPastImplementation(const Site& site, uint8_t* out) {
         if (const uint32_t result = beginGet(out, site)) return result;
         const char* role = wlcsm_nvram_get("bsd_role");
-        *out = role != nullptr && strtol(role, nullptr, 10) == 3 ? 1 : 0;
+        *out = role != nullptr && decimalNumber(role) == 3 ? 1 : 0;
         return endGet(kSuccess, site);
     }
 };
@@ -52,7 +51,7 @@ uint32_t WiFiCommitSettingsSet(void) {
 
 uint32_t WiFiNewAPAssociatedDeviceCallbackRegister(AssociatedDeviceCallback callback) {
     static constexpr auto site = quorvel::siteOf(quorvel::kWiFiObject, __func__);
-    if (callback == nullptr) return quorvel::refuse(site, quorvel::kInvalidInput, "Invalid input params");
+    if (callback == nullptr) return quorvel::refuse(site, quorvel::kInvalidInput);
     quorvel::logDone(site);
     return WiFiNewAPAssociatedDeviceCallbackRegisterImpl(callback);
 }

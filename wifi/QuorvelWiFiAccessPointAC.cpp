@@ -27,7 +27,7 @@ struct FrontEnds<kWiFiAccessPointACObject> : Pattern {
             if (!accepted) return kValueOutOfRange;
         }
         logEnter(site);
-        if (!accepted) return refuse(site, kValueOutOfRange, "Value out of range");
+        if (!accepted) return refuse(site, kValueOutOfRange);
         const uint32_t result = wifi_ap_ac_config(ap, ac, contention::fieldOf(row), contention::kWrite, &value);
         if (result == 0) logDone(site);
         return result;

@@ -35,7 +35,8 @@ struct Fields {
         char* rest = text;
         for (const char*& start : field) {
             start = rest;
-            rest += strcspn(rest, " ");
+            while (*rest != '\0' && *rest != ' ')
+                ++rest;
             if (*rest == ' ') *rest++ = '\0';
         }
     }

@@ -2,7 +2,6 @@
 #include <strings.h>
 #include <wlcsm.h>
 
-#include <cstdlib>
 #include <cstring>
 
 #include "wifi/Log.h"
@@ -235,6 +234,6 @@ uint32_t WiFiAccessPointMacModeGetImpl(uint32_t ap, uint32_t* out) {
     char line[257] = {};
     (void)!fgets(line, sizeof line, output);  // a tool that says nothing reads as mode 0
     pclose(output);
-    *out = static_cast<uint32_t>(strtol(line, nullptr, 10));
+    *out = static_cast<uint32_t>(quorvel::decimalNumber(line));
     return kSuccess;
 }

@@ -27,7 +27,7 @@ constexpr size_t kManagerModeSize = 32;
 // Whether a text in a buffer of `size` bytes, which it may fill, is exactly `name`.
 bool equals(const char* text, uint32_t size, const char* name) {
     const size_t length = strlen(name);
-    return strnlen(text, size) == length && memcmp(text, name, length) == 0;
+    return strnlen(text, size) == length && strncmp(text, name, length) == 0;
 }
 
 // Reads a variable of which only so many characters count as a mode's buffer has.

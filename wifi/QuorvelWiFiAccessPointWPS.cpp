@@ -10,9 +10,9 @@ uint32_t WiFiAccessPointWPSMethodSet(void* ctx, uint32_t, const char* method, ui
     static constexpr auto site = quorvel::siteOf(quorvel::kWiFiAccessPointWPSObject, __func__);
     quorvel::logEnter(site);
     if (const uint32_t result = quorvel::checkContext(ctx, site)) return result;
-    if (method == nullptr) return quorvel::refuse(site, quorvel::kInvalidInput, "Invalid input params");
+    if (method == nullptr) return quorvel::refuse(site, quorvel::kInvalidInput);
     auto& field = static_cast<WiFiAccessPointWPSContext*>(ctx)->Method;
-    if (len > sizeof field - 1) return quorvel::refuse(site, quorvel::kValueOutOfRange, "Value out of range");
+    if (len > sizeof field - 1) return quorvel::refuse(site, quorvel::kValueOutOfRange);
     quorvel::fillField(field, sizeof field, method, len);
     quorvel::logDone(site);
     return quorvel::kSuccess;

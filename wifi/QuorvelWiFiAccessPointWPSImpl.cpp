@@ -1,7 +1,6 @@
 // WPS: the switch, the board-wide mode that follows it, and exchanges.
 #include <wlcsm.h>
 
-#include <cstdlib>
 #include <cstring>
 
 #include "wifi/Log.h"
@@ -9,6 +8,7 @@
 #include "wifi/bridge/ManagerText.h"
 #include "wifi/bridge/Mapped.h"
 #include "wifi/model/Implementations.h"
+#include "wifi/parsing/DecimalText.h"
 #include "wifi/parsing/Text.h"
 
 using quorvel::kSuccess;
@@ -46,7 +46,7 @@ uint32_t WiFiAccessPointWPSEnableGetImpl(uint32_t ap, uint8_t* out) {
 uint32_t WiFiAccessPointWPSStatusGetImpl(uint32_t, int32_t* out) {
     *out = 0;
     const char* status = wlcsm_nvram_get("wps_proc_status");
-    if (status != nullptr) *out = static_cast<int32_t>(strtol(status, nullptr, 10));
+    if (status != nullptr) *out = static_cast<int32_t>(quorvel::decimalNumber(status));
     return kSuccess;
 }
 
@@ -130,7 +130,7 @@ uint32_t WiFiAccessPointWPSApplyContextImpl(void* ctx, uint32_t ap) {
         if (staged.wpsIsEnabled()) startExchange(staged);
         (void)staged.clear(WiFiAccessPointWPSNode::ButtonPush);
     }
-    constexpr uint32_t kRows = quorvel::mappingRowsOf(kWiFiAccessPointWPSObject);
+    constexpr auto kRows = static_cast<uint32_t>(quorvel::mappingRowsOf(kWiFiAccessPointWPSObject));
     // Quirk: walks one node more than the table has rows; it is not marked by then, and only a marked node's row is
     // read.
     uint32_t count = kRows + 1;
@@ -139,5 +139,6 @@ uint32_t WiFiAccessPointWPSApplyContextImpl(void* ctx, uint32_t ap) {
         // A mark that the host leaves must not lead behind the table.
         if (!staged.clear(WiFiAccessPointWPSNode::Cancel)) count = kRows;
     }
-    return quorvel::applyOwn(quorvel::ownRow(kWiFiAccessPointWPSObject, 0), radio, ap, ctx, count);
+    constexpr quorvel::OwnRow kHeader = quorvel::ownRow(kWiFiAccessPointWPSObject, 0);
+    return quorvel::applyOwn(kHeader, radio, ap, ctx, count);
 }

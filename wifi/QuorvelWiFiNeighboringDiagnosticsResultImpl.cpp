@@ -33,27 +33,48 @@ NeighboringWiFiResult* findFor(const char* getter, uint32_t k) {
     return nullptr;
 }
 
-// Copies a member of the result: a number, or a text.
-template <typename Value>
-uint32_t copyOut(const Value& member, Value* out) {
-    *out = member;
+// A member of the result.
+struct Field {
+    uint16_t offset;
+    uint16_t size;
+};
+template <typename Member>
+struct FieldOf : Field {
+    consteval explicit FieldOf(size_t begin) : Field{static_cast<uint16_t>(begin), sizeof(Member)} {}
+};
+
+[[gnu::noinline]] uint32_t copyWord(const char* getter, uint32_t k, Field field, void* out) {
+    const NeighboringWiFiResult* record = findFor(getter, k);
+    if (record == nullptr) return kFailed;
+    memcpy(out, reinterpret_cast<const char*>(record) + field.offset, sizeof(uint32_t));
     return kSuccess;
 }
 
-template <size_t size>
-uint32_t copyOut(const char (&member)[size], char* buf, uint32_t len) {
-    quorvel::copyFieldText(buf, len, member, size);
+[[gnu::noinline]] uint32_t copyText(const char* getter, uint32_t k, Field field, char* buf, uint32_t len) {
+    const NeighboringWiFiResult* record = findFor(getter, k);
+    if (record == nullptr) return kFailed;
+    quorvel::copyFieldText(buf, len, reinterpret_cast<const char*>(record) + field.offset, field.size);
     return kSuccess;
+}
+
+// Serve the getter of a number, or of a text.
+template <typename Value>
+uint32_t copyOut(const char* getter, uint32_t k, FieldOf<Value> field, Value* out) {
+    static_assert(sizeof(Value) == sizeof(uint32_t));
+    return copyWord(getter, k, field, out);
+}
+
+template <size_t size>
+uint32_t copyOut(const char* getter, uint32_t k, FieldOf<char[size]> field, char* buf, uint32_t len) {
+    return copyText(getter, k, field, buf, len);
 }
 
 }  // namespace
 
-#define FIELD(member) record->member
+#define FIELD(member) FieldOf<decltype(NeighboringWiFiResult::member)>(offsetof(NeighboringWiFiResult, member))
 #define PARAMETER_ROW(prefix, depth, apply, node, name, stem, access, type, accepted, read, source, ...) \
     uint32_t prefix##stem##GetImpl(uint32_t k, OUTPUT_##type) {                                          \
-        const NeighboringWiFiResult* record = findFor(__func__, k);                                      \
-        if (record == nullptr) return kFailed;                                                           \
-        return copyOut(source, PASS_OUTPUT_##type);                                                      \
+        return copyOut(__func__, k, source, PASS_OUTPUT_##type);                                         \
     }
 #include "wifi/model/BeginRows.h"
 

@@ -3,7 +3,6 @@
 #include <wlcsm.h>
 
 #include <bit>
-#include <cstdlib>
 #include <cstring>
 
 #include "host/ChannelRecords.h"
@@ -323,7 +322,7 @@ constexpr uint32_t kBandLength = 16;
 int32_t operatingBand(uint32_t radio) {
     char band[kBandLength + 1] = {};
     (void)WiFiRadioOperatingFrequencyBandGetImpl(radio, band, kBandLength);  // an unread band is band 0
-    return static_cast<int32_t>(strtol(band, nullptr, 10));
+    return static_cast<int32_t>(quorvel::decimalNumber(band));
 }
 
 }  // namespace
@@ -534,7 +533,7 @@ struct TerminatedText {
         memcpy(text, field, capacity);
     }
     [[nodiscard]] uint32_t number() const {
-        return static_cast<uint32_t>(strtol(text, nullptr, 10));
+        return static_cast<uint32_t>(quorvel::decimalNumber(text));
     }
 };
 
@@ -590,7 +589,7 @@ void applyGreenfield(const Staged& staged) {
 
 void applySteering(const Staged& staged, uint32_t node, int32_t value) {
     if (!staged.has(node)) return;
-    (void)set_bsd_steering_policy(staged.radio, value, node);  // tells its failures itself
+    (void)set_bsd_steering_policy(staged.radio, value, node);  // logs its own failures
     staged.clear(node);
 }
 

@@ -1,7 +1,6 @@
 // Radio statistics: counters from the `wl` utility and from the interfaces, and the state of the neighbour diagnostic.
 #include <unistd.h>
 
-#include <array>
 #include <cstdlib>
 #include <cstring>
 
@@ -11,6 +10,7 @@
 #include "wifi/QuorvelWiFiSSIDStatsImpl.h"
 #include "wifi/bridge/Reader.h"
 #include "wifi/model/Implementations.h"
+#include "wifi/model/PackedTexts.h"
 #include "wifi/parsing/NeighbourScan.h"
 
 using quorvel::kFailed;
@@ -28,12 +28,13 @@ constexpr const char* kLogFile = "wifi/QuorvelWiFiRadioStatsImpl";
 
 // Keywords by node. Node 0 and nodes without a counter have the empty one.
 constexpr size_t kNodes = quorvel::model::nodeLimitOf(quorvel::kWiFiRadioStatsObject) + 1;
-constexpr auto kKeywords = [] {
-    std::array<const char*, kNodes> keywords{""};
+constexpr auto kKeywordTexts = [] {
+    quorvel::model::Texts<kNodes> keywords;
     for (const auto& parameter : quorvel::model::parametersOf(quorvel::kWiFiRadioStatsObject))
-        keywords[parameter.node] = parameter.variable.data();
+        keywords[parameter.node] = parameter.variable;
     return keywords;
 }();
+constexpr quorvel::model::PackedTexts<kNodes, quorvel::model::packedSize(kKeywordTexts)> kKeywords(kKeywordTexts);
 
 bool isRadio(uint32_t radio) {
     return radio != 0 && radio <= WiFiSystemMaxNumberOfRadios();

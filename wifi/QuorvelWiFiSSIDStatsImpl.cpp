@@ -104,7 +104,7 @@ struct Name {
     // Without the colon behind it.
     [[nodiscard]] bool is(const char* wanted, size_t wantedLength) const {
         const size_t bare = length != 0 && text[length - 1] == ':' ? length - 1 : length;
-        return bare == wantedLength && memcmp(text, wanted, bare) == 0;
+        return bare == wantedLength && strncmp(text, wanted, bare) == 0;
     }
 };
 

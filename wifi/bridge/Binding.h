@@ -26,11 +26,12 @@ struct Binding {
 /// Returns the binding of a row of the library's own.
 inline Binding bindingOf(OwnRow own) {
     const OwnMappingRow& row = kOwnMappingRows[own.number];
-    Binding binding{&kVariables[row.variable], "", row.conversion, row.special, row.fieldSize, row.field, 0, 0};
-    if (row.special != model::SpecialValue::kNone || row.variable == 0) {
+    const MappingForm& form = kMappingForms[row.form];
+    Binding binding{&kVariables[row.variable], "", form.conversion, form.special, form.fieldSize, row.field, 0, 0};
+    if (form.special != model::SpecialValue::kNone || row.variable == 0) {
         // Only their messages name the node. The header is as many rows above as its number.
         const OwnMappingRow* header = &row;
-        while (header->conversion != model::Conversion::kNone)
+        while (header->form != 0)
             --header;
         binding.object = header->field;
         binding.node = static_cast<uint32_t>(&row - header);

@@ -47,7 +47,8 @@ template <ObjectIndex object>
 uint32_t applyMapped(uint32_t i, void* ctx) {
     static_assert(model::isMapped(object));
     constexpr OwnRow kHeader = ownRow(object, 0);
-    return applyOwn(kHeader, radioOf(kHeader.scope, i), ssidOf(kHeader.scope, i), ctx, mappingRowsOf(object));
+    constexpr auto kRows = static_cast<uint32_t>(mappingRowsOf(object));
+    return applyOwn(kHeader, radioOf(kHeader.scope, i), ssidOf(kHeader.scope, i), ctx, kRows);
 }
 
 }  // namespace quorvel

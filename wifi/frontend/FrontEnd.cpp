@@ -5,18 +5,10 @@
 #include "wifi/frontend/Steps.h"
 
 namespace quorvel {
-namespace {
-
-[[gnu::noinline]] uint32_t refuseNode(const Site& site, const char* message) {
-    SiteLog(site).print(kLogError, message);
-    return 0;
-}
-
-}  // namespace
-
 uint32_t checkContextNodeSet(void* ctx, uint32_t node, uint32_t limit, const Site& site) {
-    if (ctx == nullptr) return refuseNode(site, "Invalid context");
-    if (node > limit) return refuseNode(site, "Exceeded subnodes");
+    // One test after the other: of both together the compiler makes a number first.
+    if (ctx == nullptr) return steps::refuseNode(ctx, node, limit, site);
+    if (node > limit) return steps::refuseNode(ctx, node, limit, site);
     SiteLog(site).done();
     return kPlatform.isContextSetMap(ctx, node);
 }

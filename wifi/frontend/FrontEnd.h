@@ -19,8 +19,8 @@ namespace quorvel {
 /// Log `text` with the function's name at level 3 ("%s Enter", "%s DONE").
 void logEnter(const Site& site);
 void logDone(const Site& site);
-/// Logs `message` at level 0 and returns `result`.
-uint32_t refuse(const Site& site, Result result, const char* message);
+/// Logs at level 0 why a call is refused and returns `result`.
+uint32_t refuse(const Site& site, Result result);
 /// Logs `format` with `result` at level 0.
 void logResult(const Site& site, const char* format, uint32_t result);
 

@@ -4,11 +4,7 @@
 
 namespace quorvel {
 
-constinit const char* const kSourceFiles[kObjectCount] = {
-    "wifi/QuorvelWiFiSystem",
-#define OBJECT_ROW(prefix, ...) "wifi/Quorvel" #prefix,
-#include "wifi/model/DataModel.def"
-};
+constinit const model::PackedTexts<kObjectCount, model::packedSize(kSourceFileNames)> kSourceFiles(kSourceFileNames);
 
 void logEnter(const Site& site) {
     SiteLog(site).enter();
@@ -18,7 +14,11 @@ void logDone(const Site& site) {
     SiteLog(site).done();
 }
 
-uint32_t refuse(const Site& site, Result result, const char* message) {
+uint32_t refuse(const Site& site, Result result) {
+    const char* message = "Invalid input params";
+    if (result == kInvalidContext) message = "Invalid context";
+    if (result == kUninitContext) message = "Uninit context";
+    if (result == kValueOutOfRange) message = "Value out of range";
     SiteLog(site).print(kLogError, message);
     return result;
 }
@@ -29,7 +29,7 @@ void logResult(const Site& site, const char* format, uint32_t result) {
 
 uint32_t initContext(void* ctx, uint32_t size, const Site& site) {
     logEnter(site);
-    if (ctx == nullptr) return refuse(site, kInvalidContext, "Invalid context");
+    if (ctx == nullptr) return refuse(site, kInvalidContext);
     logDone(site);
     return Quorvel_ContextInit(ctx, size);
 }
@@ -40,8 +40,17 @@ bool mayAskForNode(const void* ctx, uint32_t node, uint32_t limit, const char* e
     return false;
 }
 
-uint32_t steps::fail(const Site& site, const char* format, uint32_t result) {
-    logResult(site, format, result);
+uint32_t steps::refuseNode(const void* ctx, uint32_t node, uint32_t limit, const Site& site) {
+    return mayAskForNode(ctx, node, limit, "Exceeded subnodes", site) ? 1 : 0;
+}
+
+uint32_t steps::failToLock(uint32_t result, const Site& site) {
+    logResult(site, "Lock failed, result %d", result);
+    return result;
+}
+
+uint32_t steps::failToUnlock(uint32_t result, const Site& site) {
+    logResult(site, "Unlock failed, result %d", result);
     return result;
 }
 

@@ -6,13 +6,19 @@
 #include "wifi/Log.h"
 #include "wifi/Platform.h"
 #include "wifi/frontend/Site.h"
+#include "wifi/model/PackedTexts.h"
 
 #pragma GCC visibility push(hidden)
 
 namespace quorvel {
 
 /// Source files of the front ends, by object index.
-extern const char* const kSourceFiles[kObjectCount];
+inline constexpr model::Texts<kObjectCount> kSourceFileNames = {
+    "wifi/QuorvelWiFiSystem",
+#define OBJECT_ROW(prefix, ...) "wifi/Quorvel" #prefix,
+#include "wifi/model/DataModel.def"
+};
+extern const model::PackedTexts<kObjectCount, model::packedSize(kSourceFileNames)> kSourceFiles;
 
 /// The words that all lines of a site have in common, looked up once.
 class SiteLog {

@@ -11,45 +11,91 @@ namespace {
 
 using model::Kind;
 
-// One row of the definitions as a snapshot reads it.
+// One row of the definitions as a snapshot reads it. Where its field is follows from the rows before it.
 struct Step {
-    uint16_t offset;  // of the field in the context
-    uint16_t capacity : 12;
-    Kind kind : 3;
+    uint8_t capacity : 5;  // of a text, in kCapacities
+    Kind kind : 2;
     bool isRead : 1;
 };
+static_assert(sizeof(Step) == 1);
 
-constexpr auto makeSteps() {
+// The capacities of all rows, each once, and in the order of the rows.
+struct Capacities {
+    std::array<uint16_t, 1 << 5> bytes{};
+    size_t count = 0;
+
+    constexpr uint8_t add(uint32_t capacity) {
+        uint8_t place = 0;
+        while (place < count && bytes[place] != capacity)
+            ++place;
+        if (place == count) bytes[count++] = static_cast<uint16_t>(capacity);
+        return place;
+    }
+};
+constexpr Capacities kAllCapacities = [] {
+    Capacities all;
+    for (const model::Parameter& parameter : model::kParameters)
+        (void)all.add(parameter.type.capacity);
+    return all;
+}();
+constexpr auto kCapacities = [] {
+    std::array<uint16_t, kAllCapacities.count> capacities{};
+    for (size_t n = 0; n < capacities.size(); ++n)
+        capacities[n] = kAllCapacities.bytes[n];
+    return capacities;
+}();
+
+constexpr auto kSteps = [] {
     std::array<Step, kParametersInTable> steps{};
+    Capacities capacities = kAllCapacities;
     for (size_t row = 0; row < steps.size(); ++row) {
         const model::Parameter& parameter = model::kParameters[row];
-        const bool isRead = model::readable(parameter) && !parameter.type.ofStation;
-        steps[row].offset = kFields[row].offset;
-        steps[row].capacity = parameter.type.capacity & 0xFFF;
+        steps[row].capacity = capacities.add(parameter.type.capacity) & 0x1F;
         steps[row].kind = parameter.type.kind;
-        steps[row].isRead = isRead;
+        steps[row].isRead = model::readable(parameter) && !parameter.type.ofStation;
     }
     return steps;
-}
-constexpr std::array<Step, kParametersInTable> kSteps = makeSteps();
-
-// Which entry of the exported table is the row's.
-constexpr auto makeEntries() {
-    std::array<uint8_t, kParametersInTable> entries{};
-    for (size_t entry = 0; entry < entries.size(); ++entry)
-        entries[model::rowOfEntry(entry)] = static_cast<uint8_t>(entry);
-    return entries;
-}
-constexpr std::array<uint8_t, kParametersInTable> kEntries = makeEntries();
-static_assert(kParametersInTable <= 256, "the numbers of entries and rows need a wider type");
+}();
 
 constexpr size_t largestText() {
     size_t largest = 0;
-    for (const model::Parameter& parameter : model::kParameters)
-        largest = std::max<size_t>(largest, parameter.type.capacity);
+    for (const size_t capacity : kCapacities)
+        largest = std::max(largest, capacity);
     return largest;
 }
-static_assert(largestText() < 0x1000, "Step::capacity needs more bits");
+
+// A field of a context: of a text's capacity, of one byte, or of a word at a multiple of four.
+struct Place {
+    size_t begin;
+    size_t capacity;  // of a text
+    size_t end;
+
+    constexpr Place(const Step& step, size_t from)
+        : begin(isWord(step) ? (from + 3) & ~size_t{3} : from),
+          capacity(kCapacities[step.capacity]),
+          end(begin + (isWord(step)                 ? sizeof(uint32_t)
+                       : step.kind == Kind::kString ? capacity
+                                                    : 1)) {}
+
+  private:
+    static constexpr bool isWord(const Step& step) {
+        return step.kind == Kind::kUnsignedInt || step.kind == Kind::kInt;
+    }
+};
+
+constexpr bool placesAreThoseOfTheContexts() {
+    for (const model::Object& object : model::kObjects) {
+        size_t end = kContextHeaderSize;
+        const size_t first = model::firstRowOf(object.index);
+        for (size_t row = first; row < first + model::parametersOf(object.index).size(); ++row) {
+            const Place place(kSteps[row], end);
+            end = place.end;
+            if (place.begin != kFields[row].offset || end - place.begin != kFields[row].size) return false;
+        }
+    }
+    return true;
+}
+static_assert(placesAreThoseOfTheContexts());
 
 struct Instance {
     uint32_t depth;
@@ -78,36 +124,36 @@ uint32_t read(TableWord getter, const Instance& at, char* buf, uint32_t len) {
 }
 
 template <typename Value>
-uint32_t readNumber(void* ctx, TableWord getter, const Instance& at, const Step& step) {
+uint32_t readNumber(void* ctx, TableWord getter, const Instance& at, const Place& place) {
     Value value{};
     const uint32_t result = read(getter, at, &value);
-    if (result == 0) storeBytes(ctx, step.offset, &value, sizeof value);
+    if (result == 0) storeBytes(ctx, place.begin, &value, sizeof value);
     return result;
 }
 
-uint32_t readText(void* ctx, TableWord getter, const Instance& at, const Step& step) {
+uint32_t readText(void* ctx, TableWord getter, const Instance& at, const Place& place) {
     // The generic getter may put a NUL one byte behind the longest text. A channel record, which is a text to the
     // table, has fields of 64 bits.
     alignas(uint64_t) char text[largestText() + 1];
     // A getter may leave the buffer unchanged, or append to it.
-    memset(text, 0, step.capacity + size_t{1});
-    const uint32_t result = read(getter, at, text, step.capacity);
-    if (result == 0) storeText(ctx, step.offset, text, step.capacity);
+    memset(text, 0, place.capacity + 1);
+    const uint32_t result = read(getter, at, text, static_cast<uint32_t>(place.capacity));
+    if (result == 0) storeText(ctx, place.begin, text, place.capacity);
     return result;
 }
 
-uint32_t readStep(void* ctx, TableWord getter, const Instance& at, const Step& step) {
-    switch (step.kind) {
+uint32_t readField(void* ctx, TableWord getter, const Instance& at, Kind kind, const Place& place) {
+    switch (kind) {
         case Kind::kBoolean:
-            return readNumber<uint8_t>(ctx, getter, at, step);
+            return readNumber<uint8_t>(ctx, getter, at, place);
         case Kind::kUnsignedInt:
-            return readNumber<uint32_t>(ctx, getter, at, step);
+            return readNumber<uint32_t>(ctx, getter, at, place);
         case Kind::kInt:
-            return readNumber<int32_t>(ctx, getter, at, step);
+            return readNumber<int32_t>(ctx, getter, at, place);
         case Kind::kString:
             break;
     }
-    return readText(ctx, getter, at, step);
+    return readText(ctx, getter, at, place);
 }
 
 }  // namespace
@@ -115,13 +161,16 @@ uint32_t readStep(void* ctx, TableWord getter, const Instance& at, const Step& s
 uint32_t readInstance(void* ctx, uint32_t i, uint32_t j, const SnapshotSite& site, TextGetter withoutEntry) {
     (void)Quorvel_ContextInit(ctx, site.contextSize);  // a context that the host refuses stays unchanged
     const Instance at{site.depth, i, j};
+    size_t end = kContextHeaderSize;
     for (size_t row = site.firstRow; row < size_t{site.firstRow} + site.rows; ++row) {
-        const Step& step = kSteps[row];
+        const Step step = kSteps[row];
+        const Place place(step, end);
+        end = place.end;
         if (!step.isRead) continue;
-        const TableEntry& entry = gQuorvelWiFiDataModelTable.entries[kEntries[row]];
+        const TableEntry& entry = gQuorvelWiFiDataModelTable.entries[model::entryOfRow(row)];
         TableWord getter = entry.words[getterWord(typeCodeOf(step.kind), at.depth)];
         if (withoutEntry != nullptr && step.kind == Kind::kString) getter = withoutEntry;
-        if (const uint32_t result = readStep(ctx, getter, at, step)) return result;
+        if (const uint32_t result = readField(ctx, getter, at, step.kind, place)) return result;
     }
     return kSuccess;
 }

@@ -18,10 +18,6 @@ namespace {
     return kSuccess;
 }
 
-uint32_t outOfRange(const Site& site) {
-    return refuse(site, kValueOutOfRange, "Value out of range");
-}
-
 char* fieldOf(void* ctx, const StagingSite& site) {
     return static_cast<char*>(ctx) + site.offset;
 }
@@ -35,8 +31,8 @@ char* fieldOf(void* ctx, const StagingSite& site) {
 // Refuses a null text and one that is longer than the field.
 uint32_t beginStagingText(void* ctx, const char* src, uint32_t len, const TextStagingSite& site, const SiteLog& log) {
     if (const uint32_t result = beginStaging(ctx, site, log)) return result;
-    if (src == nullptr) return refuse(site, kInvalidInput, "Invalid input params");
-    if (len > site.capacity) return outOfRange(site);
+    if (src == nullptr) return refuse(site, kInvalidInput);
+    if (len > site.capacity) return refuse(site, kValueOutOfRange);
     return kSuccess;
 }
 
@@ -45,7 +41,7 @@ uint32_t beginStagingText(void* ctx, const char* src, uint32_t len, const TextSt
 uint32_t stageBoolean(void* ctx, uint32_t, uint32_t value, const StagingSite& site) {
     const SiteLog log(site);
     if (const uint32_t result = beginStaging(ctx, site, log)) return result;
-    if (value > 1) return outOfRange(site);
+    if (value > 1) return refuse(site, kValueOutOfRange);
     *fieldOf(ctx, site) = static_cast<char>(value);
     return endStaging(ctx, site, log);
 }
@@ -59,7 +55,7 @@ uint32_t stageWord(void* ctx, uint32_t, uint32_t value, const StagingSite& site)
 uint32_t stageWordInRange(void* ctx, uint32_t, uint32_t value, const RangeStagingSite& site) {
     const SiteLog log(site);
     if (const uint32_t result = beginStaging(ctx, site, log)) return result;
-    if (value < site.low || value > site.high) return outOfRange(site);
+    if (value < site.low || value > site.high) return refuse(site, kValueOutOfRange);
     return storeWord(ctx, value, site, log);
 }
 
@@ -74,7 +70,7 @@ uint32_t stageTextOfLength(void* ctx, const char* src, uint32_t len, const Lengt
     const SiteLog log(site);
     if (const uint32_t result = beginStagingText(ctx, src, len, site, log)) return result;
     const size_t length = strnlen(src, len);
-    if (length != site.one && length != site.other) return outOfRange(site);
+    if (length != site.one && length != site.other) return refuse(site, kValueOutOfRange);
     fillField(fieldOf(ctx, site), site.capacity, src, len);
     return endStaging(ctx, site, log);
 }

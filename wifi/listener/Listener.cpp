@@ -77,7 +77,7 @@ bool openSocket() {
 
 void* qvl_thread_main_loop(void* callback) {
     if (!openSocket()) return nullptr;
-    puts("qvl_thread_main_loop is ready for new msg...");
+    printf("%s is ready for new msg...\n", kListener);
     auto* buffer =
         static_cast<uint8_t*>(calloc(1, kReceiveSize));  // Quirk: one buffer is left behind for each registration.
     if (buffer == nullptr) {

@@ -5,47 +5,50 @@
 namespace quorvel {
 namespace {
 
-struct OwnTables {
-    std::array<OwnMappingRow, kMappingRowCount> rows{};
-    std::array<char, kVariablesSize> variables{};
-    size_t size = 1;
+constexpr model::PackedTexts<kMappingRowCount, model::packedSize(kVariableTexts)> kTexts(kVariableTexts);
 
-    constexpr uint16_t add(std::string_view text) {
-        if (text.empty()) return 0;
-        const size_t begin = size;
-        text.copy(&variables[begin], text.size());
-        size += text.size() + 1;
-        return static_cast<uint16_t>(begin);
-    }
-};
+// The numbers that each part of a row can hold.
+constexpr uint32_t kVariableMask = (uint32_t{1} << OwnMappingRow::kVariableBits) - 1;
+constexpr uint32_t kFieldMask = (uint32_t{1} << OwnMappingRow::kFieldBits) - 1;
+constexpr uint32_t kFormMask = (uint32_t{1} << OwnMappingRow::kFormBits) - 1;
 
-constexpr OwnTables kOwnTables = [] {
-    OwnTables own;
+constexpr auto kOwnRows = [] {
+    std::array<OwnMappingRow, kMappingRowCount> own{};
+    MappingForms forms = kAllMappingForms;
     size_t n = 0;
     for (const model::Object& object : model::kObjects) {
         if (!model::isMapped(object.index)) continue;
-        own.rows[n++].field = object.index;
+        own[n++].field = object.index;
         for (const model::Parameter& parameter : model::parametersOf(object.index)) {
-            const Field& field = kFields[model::rowOf(object.index, parameter.node)];
-            own.rows[n++] = {own.add(parameter.variable), field.offset, field.size, model::conversionOf(parameter),
-                             model::specialOf(object.index, parameter.node)};
+            own[n].variable = kTexts.places[n] & kVariableMask;
+            own[n].field = kFields[model::rowOf(object.index, parameter.node)].offset & kFieldMask;
+            own[n].form = forms.add(parameter) & kFormMask;
+            ++n;
         }
     }
     return own;
 }();
 
+constexpr auto kForms = [] {
+    std::array<MappingForm, kAllMappingForms.count> forms{};
+    for (size_t n = 0; n < forms.size(); ++n)
+        forms[n] = kAllMappingForms.forms[n];
+    return forms;
+}();
+
 constexpr bool bothFormsSayTheSame() {
     for (size_t n = 0; n < kMappingRowCount; ++n) {
-        const OwnMappingRow& own = kOwnTables.rows[n];
+        const OwnMappingRow& own = kOwnRows[n];
         const MappingRow& row = kMappingRows[n];
-        const bool header = own.conversion == model::Conversion::kNone;
+        const MappingForm& form = kForms[own.form];
+        const bool header = form.conversion == model::Conversion::kNone;
         if (own.field != (header ? row.node : row.field)) return false;
-        if (!header && own.conversion != model::conversionNamed(row.conversion)) return false;
-        if (std::string_view(&kOwnTables.variables[own.variable]) != row.variable) return false;
+        if (!header && form.conversion != model::conversionNamed(row.conversion)) return false;
+        if (std::string_view(&kTexts.characters[own.variable]) != row.variable) return false;
     }
     return true;
 }
-static_assert(bothFormsSayTheSame());
+static_assert(bothFormsSayTheSame(), "too few bits are left for the forms");
 
 // A text is written from a buffer of kValueSize.
 constexpr bool textsFitTheirBuffer() {
@@ -69,7 +72,8 @@ static_assert(everyRowOfATableIsConverted(), "a row of a mapped object names its
 
 }  // namespace
 
-constinit const std::array<OwnMappingRow, kMappingRowCount> kOwnMappingRows = kOwnTables.rows;
-constinit const std::array<char, kVariablesSize> kVariables = kOwnTables.variables;
+constinit const std::array<OwnMappingRow, kMappingRowCount> kOwnMappingRows = kOwnRows;
+constinit const std::array<MappingForm, kAllMappingForms.count> kMappingForms = kForms;
+constinit const std::array<char, model::packedSize(kVariableTexts)> kVariables = kTexts.characters;
 
 }  // namespace quorvel

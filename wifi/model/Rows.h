@@ -241,6 +241,15 @@ constexpr size_t rowOfEntry(size_t entry) {
     return entry;
 }
 
+/// Returns the place of a row in the exported table.
+constexpr size_t entryOfRow(size_t row) {
+    for (const Move& move : kMoves) {
+        if (row == move.row) return move.before;
+        if (row >= move.before && row < move.row) return row + 1;
+    }
+    return row;
+}
+
 constexpr bool definitionsAreSound() {
     for (const Object& object : kObjects) {
         if (instancesIn(object.path) != object.depth) return false;
@@ -253,6 +262,14 @@ constexpr bool definitionsAreSound() {
     }
     return true;
 }
+static_assert(
+    [] {
+        for (size_t row = 0; row < std::size(kParameters); ++row) {
+            if (rowOfEntry(entryOfRow(row)) != row) return false;
+        }
+        return true;
+    }(),
+    "each row has one place in the exported table");
 static_assert(definitionsAreSound(), "rows are numbered from 1, and what they accept and read follows their access");
 
 }  // namespace model

@@ -47,6 +47,13 @@ struct Entry {
     uint32_t radio;   // from 1
 };
 
+// Logs a part that was found, a number or a text.
+template <typename Value>
+[[gnu::noinline]] void logFound(const Entry& entry, const char* format, Value value, const char* function = kScan,
+                                uint32_t line = __builtin_LINE()) {
+    Quorvel_LogPrint(kLogTraffic, kLogFile, function, line, format, entry.number, value);
+}
+
 // Returns what follows `prefix` in the line, or null when the line does not start with it.
 const char* afterPrefix(const char* line, std::string_view prefix) {
     // Most lines start with another letter.
@@ -99,7 +106,7 @@ void findRadio(const Entry& entry) {
     char name[kNameLength + 1] = {};
     (void)WiFiRadioNameGetImpl(entry.radio, name, kNameLength);  // an unread name is empty
     store(entry.result.radio, name);
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_RADIO[%d] found: %s", entry.number, name);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_RADIO[%d] found: %s", name);
 }
 
 void findSsid(const Entry& entry, const char* line) {
@@ -111,7 +118,7 @@ void findSsid(const Entry& entry, const char* line) {
     Token name(*quoted == '\0' ? quoted : quoted + 1);
     if (!name.isEmpty()) name.text[strlen(name.text) - 1] = '\0';
     store(entry.result.ssid, name.text);
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_SSID[%d] found: %s", entry.number, name.text);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_SSID[%d] found: %s", name.text);
 }
 
 void findBssid(const Entry& entry, const char* line) {
@@ -121,7 +128,7 @@ void findBssid(const Entry& entry, const char* line) {
     entry.found.bssid = true;
     const Token bssid(text);
     store(entry.result.bssid, bssid.text);
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_BSSID[%d] found: %s", entry.number, bssid.text);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_BSSID[%d] found: %s", bssid.text);
 }
 
 void findMode(const Entry& entry, const char* line) {
@@ -132,7 +139,7 @@ void findMode(const Entry& entry, const char* line) {
     const Token mode(text);
     // Quirk: compares the token's length: "Man" is managed too.
     entry.result.mode = strncmp(mode.text, "Managed", strlen(mode.text)) == 0 ? 2 : 1;
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_MODE[%d] found: %d", entry.number, entry.result.mode);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_MODE[%d] found: %d", entry.result.mode);
 }
 
 void findChannel(const Entry& entry, const char* line) {
@@ -153,15 +160,16 @@ void findChannel(const Entry& entry, const char* line) {
         }
     } else {
         // A side band, upper or lower, makes 40 MHz.
-        result.operatingChannelBandwidth = strpbrk(channel.text, "ul") != nullptr ? 2 : 1;
+        const bool hasSideBand = strchr(channel.text, 'u') != nullptr || strchr(channel.text, 'l') != nullptr;
+        result.operatingChannelBandwidth = hasSideBand ? 2 : 1;
     }
     result.channel = static_cast<uint32_t>(number(channel.text));
     result.operatingFrequencyBand = result.channel < 36 ? 1 : 2;
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_CHANNEL[%d] found: %d", entry.number, result.channel);
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_OPERATINGCHANNELBANDWIDTH[%d] found: %d",
-                entry.number, result.operatingChannelBandwidth);
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_OPERATINGFREQUENCYBAND[%d] found: %d", entry.number,
-                result.operatingFrequencyBand);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_CHANNEL[%d] found: %d", result.channel);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_OPERATINGCHANNELBANDWIDTH[%d] found: %d",
+             result.operatingChannelBandwidth);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_OPERATINGFREQUENCYBAND[%d] found: %d",
+             result.operatingFrequencyBand);
 }
 
 void findRssi(const Entry& entry, const char* line) {
@@ -170,8 +178,7 @@ void findRssi(const Entry& entry, const char* line) {
     if (text == nullptr) return;
     entry.found.rssi = true;
     entry.result.signalStrength = number(text);
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_SIGNALSTRENGTH[%d] found: %d", entry.number,
-                entry.result.signalStrength);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_SIGNALSTRENGTH[%d] found: %d", entry.result.signalStrength);
 }
 
 // The first rule that fits a line is the only one.
@@ -204,8 +211,7 @@ void findNoise(const Entry& entry, const char* line) {
     if (text == nullptr) return;
     entry.found.noise = true;
     entry.result.noise = number(text);
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_NOISE[%d] found: %d", entry.number,
-                entry.result.noise);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_NOISE[%d] found: %d", entry.result.noise);
 }
 
 // A comma list that grows in a field and never beyond it.
@@ -247,10 +253,10 @@ void findRates(const Entry& entry, const char* line) {
     }
     supported.end();
     basic.end();
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_SUPPORTEDDATATRANSFERRATES[%d] found: %s",
-                entry.number, result.supportedDataTransferRates);
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_BASICDATATRANSFERRATES[%d] found: %s", entry.number,
-                result.basicDataTransferRates);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_SUPPORTEDDATATRANSFERRATES[%d] found: %s",
+             result.supportedDataTransferRates);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_BASICDATATRANSFERRATES[%d] found: %s",
+             result.basicDataTransferRates);
 }
 
 void findQbss(const Entry& entry, const char* line) {
@@ -260,8 +266,7 @@ void findQbss(const Entry& entry, const char* line) {
     entry.found.qbss = true;
     const char* share = after(text, "(");
     if (share != nullptr) entry.result.qbssUtilization = static_cast<uint32_t>(number(share));
-    QUORVEL_LOG(Traffic, kScan, "WIFINEIGHBORINGDIAGNOSTICSRESULT_QBSSUTILIZATION[%d] found: %d", entry.number,
-                entry.result.qbssUtilization);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_QBSSUTILIZATION[%d] found: %d", entry.result.qbssUtilization);
 }
 
 void parseLine(const Entry& entry, const char* line) {
@@ -308,10 +313,9 @@ void decideSecurity(const Entry& entry) {
     } else {
         result.securityModeEnabled = found.wep ? 2 : 1;
     }
-    QUORVEL_LOG(Traffic, kDecision, "WIFINEIGHBORINGDIAGNOSTICSRESULT_SECURITYMODEENABLED[%d] found: %d", entry.number,
-                result.securityModeEnabled);
-    QUORVEL_LOG(Traffic, kDecision, "WIFINEIGHBORINGDIAGNOSTICSRESULT_ENCRYPTIONMODE[%d] found: %d", entry.number,
-                result.encryptionMode);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_SECURITYMODEENABLED[%d] found: %d", result.securityModeEnabled,
+             kDecision);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_ENCRYPTIONMODE[%d] found: %d", result.encryptionMode, kDecision);
 }
 
 template <size_t count>
@@ -348,8 +352,8 @@ void decideStandard(const Entry& entry) {
     }
     standards.end();
     memcpy(result.operatingStandards, result.supportedStandards, sizeof result.supportedStandards);
-    QUORVEL_LOG(Traffic, kDecision, "WIFINEIGHBORINGDIAGNOSTICSRESULT_SUPPORTEDSTANDARDS[%d] found: %s", entry.number,
-                result.supportedStandards);
+    logFound(entry, "WIFINEIGHBORINGDIAGNOSTICSRESULT_SUPPORTEDSTANDARDS[%d] found: %s", result.supportedStandards,
+             kDecision);
 }
 
 }  // namespace
