@@ -19,7 +19,7 @@ namespace {
 constexpr std::uint32_t kEvents = 16384;
 constexpr std::size_t kReadSize = 4096;
 
-// What is printed goes nowhere for the life of the object.
+// Discards standard output for the life of the object.
 class SilentOutput {
   public:
     SilentOutput() : kept_(dup(STDOUT_FILENO)) {

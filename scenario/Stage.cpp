@@ -81,7 +81,8 @@ Stage::Stage(const launch::Options& options, const Scenario& scenario, std::uint
         const std::string file = board::findBoard(asked);
         board_ = common::parseShallow(contents(file));
         if (board_.is_discarded())
-            throw launch::GatewayError("the board description " + file + " is no JSON, or nests too deeply");
+            throw launch::GatewayError("the board description " + file +
+                                       " is not JSON, or nests too deeply; correct the file");
     }
     options_.board = folder_ / "board.json";
     options_.state = folder_ / "state";

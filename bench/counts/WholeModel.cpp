@@ -113,7 +113,7 @@ void addReads(std::vector<Read>& model, const TableEntry& entry) {
     }
 }
 
-// What a host has prepared before it reads.
+// The contexts and instances that a host has prepared before it reads.
 const std::vector<Read>& modelReads() {
     static const std::vector<Read> model = [] {
         std::vector<Read> all;

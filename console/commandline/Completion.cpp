@@ -12,7 +12,7 @@ namespace {
 
 using Candidates = std::vector<std::string>;
 
-// A range that is longer than this is no choice.
+// A longer range is not listed number by number.
 constexpr long kMostNumbers = 32;
 
 // Parameters whose sibling lists what they can be.

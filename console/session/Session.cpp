@@ -13,7 +13,7 @@
 namespace quorvel::console {
 namespace {
 
-// What says how a board boots does nothing to one that is up.
+// Options for the boot have no effect on a board that is up.
 void warnOfIdleOptions(const Options& options) {
     std::string idle;
     const auto add = [&idle](bool given, const char* name) {
@@ -89,7 +89,7 @@ std::vector<Fault> Session::ask(const protocol::Request& request, const Client::
 }
 
 void Session::letTimePass(unsigned seconds, bool quiet) {
-    // Who watches (--real-time) does not want to see it race.
+    // With --real-time, do not skip ahead.
     if (gateway().runsAhead() && !options.realTime) {
         (void)ask(protocol::Control{{{"op", "time"}, {"advance", seconds}}});  // without a manager no time passes
         return;

@@ -95,7 +95,7 @@ int down(const Session& session) {
     return kDone;
 }
 
-// What else is up: somebody who has named another board before may wonder.
+// Names the other boards that are up, for a user who has given another --state before.
 std::string othersText(const Session& session, const std::vector<std::string>& others) {
     if (others.empty()) return "";
     return "\nalso up: " + listed(others) + " (" + programName(session.nested) + (session.nested ? "" : " ") +

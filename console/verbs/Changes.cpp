@@ -151,7 +151,7 @@ struct Watch {
 };
 
 int watch(Session& session, const Watch& asked) {
-    // Who watches lives in real time, unless the board is up already and does not.
+    // Changes are shown when they happen, unless the board is up already and runs ahead.
     session.options.realTime = true;
     std::vector<Fault> faults;
     Json before = readNow(session, asked.paths, faults);

@@ -192,7 +192,7 @@ void printEvent(const Session& session, const protocol::StationEvent& event) {
 }
 
 int events(Session& session, unsigned count) {
-    // Who watches lives in real time.
+    // A listener sees the events when they happen.
     session.options.realTime = true;
     const Interrupt interrupt;
     unsigned seen = 0;

@@ -46,7 +46,7 @@ std::string rounded(double value) {
     return text.data();
 }
 
-// What is shown over and over is JSON of one line.
+// Repeated readings are printed as one line of JSON each.
 int show(const Session& session, const std::string& path, const Readings& before, const Readings& after, double seconds,
          bool over) {
     Table table({path, "Value", "Per second"});

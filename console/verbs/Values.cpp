@@ -1,4 +1,4 @@
-// get, set, instances, dump: the data model as it is.
+// get, set, instances, dump: the values of the data model.
 #include <iostream>
 
 #include "console/commandline/Assignment.h"
@@ -82,7 +82,7 @@ int set(Session& session, const std::vector<std::string>& assignments, bool save
     for (const std::string& assignment : assignments) {
         const std::size_t sign = signIn(assignment);
         if (sign == std::string::npos || sign == 0) {
-            throw CLI::ValidationError("\"" + assignment + "\" is no PATH=VALUE");
+            throw CLI::ValidationError("\"" + assignment + "\" has no '=' behind a path; write PATH=VALUE");
         }
         const std::string path = assignment.substr(0, sign);
         request.settings.push_back({path, valueMeantBy(session, path, assignment.substr(sign + 1))});

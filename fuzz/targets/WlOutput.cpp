@@ -3,7 +3,7 @@
 #include "fuzz/ScriptedRun.h"
 #include "wifi/QuorvelWiFiExports.h"
 
-// What the `wl` utility prints: counters, status and MAC filter mode.
+// The output of the `wl` utility: counters, status and MAC filter mode.
 
 namespace {
 

@@ -206,7 +206,7 @@ Fault PathWalk::step(std::string_view path, const PathText::Segment& segment, st
             continue;
         }
         fault = enterInstance(path, segment, from, node, next);
-        // With several places to start from, an instance that one of them lacks is no fault.
+        // With several places to start from, one of them may lack an instance.
         if (fault.code != FaultCode::kNone && (places.size() == 1 || isExpression(segment.text))) return fault;
     }
     places = std::move(next);

@@ -34,8 +34,8 @@ class PathWalk {
 
     /// Appends the parameters that `path` names, in the order of the table; of a partial path those down to `levels`
     /// levels of objects (1: the object's own; a table's instances are of its level), 0 for all. Returns a fault with
-    /// code kNone, kNoSuchPath, kNoSuchInstance or (a search expression that makes no sense) kBadSyntax. A search that
-    /// finds nothing is no fault.
+    /// code kNone, kNoSuchPath, kNoSuchInstance or (a search expression that makes no sense) kBadSyntax. A search may
+    /// find nothing.
     [[nodiscard]] Fault parameters(std::string_view path, std::vector<Match>& matches, unsigned levels = 0);
 
     /// Appends the instances of the objects at and below `path`, which may be given with or without the last dot.

@@ -92,7 +92,7 @@ void Server::boardChanged() {
     wake();
 }
 
-// A path that a person has mistyped is no news.
+// Subscribers do not hear of a mistyped path.
 void Server::publishFault(const Fault& fault) {
     if (isPathFault(fault.code)) return;
     Part part;

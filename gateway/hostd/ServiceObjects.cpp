@@ -121,7 +121,7 @@ void Service::answer(const protocol::TakeSnapshot& request, Reply& reply) {
     snapshot.hex = hexOf(bytes, size);
     if (sizeOf(layout) <= size) {
         for (const Field& field : layout) {
-            // A measurement's record is no text.
+            // A measurement's record is binary.
             const bool binary =
                 field.parameter->call == Call::kChannelMetrics || field.parameter->call == Call::kChannelStats;
             snapshot.fields.push_back({object + std::string(field.parameter->name), field.offset, field.size,

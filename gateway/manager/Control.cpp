@@ -254,7 +254,7 @@ Json neighbourRequest(Model& model, const std::string& op, const Json& request) 
     return {{"neighbours", neighbours}};
 }
 
-FaultPoint amidstOf(const std::string& moment) {
+FaultPoint faultPointOf(const std::string& moment) {
     if (moment == "read") return FaultPoint::kRead;
     if (moment == "write") return FaultPoint::kWrite;
     if (moment == "scan") return FaultPoint::kScan;
@@ -279,7 +279,7 @@ Json faultRequest(Service& service, const Json& request) {
     else if (kind == "save")
         faults.save = request.value("on", true);
     else if (kind == "die" || kind == "stop") {
-        faults.point = amidstOf(textOf(request, "at"));
+        faults.point = faultPointOf(textOf(request, "at"));
         faults.signal = kind == "die" ? SIGKILL : SIGSTOP;
     } else if (kind == "wl") {
         const std::string how = textOf(request, "how");

@@ -159,7 +159,7 @@ TEST_F(Trouble, WithTheManagerIsToldInsteadOfWaitingForEver) {
     EXPECT_EQ(console_.run({"get", kFirstChannel}).status, 1);
 }
 
-// Nothing found is no answer when nobody could be asked.
+// An empty result is wrong when nobody could be asked.
 TEST_F(Trouble, FailsEveryVerbThatNeedsTheManager) {
     ASSERT_EQ(console_.run({"up"}).status, 0);
     ASSERT_EQ(console_.run({"simulate", R"({"op":"fault","fault":"hang","seconds":60})"}).status, 0);

@@ -1,4 +1,4 @@
-// What shells are offered, and that the files for them do it.
+// The completions that shells are offered, and the files that bind them.
 #include <array>
 #include <cstdio>
 #include <filesystem>

@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(
         Usage{"HelpOfNothing", {"help", "gte"}, "did you mean \"get\"?"},
         Usage{"BatchOfAFolder", {"batch", "/"}, "cannot read the file /"},
         Usage{"ScenarioThatIsNone", {"play", "first-boto"}, "did you mean \"first-boot\"?"},
-        Usage{"NoPath", {"get"}, "PATH"}, Usage{"NoValue", {"set", "Device.WiFi.Radio.1.Channel"}, "no PATH=VALUE"},
+        Usage{"NoPath", {"get"}, "PATH"}, Usage{"NoValue", {"set", "Device.WiFi.Radio.1.Channel"}, "write PATH=VALUE"},
         Usage{"NoValueFile", {"set", "Device.WiFi.SSID.1.SSID=@/nowhere"}, "/nowhere"},
         Usage{"LogLevel", {"--log-level", "9", "status"}, "log-level"},
         Usage{"WpsAction", {"wps", "1", "psuh"}, "did you mean \"push\"?"}, Usage{"NoPin", {"wps", "1", "pin"}, "PIN"}),

@@ -1,4 +1,4 @@
-// What a person sees who sits at a terminal: colours, progress, the shell.
+// The console at a terminal: colours, progress, the shell.
 #include <algorithm>
 #include <csignal>
 #include <fstream>

@@ -1,4 +1,4 @@
-// What lies around a board is as it was, also when the board ends badly.
+// A board leaves its surroundings unchanged, also when it ends badly.
 #include <net/if.h>
 
 #include <csignal>

@@ -178,7 +178,7 @@ Success run(const Scenario& scenario, const Fault& fault,
     now.run.logs = platform().logs();
     now.output = outputOf(scenario);
     lookAtLock(scenario, fault);
-    // What is looked at now is looked at without faults.
+    // From here on, the model is read without faults.
     for (const Call& call : now.run.calls) {
         platform().succeed(call.name);
     }

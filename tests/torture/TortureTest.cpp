@@ -125,7 +125,7 @@ std::vector<Staging> candidates(const Parameter& parameter) {
             {{}, ""}};
 }
 
-// What an object's own apply does before the bridge: the marks that it takes away, and the fields that it rewrites.
+// Effects of an object's own apply before the bridge: marks that it takes away, and fields that it rewrites.
 struct OwnSteps {
     const char* prefix;
     std::set<std::uint32_t> marks;

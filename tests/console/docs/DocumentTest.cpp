@@ -157,7 +157,7 @@ std::vector<std::string> verbs() {
     return names;
 }
 
-// What these print is what the commands in them print.
+// Verbs that run other commands print only the output of those.
 bool runsOthers(const std::string& verb) {
     return verb == "shell" || verb == "batch" || verb == "web";
 }

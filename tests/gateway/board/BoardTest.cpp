@@ -205,7 +205,7 @@ TEST_F(BoardOn, SeesNoProcessesButItsOwn) {
     EXPECT_EQ(onBoard("set -- /proc/[0-9]*; echo $#").out, "2\n");
 }
 
-// What a board does while somebody holds it on.
+// A board that is held on.
 class BoardHeldOn : public BoardOn {
   protected:
     void SetUp() override {

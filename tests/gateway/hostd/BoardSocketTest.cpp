@@ -46,7 +46,7 @@ TEST_F(BoardSockets, TakeClientsWhateverTheLengthOfTheirPath) {
         EXPECT_FALSE(listenForClients(folder_, problem));
         EXPECT_NE(problem, "");
     }
-    // A socket that was left behind is no board, and makes way for one.
+    // A board replaces a socket that was left behind.
     EXPECT_FALSE(connectToBoard(folder_));
     EXPECT_TRUE(listenForClients(folder_, problem));
     removeBoardSocket(folder_);

@@ -313,7 +313,7 @@ TEST_F(OneServer, TellsOfChangesAndFaultsOfOtherClients) {
     protocol::Set refused;
     refused.settings.push_back({"Device.WiFi.Radio.1.Channel", "201"});
     EXPECT_EQ(other->ask(refused).size(), 1U);
-    // A path that is mistyped is no news.
+    // A mistyped path is not published.
     EXPECT_EQ(other->ask(protocol::Get{{"Device.WiFi.Radio.1.Chanel"}, 0, 0}).size(), 1U);
     EXPECT_TRUE(other->ask(protocol::Control{{{"op", "neighbour.add"}}}).empty());
     ASSERT_TRUE(until(*follower, [&parts] { return parts.size() == 4; }));

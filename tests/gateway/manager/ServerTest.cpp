@@ -205,7 +205,7 @@ TEST_F(Manager, IsNotHeldUpByAListenerThatDoesNotRead) {
         (void)control(R"({"op":"station.join","mac":"02:5a:00:00:01:01"})");
     }
     EXPECT_EQ(get("radio_number"), "3");
-    // What had been sent is followed by the end.
+    // The end follows the bytes that were sent.
     char piece[4096];
     ssize_t got = 0;
     std::size_t total = 0;
