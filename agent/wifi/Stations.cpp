@@ -6,7 +6,6 @@ namespace quorvel::agent {
 namespace {
 
 constexpr std::string_view kStations = "AssociatedDevice.";
-constexpr std::string_view kAccessPoints = "Device.WiFi.AccessPoint.";
 
 }  // namespace
 

@@ -10,6 +10,9 @@
 
 namespace quorvel::agent {
 
+/// The table below which the stations' tables are.
+inline constexpr std::string_view kAccessPoints = "Device.WiFi.AccessPoint.";
+
 /// The instance numbers of stations. The library numbers associated devices by their position, which shifts when one
 /// leaves; a controller sees one number for a station's stay, and nobody gets that number again.
 class Stations {

@@ -10,7 +10,6 @@ namespace quorvel::agent {
 namespace {
 
 constexpr std::string_view kMac = "MACAddress";
-constexpr std::string_view kAccessPoints = "Device.WiFi.AccessPoint.";
 
 // Splits "D.T.1.Name" into "D.T.1." and "Name".
 std::pair<std::string_view, std::string_view> split(std::string_view path) {

@@ -106,7 +106,7 @@ class Reader {
 
     bool takeValues(const RecordHead& head, Record& record) {
         // The head was copied: the values follow it in the file.
-        std::string whole(bytes_.substr(position_, head.length));
+        std::string whole(bytes_.substr(static_cast<std::size_t>(position_), head.length));
         const bool complete = forEachValue(*reinterpret_cast<const RecordHead*>(whole.data()),
                                            [&](ValueRole role, ValueType type, const uint8_t* bytes, uint32_t size) {
                                                Value value{role, type, 0, {}};

@@ -112,7 +112,7 @@ std::string describeLog(const Record& record) {
     if (record.values.size() < kLogArguments) return "log record without a format";
     const uint64_t level = record.values[kLogLevel].number;
     const std::span<const Value> arguments(record.values.begin() + kLogArguments, record.values.end());
-    return std::string(level < kLevels.size() ? kLevels[level] : "unknown level") + ' ' +
+    return std::string(level < kLevels.size() ? kLevels[static_cast<std::size_t>(level)] : "unknown level") + ' ' +
            record.values[kLogFile].bytes + ' ' + record.values[kLogFunction].bytes + ": " +
            formatted(record.values[kLogFormat].bytes, arguments);
 }
