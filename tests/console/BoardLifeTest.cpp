@@ -98,7 +98,6 @@ TEST_F(FolderBoards, LiveSideBySideWithValuesOfTheirOwn) {
     ASSERT_EQ(console_.run({"set", kFirstChannel + "=40"}).status, 0);
     EXPECT_EQ(other.run({"get", kFirstChannel}).out, kFirstChannel + " => 36\n");
     EXPECT_EQ(console_.run({"get", kFirstChannel}).out, kFirstChannel + " => 40\n");
-    EXPECT_EQ(other.run({"neighbours", "1"}).status, 0);
     // Only one's manager ends.
     ASSERT_EQ(console_.run({"simulate", R"({"op":"daemon.kill"})"}).status, 0);
     EXPECT_EQ(console_.run({"get", kFirstChannel}).status, 1);
