@@ -60,7 +60,7 @@ Folder::Folder(const launch::Options& options) {
         return;
     }
     launch::Options asked = options;
-    asked.board = "fleet.json";
+    asked.board = launch::Options{}.board;
     path_ = fs::path(launch::stateFolder(asked)).parent_path() / "fleet";
 }
 

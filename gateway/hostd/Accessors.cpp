@@ -21,7 +21,7 @@ Function* function(Word word) {
 }
 
 std::uint32_t readInto(const Parameter& parameter, const Instances& at, void* out) {
-    const CountedCall call(PluginCall::kGet);
+    CountedCall call(PluginCall::kGet);
     switch (parameter.depth) {
         case 0:
             return call.with(function<std::uint32_t(void*)>(parameter.getter)(out));
@@ -114,7 +114,7 @@ std::uint32_t read(const Parameter& parameter, const Instances& instances, Value
     value.number = 0;
     if (parameter.type == Type::kText) {
         char buffer[kTextBuffer] = {};
-        const CountedCall call(PluginCall::kGet);
+        CountedCall call(PluginCall::kGet);
         const std::uint32_t result = call.with(readText(parameter, instances, buffer, kTextLength));
         if (result == 0) value.text.assign(buffer, strnlen(buffer, sizeof buffer));
         return result;
@@ -133,14 +133,14 @@ std::uint32_t readStation(const Parameter& parameter, const Instances& instances
     value.number = 0;
     using Function = std::uint32_t(std::uint32_t, const char*, std::int32_t*);
     std::int32_t number = 0;
-    const CountedCall call(PluginCall::kGet);
+    CountedCall call(PluginCall::kGet);
     const std::uint32_t result = call.with(function<Function>(parameter.getter)(instances[0], mac, &number));
     value.number = static_cast<std::uint32_t>(number);
     return result;
 }
 
 std::uint32_t measure(const Parameter& parameter, const Instances& instances, void* record, std::uint32_t size) {
-    const CountedCall call(PluginCall::kMeasure);
+    CountedCall call(PluginCall::kMeasure);
     return call.with(readText(parameter, instances, static_cast<char*>(record), size));
 }
 
@@ -163,17 +163,17 @@ FaultCode parse(const Parameter& parameter, std::string_view text, Value& value)
 }
 
 std::uint32_t stage(const Parameter& parameter, void* context, const Instances& at, const Value& value) {
-    const CountedCall call(PluginCall::kSet);
+    CountedCall call(PluginCall::kSet);
     return call.with(callSetter(parameter, context, at, value));
 }
 
 std::uint32_t initContext(const Node& node, void* context) {
-    const CountedCall call(PluginCall::kInitContext);
+    CountedCall call(PluginCall::kInitContext);
     return call.with(callInitContext(node, context));
 }
 
 std::uint32_t applyContext(const Node& node, void* context, const Instances& at) {
-    const CountedCall call(PluginCall::kApplyContext);
+    CountedCall call(PluginCall::kApplyContext);
     return call.with(callApplyContext(node, context, at));
 }
 

@@ -1,7 +1,6 @@
 #include "gateway/hostd/PluginCalls.h"
 
 #include <algorithm>
-#include <atomic>
 
 namespace quorvel::hostd {
 namespace {
@@ -19,14 +18,18 @@ Counted& counted(PluginCall kind) {
 
 }  // namespace
 
-CountedCall::CountedCall(PluginCall kind) : kind_(kind), watch_(counted(kind).durations) {}
+void CountedCall::begin() {
+    start_ = common::Durations::Clock::now();
+}
 
-std::uint32_t CountedCall::with(std::uint32_t result) const {
-    if (result != 0) counted(kind_).failed.fetch_add(1, std::memory_order_relaxed);
-    return result;
+void CountedCall::end() const {
+    Counted& all = counted(kind_);
+    all.durations.add(common::Durations::Clock::now() - start_);
+    if (failed_) all.failed.fetch_add(1, std::memory_order_relaxed);
 }
 
 std::vector<protocol::CallCount> pluginCalls() {
+    callsAreCounted.store(true, std::memory_order_relaxed);
     std::vector<protocol::CallCount> counts;
     for (const auto& [kind, name] : names(PluginCall{})) {
         const Counted& each = counted(kind);

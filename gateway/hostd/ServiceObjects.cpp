@@ -61,7 +61,7 @@ std::uint32_t callInstanceGet(Word function, unsigned depth, void* context, cons
 
 // Calls an extra function, which takes a text or nothing beside the context.
 std::uint32_t callExtra(Word function, void* context, const std::optional<std::string>& text) {
-    const CountedCall call(PluginCall::kOperate);
+    CountedCall call(PluginCall::kOperate);
     if (!text) return call.with(reinterpret_cast<std::uint32_t (*)(void*)>(function)(context));
     using Function = std::uint32_t(void*, std::uint32_t, const char*, std::uint32_t);
     return call.with(

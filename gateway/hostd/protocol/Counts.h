@@ -42,7 +42,8 @@ struct RequestCount {
     }
 };
 
-/// The host process's own status. All counts are since power-on; those of the WLAN manager since it was launched.
+/// The host process's own status. Requests count since power-on, the plug-in's calls since this status was first asked
+/// for, the WLAN manager's requests since it was launched.
 struct HostCounts {
     std::vector<double> bounds;
     std::vector<CallCount> pluginCalls;
@@ -52,7 +53,7 @@ struct HostCounts {
     static constexpr auto members() {
         return std::tuple(
             required("bounds", &HostCounts::bounds, "upper bounds of the classes of duration, in seconds"),
-            required("pluginCalls", &HostCounts::pluginCalls, "calls of the plug-in's functions"),
+            required("pluginCalls", &HostCounts::pluginCalls, "calls of the plug-in's functions since this status was first asked for"),
             required("managerRequests", &HostCounts::managerRequests,
                      "requests that the WLAN manager has carried out; empty while it does not answer"),
             required("requests", &HostCounts::requests, "requests of the host process's clients"));
