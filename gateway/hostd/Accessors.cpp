@@ -20,17 +20,19 @@ Function* function(Word word) {
     return reinterpret_cast<Function*>(word);
 }
 
-std::uint32_t readInto(const Parameter& parameter, const Instances& at, void* out) {
-    CountedCall call(PluginCall::kGet);
+std::uint32_t callGetter(const Parameter& parameter, const Instances& at, void* out) {
     switch (parameter.depth) {
         case 0:
-            return call.with(function<std::uint32_t(void*)>(parameter.getter)(out));
+            return function<std::uint32_t(void*)>(parameter.getter)(out);
         case 1:
-            return call.with(function<std::uint32_t(std::uint32_t, void*)>(parameter.getter)(at[0], out));
+            return function<std::uint32_t(std::uint32_t, void*)>(parameter.getter)(at[0], out);
         default:
-            return call.with(
-                function<std::uint32_t(std::uint32_t, std::uint32_t, void*)>(parameter.getter)(at[0], at[1], out));
+            return function<std::uint32_t(std::uint32_t, std::uint32_t, void*)>(parameter.getter)(at[0], at[1], out);
     }
+}
+
+std::uint32_t readInto(const Parameter& parameter, const Instances& at, void* out) {
+    return counted(PluginCall::kGet, [&] { return callGetter(parameter, at, out); });
 }
 
 std::uint32_t readText(const Parameter& parameter, const Instances& at, char* buffer, std::uint32_t length) {
@@ -114,8 +116,8 @@ std::uint32_t read(const Parameter& parameter, const Instances& instances, Value
     value.number = 0;
     if (parameter.type == Type::kText) {
         char buffer[kTextBuffer] = {};
-        CountedCall call(PluginCall::kGet);
-        const std::uint32_t result = call.with(readText(parameter, instances, buffer, kTextLength));
+        const std::uint32_t result =
+            counted(PluginCall::kGet, [&] { return readText(parameter, instances, buffer, kTextLength); });
         if (result == 0) value.text.assign(buffer, strnlen(buffer, sizeof buffer));
         return result;
     }
@@ -133,15 +135,15 @@ std::uint32_t readStation(const Parameter& parameter, const Instances& instances
     value.number = 0;
     using Function = std::uint32_t(std::uint32_t, const char*, std::int32_t*);
     std::int32_t number = 0;
-    CountedCall call(PluginCall::kGet);
-    const std::uint32_t result = call.with(function<Function>(parameter.getter)(instances[0], mac, &number));
+    const std::uint32_t result =
+        counted(PluginCall::kGet, [&] { return function<Function>(parameter.getter)(instances[0], mac, &number); });
     value.number = static_cast<std::uint32_t>(number);
     return result;
 }
 
 std::uint32_t measure(const Parameter& parameter, const Instances& instances, void* record, std::uint32_t size) {
-    CountedCall call(PluginCall::kMeasure);
-    return call.with(readText(parameter, instances, static_cast<char*>(record), size));
+    return counted(PluginCall::kMeasure,
+                   [&] { return readText(parameter, instances, static_cast<char*>(record), size); });
 }
 
 FaultCode parse(const Parameter& parameter, std::string_view text, Value& value) {
@@ -163,18 +165,15 @@ FaultCode parse(const Parameter& parameter, std::string_view text, Value& value)
 }
 
 std::uint32_t stage(const Parameter& parameter, void* context, const Instances& at, const Value& value) {
-    CountedCall call(PluginCall::kSet);
-    return call.with(callSetter(parameter, context, at, value));
+    return counted(PluginCall::kSet, [&] { return callSetter(parameter, context, at, value); });
 }
 
 std::uint32_t initContext(const Node& node, void* context) {
-    CountedCall call(PluginCall::kInitContext);
-    return call.with(callInitContext(node, context));
+    return counted(PluginCall::kInitContext, [&] { return callInitContext(node, context); });
 }
 
 std::uint32_t applyContext(const Node& node, void* context, const Instances& at) {
-    CountedCall call(PluginCall::kApplyContext);
-    return call.with(callApplyContext(node, context, at));
+    return counted(PluginCall::kApplyContext, [&] { return callApplyContext(node, context, at); });
 }
 
 }  // namespace quorvel::hostd

@@ -24,37 +24,23 @@ constexpr auto names(PluginCall) {
                       std::pair(PluginCall::kSave, "save")};
 }
 
-/// Whether calls are counted. Off until somebody asks for the counts: reading the clock twice costs a read of a number a
-/// sixth of its time.
+/// Whether calls are counted. Off until somebody asks for the counts: reading the clock twice costs a read of a number
+/// a sixth of its time.
 inline constinit std::atomic<bool> callsAreCounted = false;
 
-/// Counts the call of the plug-in that is made while it lives, once calls are counted.
-class CountedCall {
-  public:
-    explicit CountedCall(PluginCall kind) : kind_(kind), counts_(callsAreCounted.load(std::memory_order_relaxed)) {
-        if (counts_) begin();
-    }
-    CountedCall(const CountedCall&) = delete;
-    CountedCall& operator=(const CountedCall&) = delete;
-    ~CountedCall() {
-        if (counts_) end();
-    }
+/// Counts one call of the plug-in.
+void countCall(PluginCall kind, common::Durations::Clock::duration duration, std::uint32_t result);
 
-    /// Takes the call's result in, and returns it.
-    [[nodiscard]] std::uint32_t with(std::uint32_t result) {
-        failed_ = result != 0;
-        return result;
-    }
-
-  private:
-    void begin();
-    void end() const;
-
-    const PluginCall kind_;
-    const bool counts_;
-    bool failed_ = false;
-    common::Durations::Clock::time_point start_;
-};
+/// Makes the call of the plug-in, counts it once calls are counted, and returns its result.
+template <typename Call>
+std::uint32_t counted(PluginCall kind, const Call& call) {
+    if (!callsAreCounted.load(std::memory_order_relaxed)) [[likely]]
+        return call();
+    const auto start = common::Durations::Clock::now();
+    const std::uint32_t result = call();
+    countCall(kind, common::Durations::Clock::now() - start, result);
+    return result;
+}
 
 /// Returns the counts of every kind that was called, since they were first asked for. Callable from any thread.
 [[nodiscard]] std::vector<protocol::CallCount> pluginCalls();

@@ -61,11 +61,12 @@ std::uint32_t callInstanceGet(Word function, unsigned depth, void* context, cons
 
 // Calls an extra function, which takes a text or nothing beside the context.
 std::uint32_t callExtra(Word function, void* context, const std::optional<std::string>& text) {
-    CountedCall call(PluginCall::kOperate);
-    if (!text) return call.with(reinterpret_cast<std::uint32_t (*)(void*)>(function)(context));
-    using Function = std::uint32_t(void*, std::uint32_t, const char*, std::uint32_t);
-    return call.with(
-        reinterpret_cast<Function*>(function)(context, 0, text->c_str(), static_cast<std::uint32_t>(text->size())));
+    return counted(PluginCall::kOperate, [&] {
+        if (!text) return reinterpret_cast<std::uint32_t (*)(void*)>(function)(context);
+        using Function = std::uint32_t(void*, std::uint32_t, const char*, std::uint32_t);
+        return reinterpret_cast<Function*>(function)(context, 0, text->c_str(),
+                                                     static_cast<std::uint32_t>(text->size()));
+    });
 }
 
 }  // namespace
@@ -103,9 +104,9 @@ void Service::answer(const protocol::TakeSnapshot& request, Reply& reply) {
     heartbeat_.expect(kSnapshotTime);
     LogTap::forgetErrors();
     std::vector<std::max_align_t> block(kSnapshotBytes / sizeof(std::max_align_t));
-    const std::uint32_t result =
-        CountedCall(PluginCall::kSnapshot)
-            .with(callInstanceGet(reinterpret_cast<Word>(instanceGet), node.depth, block.data(), match.instances));
+    const std::uint32_t result = counted(PluginCall::kSnapshot, [&] {
+        return callInstanceGet(reinterpret_cast<Word>(instanceGet), node.depth, block.data(), match.instances);
+    });
     heartbeat_.beat();
     if (result != 0) {
         return reply.fault(

@@ -275,7 +275,7 @@ void Service::answer(const protocol::Set& request, Reply& reply) {
 
 std::uint32_t Service::saveNow() {
     auto* const save = plugin_.find<std::uint32_t()>("WifiSaveNvram");
-    const std::uint32_t result = save == nullptr ? 1 : CountedCall(PluginCall::kSave).with(save());
+    const std::uint32_t result = save == nullptr ? 1 : counted(PluginCall::kSave, save);
     if (result == 0) changed(protocol::ChangeKind::kSaved, {});
     return result;
 }
