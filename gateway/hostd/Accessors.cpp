@@ -20,7 +20,7 @@ Function* function(Word word) {
     return reinterpret_cast<Function*>(word);
 }
 
-std::uint32_t callGetter(const Parameter& parameter, const Instances& at, void* out) {
+[[gnu::always_inline]] inline std::uint32_t callGetter(const Parameter& parameter, const Instances& at, void* out) {
     switch (parameter.depth) {
         case 0:
             return function<std::uint32_t(void*)>(parameter.getter)(out);
@@ -31,8 +31,15 @@ std::uint32_t callGetter(const Parameter& parameter, const Instances& at, void* 
     }
 }
 
-std::uint32_t readInto(const Parameter& parameter, const Instances& at, void* out) {
+[[gnu::noinline]] std::uint32_t callGetterCounted(const Parameter& parameter, const Instances& at, void* out) {
     return counted(PluginCall::kGet, [&] { return callGetter(parameter, at, out); });
+}
+
+std::uint32_t readInto(const Parameter& parameter, const Instances& at, void* out) {
+    // The way to a value is counted in instructions: nothing else is on it.
+    if (callsAreCounted.load(std::memory_order_relaxed)) [[unlikely]]
+        return callGetterCounted(parameter, at, out);
+    return callGetter(parameter, at, out);
 }
 
 std::uint32_t readText(const Parameter& parameter, const Instances& at, char* buffer, std::uint32_t length) {
