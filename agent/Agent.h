@@ -20,7 +20,7 @@ class AgentCore;
 /// A USP agent: Records in, Records out. Runs in one thread, never blocks, knows no socket.
 class Agent final : public MtpListener {
   public:
-    /// What the agent needs from its surroundings besides the gateway and the transports.
+    /// The agent's needs besides the gateway and the transports.
     struct Surroundings {
         /// Returns a random number from 0 to below 1, for back-off. The standard library's when empty.
         std::function<double()> random;

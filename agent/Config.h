@@ -62,7 +62,7 @@ struct TlsConfig {
     std::string bearerToken;        ///< secret that such controllers may show instead
 };
 
-/// What the device says of itself in Device.DeviceInfo.
+/// The values of Device.DeviceInfo.
 struct DeviceFacts {
     std::string manufacturer = "Quorvel";
     std::string oui;  ///< six upper-case hexadecimal digits

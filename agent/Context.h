@@ -15,7 +15,7 @@
 
 namespace quorvel::agent {
 
-/// What the handlers of Messages work on.
+/// The state that the handlers of Messages share.
 struct Context {
     Context(Config configuration, Gateway& library, std::function<void(const Stations::Difference&)> noticed)
         : config(std::move(configuration)),

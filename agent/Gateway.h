@@ -57,7 +57,7 @@ struct StationEvent {
     std::string interface;
 };
 
-/// What the gateway says by itself.
+/// Events that the gateway reports by itself.
 class GatewayListener {
   public:
     GatewayListener() = default;

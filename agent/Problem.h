@@ -40,7 +40,7 @@ enum Code : std::uint32_t {
     kSessionNotAllowed = 7106,
 };
 
-/// What is wrong with one thing; code 0: nothing.
+/// An error of one path or parameter; code 0: no error.
 struct Problem {
     std::uint32_t code = kNone;
     std::string text = {};

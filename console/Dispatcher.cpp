@@ -36,8 +36,7 @@ void addOptions(CLI::App& app, Options& options, ArgumentKinds& kinds) {
     CLI::Option* const json = app.add_flag("--json", options.json, "Print JSON");
     app.add_flag("--plain", options.plain, "Print one record per line, tab-separated")->excludes(json);
     app.add_flag("--no-color", options.noColor, "No colours (also: NO_COLOR)");
-    add(ArgumentKind::kSandbox, "--sandbox", options.sandbox,
-        "Keep a board apart by namespaces, or by its folder")
+    add(ArgumentKind::kSandbox, "--sandbox", options.sandbox, "Keep a board apart by namespaces, or by its folder")
         ->type_name("KIND")
         ->check(CLI::IsMember({"namespaces", "folder"}));
     app.add_flag("--real-time", options.realTime, "Wait as the device waits; no running ahead in time");

@@ -20,9 +20,9 @@ struct Share {
 ///
 /// A share has the stations of a divided scenario that fall to the gateway: the n-th station of the scenario, and
 /// everything that names it, goes to gateway n modulo `of`; the stations that one step counts are cut into equal runs.
-/// What names no station happens on every gateway. Expectations without a station see the gateway's own stations only.
-/// A share without any expectation has one that every gateway meets which answers.
-/// Throws FleetError when the text is not JSON or has an address of too many blocks.
+/// A step that names no station happens on every gateway. Expectations without a station see the gateway's own stations
+/// only. A share without any expectation has one that every gateway meets which answers. Throws FleetError when the
+/// text is not JSON or has an address of too many blocks.
 [[nodiscard]] std::string copyFor(const std::string& scenario, const Json& board, Identity& identity, Share share);
 
 }  // namespace quorvel::fleet

@@ -39,7 +39,7 @@ struct DownOrder {
     std::function<void(unsigned done, unsigned of)> progress;
 };
 
-/// What ending a fleet took.
+/// Counts of a fleet that was ended.
 struct DownResult {
     unsigned ended = 0;   ///< gateways that were up
     unsigned killed = 0;  ///< processes that did not end by themselves

@@ -21,8 +21,8 @@ class FleetError : public std::runtime_error {
 /// The most gateways that have addresses of their own: their number takes 24 bits of an address.
 inline constexpr unsigned kMostGateways = 0xffffff;
 
-/// What makes gateway `number` (from 1 to kMostGateways) of a fleet differ from the others. Made from the fleet's seed
-/// and the number alone: the same every time, on every machine.
+/// The features of gateway `number` (from 1 to kMostGateways) that differ from the other gateways'. Made from the
+/// fleet's seed and the number alone: the same every time, on every machine.
 ///
 /// An address of the board or of a scenario becomes one of the gateway's own. Its last two bytes stay, so that a
 /// person finds it again; three bytes hold the gateway; the first byte says which of the board's address blocks (the

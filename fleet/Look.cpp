@@ -18,7 +18,7 @@ using Clock = std::chrono::steady_clock;
 constexpr const char* kAgent = "usp";
 constexpr unsigned kLookingHands = 4;
 
-// What one gateway says of itself.
+// One gateway's report of itself.
 struct Glance {
     bool up = false;
     bool agent = false;
@@ -97,7 +97,7 @@ std::uint64_t messagesOf(const Round& round) {
     return sum;
 }
 
-// What is less than before has begun anew.
+// A counter that is less than before has started again.
 double perSecond(std::uint64_t before, std::uint64_t after, double seconds) {
     return after < before || seconds <= 0 ? 0 : static_cast<double>(after - before) / seconds;
 }

@@ -22,7 +22,7 @@ struct Start {
     std::string error;     ///< empty: it came up
 };
 
-/// What a fleet was asked to be.
+/// The size and shape of a fleet, as asked for.
 struct Plan {
     unsigned first = 1;
     unsigned count = 0;

@@ -8,11 +8,11 @@
 #include <iterator>
 
 #include "common/JsonDepth.h"
+#include "common/Markup.h"
 #include "fleet/Copies.h"
 #include "fleet/Crew.h"
 #include "gateway/board/Board.h"
 #include "gateway/launch/Gateway.h"
-#include "scenario/Markup.h"
 #include "scenario/Player.h"
 #include "scenario/Reader.h"
 
@@ -122,7 +122,7 @@ std::string junit(const PlayResult& result) {
     (void)std::snprintf(seconds.data(), seconds.size(), "%.3f", result.seconds);
     const std::string totals = "tests=\"" + std::to_string(result.outcomes.size()) + "\" failures=\"" +
                                std::to_string(failures) + "\" errors=\"0\" time=\"" + seconds.data() + "\"";
-    const std::string name = scenario::escaped(result.scenario);
+    const std::string name = common::escapedMarkup(result.scenario);
     std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites " + totals + ">\n  <testsuite name=\"" +
                        name + "\" " + totals + ">\n";
     for (const PlayOutcome& one : result.outcomes) {
@@ -134,7 +134,7 @@ std::string junit(const PlayResult& result) {
         std::string why = one.error;
         for (const std::string& mistake : one.mistakes)
             why += (why.empty() ? "" : "; ") + mistake;
-        text += ">\n      <failure message=\"" + scenario::escaped(why) + "\"/>\n    </testcase>\n";
+        text += ">\n      <failure message=\"" + common::escapedMarkup(why) + "\"/>\n    </testcase>\n";
     }
     return text + "  </testsuite>\n</testsuites>\n";
 }

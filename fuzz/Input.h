@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string>
 
-// What a fuzz target shares with the others: taking an input apart, and saying what must hold.
+// Shared by the fuzz targets: taking an input apart, and saying what must hold.
 namespace quorvel::fuzz {
 
 // Takes an input apart from its start; what is missing reads as zeros.

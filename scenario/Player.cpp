@@ -82,7 +82,7 @@ class Play {
         if (now > expectation.by + lateness && !counted && !fault)
             return close(index, {false, true, "nobody could look in time: the step before took until now"});
         const Verdict verdict = look(expectation, stage_, faults_);
-        // Whatever must not happen too often has to be watched to the end.
+        // An expectation with an upper count is watched to its end.
         const bool early = verdict.holds && !expectation.atMost;
         if (early || verdict.final || (now >= expectation.by && !fault)) close(index, verdict);
     }

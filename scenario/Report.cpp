@@ -1,6 +1,6 @@
 #include "scenario/Report.h"
 
-#include "scenario/Markup.h"
+#include "common/Markup.h"
 
 namespace quorvel::scenario {
 namespace {
@@ -26,19 +26,19 @@ std::string junit(const Scenario& scenario, const Result& result) {
     const std::size_t tests = failures + result.count(Entry::Kind::kHeld);
     const std::string totals = "tests=\"" + std::to_string(tests) + "\" failures=\"" + std::to_string(failures) +
                                "\" errors=\"0\" time=\"" + seconds(result.end) + "\"";
-    const std::string name = escaped(scenario.name);
+    const std::string name = common::escapedMarkup(scenario.name);
     std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites " + totals + ">\n  <testsuite name=\"" +
                        name + "\" " + totals + ">\n";
     for (const Entry& entry : result.entries) {
         if (entry.kind == Entry::Kind::kStep) continue;
-        text += "    <testcase classname=\"" + name + "\" name=\"" + escaped(entry.text) + "\" time=\"" +
+        text += "    <testcase classname=\"" + name + "\" name=\"" + common::escapedMarkup(entry.text) + "\" time=\"" +
                 seconds(entry.time) + "\"";
         if (entry.kind == Entry::Kind::kHeld) {
             text += "/>\n";
             continue;
         }
-        text += ">\n      <failure message=\"" + escaped("at " + seconds(entry.time) + " s: " + entry.seen) +
-                "\"/>\n    </testcase>\n";
+        text += ">\n      <failure message=\"" +
+                common::escapedMarkup("at " + seconds(entry.time) + " s: " + entry.seen) + "\"/>\n    </testcase>\n";
     }
     return text + "  </testsuite>\n</testsuites>\n";
 }

@@ -243,7 +243,7 @@ std::optional<Time> Stage::managerTime() {
     return static_cast<Time>(std::llround((read ? read->time.value_or(0) : 0) * 1000));
 }
 
-// What comes meanwhile goes to takeEvent().
+// Events that arrive meanwhile go to takeEvent().
 void Stage::awaitTime(Time time) {
     for (;;) {
         const std::optional<Time> there = managerTime();

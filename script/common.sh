@@ -1,4 +1,4 @@
-# Sourced by the developer commands: where the project is, how progress is told, what must be installed.
+# Sourced by the developer commands: where the project is, how progress is printed, what must be installed.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

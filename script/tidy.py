@@ -70,7 +70,7 @@ def main(arguments):
             clean, started, told = done.result()
             print(f"[{count}/{len(changed)}] {source}{'' if clean else ': see below'}", file=sys.stderr)
             if clean:
-                # What was saved during the look is younger.
+                # A file that was saved during the check is younger.
                 mark_of(source).touch()
                 os.utime(mark_of(source), (started, started))
             else:

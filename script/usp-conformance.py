@@ -63,8 +63,8 @@ def main():
     if form == "table":
         print("| Test | Subject | Result |\n|---|---|---|")
     for number, title, outcome, reason, _ in rows:
-        told = f"{outcome}: {reason.splitlines()[0]}" if reason else outcome
-        print(f"| {number} | {title} | {told} |" if form == "table" else f"{number:7} {told:15} {title}")
+        result = f"{outcome}: {reason.splitlines()[0]}" if reason else outcome
+        print(f"| {number} | {title} | {result} |" if form == "table" else f"{number:7} {result:15} {title}")
     counts = {name: sum(row[2] == name for row in rows) for name in ("pass", "fail", "not applicable")}
     print(f"\n{counts['pass']} pass, {counts['fail']} fail, {counts['not applicable']} not applicable", file=sys.stderr)
     return 1 if counts["fail"] or not counts["pass"] else 0

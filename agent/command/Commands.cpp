@@ -15,7 +15,7 @@ void fail(Result& result, const Problem& problem) {
     result.mutable_cmd_failure()->set_err_msg(problem.text);
 }
 
-// What is wrong with the arguments: mandatory ones must be there, numbers must be numbers.
+// The first error in the arguments: mandatory ones must be there, numbers must be numbers.
 Problem checkArguments(const Command& command, const usp::Operate& request) {
     for (const std::string& name : command.mandatory) {
         if (!request.input_args().contains(name))

@@ -14,7 +14,7 @@
 
 namespace quorvel::agent {
 
-/// What commands do outside of the data model.
+/// Effects of commands outside of the data model.
 struct CommandEffects {
     std::function<void(bool factory, BootCause cause)> powerCycle;
     std::function<void(const std::string& controller)> onBoard;

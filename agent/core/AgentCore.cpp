@@ -149,7 +149,7 @@ void AgentCore::publish() {
     updateWatches();
 }
 
-// What follows for controllers that were removed, disabled or rescheduled.
+// Updates the peers of controllers that were removed, disabled or rescheduled.
 void AgentCore::followControllers(const Directory& before) {
     for (const auto& [row, entry] : before.all()) {
         const ControllerEntry* const now = directory_.byRow(row);

@@ -95,7 +95,7 @@ class AgentCore final : public GatewayListener {
     Task<void> answer(const usp::Request& request, const Originator& originator, usp::Response& response,
                       std::vector<std::function<void()>>& afterwards);
 
-    // What follows from changes (AgentCore.cpp, CoreTimes.cpp)
+    // Consequences of changes (AgentCore.cpp, CoreTimes.cpp)
     void buildSchema(const std::vector<TableRow>& table);
     void defineComputed();
     void begin(const BootCause& cause);

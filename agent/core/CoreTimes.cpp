@@ -1,4 +1,4 @@
-// What happens by time: retries, Periodic!, on-boarding, stations, Boot!.
+// Work that is due at a time: retries, Periodic!, on-boarding, stations, Boot!.
 #include <algorithm>
 #include <nlohmann/json.hpp>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// What Records that pass by say about a controller that is not heard.
+// Findings about a controller that is not heard, from the Records that pass by.
 
 #include <string>
 #include <string_view>

@@ -82,7 +82,7 @@ void create(Context& context, const Originator& originator, Creation& creation) 
     }
     completeRow(context, creation.row.path, given, originator);
     std::vector<PathProblem> problems = checkRow(store, creation.row.path);
-    // What is wrong with an optional parameter leaves the row with its default.
+    // An error in an optional parameter leaves the row with the default.
     for (const PathProblem& each : problems) {
         const auto optional =
             std::find_if(creation.assignments.begin(), creation.assignments.end(),

@@ -80,7 +80,7 @@ Task<void> stageWifi(Context& context, std::vector<UpdateGroup>& groups) {
     }
 }
 
-// What is wrong with the row that a place belongs to since its parameter `name` was set.
+// The error in the row of a place after its parameter `name` was set, if there is one.
 Problem wrongIn(const Store& store, const Place& place, const std::string& name) {
     const Object* row = place.object;
     std::string path = place.path;

@@ -34,7 +34,7 @@ struct Parameter {
     }
 };
 
-/// What a parameter's type and access do not say.
+/// Traits of a parameter beyond its type and access.
 enum Mark : unsigned {
     kSecured = 1U << 0U,    ///< reads as empty
     kCounter = 1U << 1U,    ///< changes all the time: no ValueChange

@@ -93,7 +93,7 @@ const Names& neighbourOutputs() {
     return outputs;
 }
 
-// What counts packets, bytes and errors counts all the time.
+// Counters of packets, bytes and errors change all the time.
 bool countsUp(const Object& object, const Parameter& parameter) {
     return object.name() == "Stats" && parameter.access == Access::kReadOnly &&
            parameter.type == ValueType::kUnsignedInt && parameter.name != "Noise";

@@ -9,7 +9,7 @@
 
 namespace quorvel::agent {
 
-/// What the broker said when it accepted the connection.
+/// The broker's answer when it accepted the connection.
 struct BrokerWishes {
     std::string responseInformation;
     std::vector<std::string> subscribeTopics;

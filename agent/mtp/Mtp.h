@@ -34,7 +34,7 @@ struct Destination {
     std::string topic;  ///< MQTT: where to publish
 };
 
-/// What a transport tells the agent. All calls come from the event loop's thread.
+/// Events that a transport reports to the agent. All calls come from the event loop's thread.
 class MtpListener {
   public:
     MtpListener() = default;
@@ -120,7 +120,7 @@ struct WebSocketClientSettings {
     friend bool operator==(const WebSocketClientSettings&, const WebSocketClientSettings&) = default;
 };
 
-/// What shall be connected, as the data model says at the moment.
+/// The connections that the data model asks for at the moment.
 struct MtpSettings {
     std::string endpointId;  ///< the agent's own
     std::vector<MqttSettings> mqtt;

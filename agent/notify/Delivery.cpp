@@ -10,7 +10,7 @@ namespace {
 
 // Beyond this retry the intervals stay as they are.
 constexpr unsigned kMaxDoublings = 10;
-// What waits for a controller that has not been there yet; the oldest goes first.
+// Messages for a controller that has not connected yet; the oldest is dropped first.
 constexpr std::size_t kMaxUnconnected = 100;
 // Notifies that wait for their response; a controller that never responds must not fill the memory.
 constexpr std::size_t kMaxOpen = 10000;

@@ -273,7 +273,7 @@ std::int32_t wlcsm_mngr_getRadioChannelStats2(std::uint32_t, void*, std::uint32_
     return 0;
 }
 
-// What would leave the process.
+// Calls that would leave the process.
 
 FILE* fopen(const char* path, const char* mode) {
     static auto* const call = real<FILE*(const char*, const char*)>("fopen");

@@ -34,10 +34,10 @@ Calls& calls();
 /// The text of every variable but the radios' status (Up), the number of stations and the stations' records.
 void setAnswer(const char* text);
 void setStations(std::uint32_t count);
-/// What fopen (to read) and popen give from now on, whatever is asked for; null gives them back to the C library.
+/// The result of fopen (to read) and popen from now on, whatever is asked for; null gives them back to the C library.
 void setFile(const char* path);
 void setOutput(const char* path);
-/// What a connected socket reads: the bytes of this file.
+/// The bytes that a connected socket reads: the bytes of this file.
 void setEvents(const char* path);
 
 }  // namespace quorvel::bench

@@ -82,7 +82,7 @@ std::vector<Fault> Session::ask(const protocol::Request& request, const Client::
     };
     return client.ask(request, [&](const Part& part) {
         if (part.wait) progress.expect(*part.wait);
-        // Whatever is printed begins on a clean line.
+        // The output begins on a clean line.
         if (!part.wait) progress.clear();
         if (onPart) onPart(part);
     });

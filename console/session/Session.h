@@ -19,8 +19,8 @@ namespace protocol = hostd::protocol;
 using protocol::Fault;
 using protocol::Part;
 
-/// What commands share: the options, the board (booted when the first command needs it) and the two outputs. A shell
-/// and a batch run many commands in one session.
+/// State that commands share: the options, the board (booted when the first command needs it) and the two outputs. A
+/// shell and a batch run many commands in one session.
 class Session {
   public:
     explicit Session(Options given) : options(std::move(given)) {}

@@ -3,6 +3,8 @@
 #include <map>
 #include <string_view>
 
+#include "common/Markup.h"
+
 namespace quorvel::console {
 namespace {
 
@@ -16,42 +18,20 @@ constexpr const char* kHead = R"(<?xml version="1.0" encoding="UTF-8"?>
 )";
 constexpr const char* kFoot = "  </model>\n</dm:document>\n";
 
-std::string escaped(std::string_view text) {
-    std::string result;
-    for (const char letter : text) {
-        switch (letter) {
-            case '&':
-                result += "&amp;";
-                break;
-            case '<':
-                result += "&lt;";
-                break;
-            case '>':
-                result += "&gt;";
-                break;
-            case '"':
-                result += "&quot;";
-                break;
-            default:
-                result += letter;
-        }
-    }
-    return result;
-}
-
 std::string parameterXml(const std::string& name, const hostd::protocol::ParameterDescription& parameter) {
     const bool readOnly = parameter.access == hostd::protocol::Access::kReadOnly;
     const bool hidden = parameter.access == hostd::protocol::Access::kWriteOnly;
     const std::string type(nameOf(parameter.type));
-    return "      <parameter name=\"" + escaped(name) + "\" access=\"" + (readOnly ? "readOnly" : "readWrite") +
-           "\">\n        <syntax" + (hidden ? " hidden=\"true\"" : "") + "><" + type +
-           "/></syntax>\n      </parameter>\n";
+    return "      <parameter name=\"" + common::escapedMarkup(name) + "\" access=\"" +
+           (readOnly ? "readOnly" : "readWrite") + "\">\n        <syntax" + (hidden ? " hidden=\"true\"" : "") + "><" +
+           type + "/></syntax>\n      </parameter>\n";
 }
 
 std::string objectXml(const std::string& path, const std::string& parameters) {
     const bool isTable = path.ends_with("{i}.");
-    return "    <object name=\"" + escaped(path) + "\" access=\"readOnly\" minEntries=\"" + (isTable ? "0" : "1") +
-           "\" maxEntries=\"" + (isTable ? "unbounded" : "1") + "\">\n" + parameters + "    </object>\n";
+    return "    <object name=\"" + common::escapedMarkup(path) + "\" access=\"readOnly\" minEntries=\"" +
+           (isTable ? "0" : "1") + "\" maxEntries=\"" + (isTable ? "unbounded" : "1") + "\">\n" + parameters +
+           "    </object>\n";
 }
 
 }  // namespace

@@ -15,8 +15,8 @@
 #include "gateway/manager/Protocol.h"
 #include "gateway/manager/WlcsmControl.h"
 
-// What a WLAN manager may answer the client's calls: decoded by itself, and received by the client library from a
-// socket. The first byte chooses the call, the second whether a header for the rest is made up.
+// Possible answers of a WLAN manager to the client's calls: decoded by itself, and received by the client library from
+// a socket. The first byte chooses the call, the second whether a header for the rest is made up.
 
 namespace {
 

@@ -209,7 +209,7 @@ bool isBelow(const std::string& path, const std::string& place) {
     return (path + "/").starts_with(inRoot(place + "/"));
 }
 
-// Whatever a program on the board does to the machine's files fails. Single mounts deep in the tree that refuse stay as
+// A program on the board cannot change the machine's files. Single mounts deep in the tree that refuse stay as
 // they are: the user's own rights still hold for them.
 void protectMachine() {
     for (const MountPoint& point : mountPointsBelow(kRoot)) {

@@ -273,7 +273,7 @@ bool Server::run() {
             polled.push_back({connection.descriptor(), static_cast<short>(reading | writing), 0});
         }
         polled.push_back({managerLook_.descriptor(), POLLIN, 0});
-        // Whatever it says, each part looks for itself.
+        // Each part checks its own descriptors below, so only the manager's answer is used here.
         if (poll(polled.data(), polled.size(), patience()) > 0) managerLook_.happened();
         if (polled.back().revents != 0) managerLook_.ended();
         polled.pop_back();

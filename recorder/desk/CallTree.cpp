@@ -7,7 +7,7 @@ namespace quorvel::recorder {
 
 namespace {
 
-// What a thread is in while the records are read: calls of the host within callbacks nest.
+// The open calls of a thread while the records are read: calls of the host within callbacks nest.
 struct ThreadState {
     std::vector<size_t> openCalls;
     size_t libraryThread = SIZE_MAX;

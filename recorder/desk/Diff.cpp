@@ -64,7 +64,7 @@ std::vector<Step> shortestWay(size_t firstSize, size_t secondSize, Same same) {
         return diagonal == -edits || (diagonal != edits && reach(diagonal - 1) < reach(diagonal + 1));
     };
     for (ptrdiff_t edits = 0; edits <= most; ++edits) {
-        // What this round reads: one diagonal beyond its own on each side.
+        // This round reads one diagonal beyond its own on each side.
         const auto first = furthest.begin() + std::max<ptrdiff_t>(0, most - edits - 1);
         const auto last = furthest.begin() + std::min<ptrdiff_t>(2 * most + 1, most + edits + 1);
         history.emplace_back(first, last + 1);

@@ -16,7 +16,7 @@ struct Value {
     ValueRole role = ValueRole::kArgument;
     ValueType type = ValueType::kNull;
     uint64_t number = 0;  ///< of numbers, handles and names
-    std::string bytes;    ///< of texts and bytes; of a name the text that it stands for
+    std::string bytes;    ///< of texts and bytes; of a name the text that it numbers
 
     friend bool operator==(const Value&, const Value&) = default;
 };

@@ -8,7 +8,7 @@
 
 namespace quorvel::recorder {
 
-/// Returns what the format prints with these arguments. A conversion without an argument stands as it is written.
+/// Returns what the format prints with these arguments. A conversion without an argument is copied as it is written.
 [[nodiscard]] std::string formatted(std::string_view format, std::span<const Value> arguments);
 
 /// Returns a value as a person reads it: numbers in decimal, texts in quotes, bytes in hexadecimal, long ones cut.

@@ -61,7 +61,7 @@ enum class ValueType : uint8_t {
     kConstant = 7,  ///< 8 bytes, in the queue only: address of a text that lives as long as the library
 };
 
-/// What a value is to its call.
+/// The role of a value in its call.
 enum class ValueRole : uint8_t {
     kArgument = 0,
     kBefore = 1,  ///< memory that the call may read or write, before it

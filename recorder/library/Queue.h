@@ -113,7 +113,7 @@ void forEachRecord(const BatchHead& closed, Visit visit) {
     const auto* const begin = reinterpret_cast<const uint8_t*>(&closed);
     uint32_t at = sizeof closed;
     const uint32_t length = closed.length.load(std::memory_order_relaxed);
-    // What was reserved and not needed is zero.
+    // Bytes that were reserved and not needed are zero.
     while (at + sizeof(QueuedHead) <= length) {
         const auto* const head = reinterpret_cast<const QueuedHead*>(begin + at);
         if (head->length == 0) return;

@@ -1,4 +1,4 @@
-// The library that the host meant to load: the recorder opens it, calls it, and stands between it and the platform.
+// The real library: the recorder opens it, calls it, and answers its calls of the platform.
 #pragma once
 
 #include <cstdint>

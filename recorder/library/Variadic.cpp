@@ -40,7 +40,7 @@ FormatShape parse(const char* format) {
     return found;
 }
 
-// What was parsed before, by the address of the format. A slot is written once, then only read.
+// Formats that were parsed before, by the address of the format. A slot is written once, then only read.
 struct Slot {
     std::atomic<const char*> format{nullptr};
     std::atomic<bool> taken{false};

@@ -11,7 +11,7 @@ namespace quorvel::recorder {
 /// The most words that the arguments of a format of the library take.
 inline constexpr uint32_t kMaxFormatWords = 20;
 
-/// What a format takes.
+/// The arguments of a format.
 struct FormatShape {
     enum Kind : uint32_t { kWord, kWide, kText };
     static constexpr uint32_t kBitsOfKind = 2;

@@ -21,7 +21,7 @@ namespace quorvel::recorder {
 
 namespace {
 
-// What the file calls the texts of the library: numbers from here on; functions have smaller ones.
+// The file numbers the texts of the library from here on; functions have smaller numbers.
 constexpr uint32_t kFirstConstant = 1024;
 constexpr uint32_t kMaxConstants = 1024;
 constexpr uint32_t kMaxThreads = 64;

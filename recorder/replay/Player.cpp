@@ -14,7 +14,7 @@ Player* player = nullptr;
 
 namespace {
 
-// What the calling thread is replaying.
+// The stream that the calling thread replays.
 thread_local Stream* currentStream = nullptr;
 thread_local void* currentListener = nullptr;
 
@@ -95,7 +95,7 @@ void Player::playCall(const Call& call, uint64_t number, PlayResult& result) {
 const Record* Player::answer(RecordKind kind, const std::string& function, std::vector<Value> values) {
     if (currentListener == nullptr) {
         if (currentStream == nullptr) return nullptr;
-        // What a listener did before this moment, it has done.
+        // Listeners first replay everything that they did before this moment.
         letListenersReach(currentStream->nextPosition() == UINT64_MAX ? 0 : currentStream->nextPosition());
         return currentStream->take(kind, function, values);
     }

@@ -1,4 +1,4 @@
-// What the library did on one thread, replayed: each thing that it does now is held against the next that it did then.
+// The replay of one thread: each call that the library makes now is compared with the next one of the recording.
 #pragma once
 
 #include <span>

@@ -1,4 +1,4 @@
-// What takes the place of a secret: text of the same length and class, the same for the same secret, made with a key
+// Replacements of secrets: text of the same length and class, the same for the same secret, made with a key
 // that nobody keeps.
 #pragma once
 

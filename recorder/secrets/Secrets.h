@@ -21,7 +21,7 @@ class Secrets {
     constexpr Secrets(const SipKey& key, Kept kept) : disguise_(key), kept_(kept) {}
 
     /// Replaces the secrets in a record's values, in place: where the record's function says that there is one, and
-    /// wherever a secret that was seen before stands again. `function` is the name of the record's function, `textOf`
+    /// wherever a secret that was seen before occurs again. `function` is the name of the record's function, `textOf`
     /// gives the text of a named one by its number.
     template <typename TextOf>
     void replaceIn(RecordHead* record, const char* function, TextOf textOf) {

@@ -4,7 +4,7 @@
 #include <map>
 #include <optional>
 
-#include "scenario/Markup.h"
+#include "common/Markup.h"
 
 namespace quorvel::scenario {
 namespace {
@@ -17,14 +17,14 @@ constexpr double kBottom = 90;
 
 std::string lane(const std::string& kind, const std::string& label, const std::string& note, int height,
                  const std::string& plot) {
-    return "<div class=\"lane " + kind + "\"><div class=\"label\"><span>" + escaped(label) + "</span>" +
-           (note.empty() ? "" : "<small>" + escaped(note) + "</small>") + "</div><svg class=\"plot\" height=\"" +
-           std::to_string(height) + "\" role=\"img\" aria-label=\"" +
-           escaped(label + (note.empty() ? "" : ": " + note)) + "\">" + plot + "</svg></div>\n";
+    return "<div class=\"lane " + kind + "\"><div class=\"label\"><span>" + common::escapedMarkup(label) + "</span>" +
+           (note.empty() ? "" : "<small>" + common::escapedMarkup(note) + "</small>") +
+           "</div><svg class=\"plot\" height=\"" + std::to_string(height) + "\" role=\"img\" aria-label=\"" +
+           common::escapedMarkup(label + (note.empty() ? "" : ": " + note)) + "\">" + plot + "</svg></div>\n";
 }
 
 std::string title(const std::string& text) {
-    return "<title>" + escaped(text) + "</title>";
+    return "<title>" + common::escapedMarkup(text) + "</title>";
 }
 
 std::string bar(const TimeAxis& axis, Time from, Time to, int y, int height, const std::string& kind,
@@ -40,7 +40,7 @@ std::string dot(const TimeAxis& axis, Time time, int y, const std::string& kind,
 
 std::string words(const TimeAxis& axis, Time time, int y, const std::string& kind, const std::string& text) {
     return "<text class=\"" + kind + "\" x=\"" + axis.at(time) + "\" y=\"" + std::to_string(y) + "\" dx=\"4\">" +
-           escaped(text) + "</text>";
+           common::escapedMarkup(text) + "</text>";
 }
 
 std::string when(Time time) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "scenario/Markup.h"
+#include "common/Markup.h"
 #include "scenario/picture/Lanes.h"
 #include "scenario/picture/Style.h"
 
@@ -39,7 +39,8 @@ std::string insideScript(const Json& json) {
 }
 
 std::string row(Time time, const std::string& kind, const std::string& text) {
-    return "<tr><td>" + seconds(time) + "</td><td>" + escaped(kind) + "</td><td>" + escaped(text) + "</td></tr>\n";
+    return "<tr><td>" + seconds(time) + "</td><td>" + common::escapedMarkup(kind) + "</td><td>" +
+           common::escapedMarkup(text) + "</td></tr>\n";
 }
 
 // The same for people who do not see the plots.
@@ -76,8 +77,9 @@ std::string picture(const Scenario& scenario, const Result& result, std::uint64_
            "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src 'unsafe-inline'; "
            "script-src 'unsafe-inline'\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
-           escaped(scenario.name) + "</title>\n<style>" + kStyle + "</style>\n</head>\n<body>\n<main>\n<h1>" +
-           escaped(scenario.name) + "</h1>\n" + summaryOf(result, seed) + "<div class=\"lanes\">\n" +
+           common::escapedMarkup(scenario.name) + "</title>\n<style>" + kStyle +
+           "</style>\n</head>\n<body>\n<main>\n<h1>" + common::escapedMarkup(scenario.name) + "</h1>\n" +
+           summaryOf(result, seed) + "<div class=\"lanes\">\n" +
            section("Course", axisLane(axis) + stepLane(axis, result) + logLane(axis, result)) +
            section("Expectations", expectationLanes(axis, scenario, result)) +
            section("Parameters", parameterLanes(axis, scenario, result)) +

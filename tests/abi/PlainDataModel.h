@@ -51,7 +51,7 @@ struct ExportedObject {
     unsigned bytes = 0;
 };
 
-// What is exported besides the front ends.
+// Exports besides the front ends.
 struct Exports {
     std::vector<std::string> functions;
     std::vector<ExportedObject> objects;

@@ -1,4 +1,4 @@
-// What makes one gateway of a fleet differ from the others.
+// The features that differ between the gateways of a fleet.
 #include "fleet/Identity.h"
 
 #include <gtest/gtest.h>

@@ -33,7 +33,7 @@ bool failsNow() {
     return ++calls % 17 == 0;
 }
 
-// What the manager knows: enough that each kind of conversion has something to do.
+// The manager's variables: enough for each kind of conversion to have a value.
 const char* valueOf(const std::string& name) {
     if (name == "wlWpaPsk") return "quorvel-home-passphrase";
     if (name == "wlWscDevPin") return "12345670";

@@ -79,7 +79,7 @@ TEST_F(Replay, StopsBeforeACall) {
     EXPECT_NE(replayed.output.find("stopped before call 3, "), std::string::npos) << replayed.output;
 }
 
-// Each kind of fault is in a library of its own, told by the environment.
+// Each kind of fault is in a library of its own, named by the environment.
 struct Fault {
     const char* name;
     const char* call;  // where it is caught first

@@ -184,7 +184,7 @@ int32_t wlcsm_mngr_getRadioChannelStats2(uint32_t, void*, uint32_t) {
     return 0;
 }
 
-// What would leave the process.
+// Calls that would leave the process.
 
 int __real_connect(int descriptor, const struct sockaddr* address, socklen_t length);
 

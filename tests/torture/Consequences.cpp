@@ -20,7 +20,7 @@ constexpr auto kUntouched = Output::Untouched;
 constexpr auto kAsEver = Output::AsEver;
 constexpr auto kValue = Output::Value;
 
-// What the bridge logs for a variable that it cannot read or write.
+// Log lines of the bridge for a variable that it cannot read or write.
 constexpr char kUnread[] = "wlcsm_mngr_get: radio[%0], ssid[%1], varName[%2] FAIL.";
 constexpr char kUnwritten[] = "wlcsm_mngr_set: radio[%0], ssid[%1], varName[%2] value[%3] FAIL.";
 constexpr char kUnmapped[] = " No direct wlmgnr mapping for node[%1].";
@@ -556,7 +556,7 @@ std::vector<std::string> functionsAt(const std::vector<LogLine>& logs, std::uint
             break;
         }
         if (const std::string begun = functionOf(line, " Enter"); !begun.empty()) {
-            // What was not done by then has failed, but for a snapshot, which is where it is called from.
+            // A function that was not done by then has failed, but for a snapshot, which is where it is called from.
             if (!working.empty() && !endsWith(working.back(), "InstanceGet")) {
                 working.pop_back();
             }
@@ -587,7 +587,7 @@ const Rule* ruleFor(const Failure& failure, const std::vector<Failure>& before) 
     return nullptr;
 }
 
-// What the front ends add on the way out.
+// Log lines that the front ends add on the way out.
 void addFrontEnds(const Failure& failure, std::vector<std::string>& lines) {
     const std::string code = std::to_string(*failure.rule->ends);
     const bool inFrontEnd = endsWith(failure.function, "Get") || endsWith(failure.function, "Get2") ||

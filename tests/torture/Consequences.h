@@ -33,7 +33,7 @@ struct Rule {
     const char* value = "";
     // The rule holds only when a call with this text among its arguments has failed before.
     const char* afterFailed = "";
-    // What the success path logs from there on is not logged.
+    // The rest of the success path's log is missing.
     bool another = false;
 };
 
@@ -45,7 +45,7 @@ struct Failure {
     const Rule* rule = nullptr;
 };
 
-// What a run did and left behind.
+// Results and leftovers of a run.
 struct Run {
     std::uint32_t result = 0;
     std::vector<scripted::Call> calls;
@@ -62,7 +62,7 @@ struct Aftermath {
     [[nodiscard]] bool failed(const std::string& call) const;
 };
 
-// What must hold for a run, as far as result and log go.
+// The required result and log of a run.
 struct Expectation {
     std::uint32_t result = 0;
     std::vector<std::string> lines;  // in the order of the failures

@@ -46,7 +46,7 @@ struct Fault {
     std::function<void()> arm = [] {};
 };
 
-// What the success path is known by.
+// Features of the success path.
 struct Success {
     Run run;
     std::string output;

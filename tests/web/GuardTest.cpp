@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
+#include <string>
 
 namespace quorvel::web_test {
 namespace {
@@ -28,14 +30,29 @@ unsigned statusOf(const std::optional<web::Reply>& refusal) {
     return refusal ? refusal->status : 200;
 }
 
-std::string tokenFile(const std::string& content, mode_t mode) {
-    std::string folder = (std::filesystem::temp_directory_path() / "quorvel-token-XXXXXX").string();
-    if (mkdtemp(folder.data()) == nullptr) return "";
-    const std::string file = folder + "/token";
-    std::ofstream(file) << content;
-    (void)chmod(file.c_str(), mode);
-    return file;
-}
+// A file with a token, in a folder of its own; both go with it.
+class TokenFile {
+  public:
+    TokenFile(const std::string& content, mode_t mode)
+        : folder_((std::filesystem::temp_directory_path() / "quorvel-token-XXXXXX").string()) {
+        if (mkdtemp(folder_.data()) == nullptr) throw std::runtime_error("no folder can be made for a token");
+        std::ofstream(path()) << content;
+        (void)chmod(path().c_str(), mode);
+    }
+    ~TokenFile() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder_, ignored);
+    }
+    TokenFile(const TokenFile&) = delete;
+    TokenFile& operator=(const TokenFile&) = delete;
+
+    std::string path() const {
+        return folder_ + "/token";
+    }
+
+  private:
+    std::string folder_;
+};
 
 }  // namespace
 
@@ -110,10 +127,10 @@ TEST(WebGuard, AsksForTheTokenWhereThereIsOne) {
 }
 
 TEST(WebToken, IsReadFromAFileThatIsPrivate) {
-    EXPECT_EQ(web::readToken(tokenFile("0123456789abcdef\n", 0600)), "0123456789abcdef");
+    EXPECT_EQ(web::readToken(TokenFile("0123456789abcdef\n", 0600).path()), "0123456789abcdef");
     for (const char* const content : {"", "short", "0123456789abcde\"f", "0123456789 abcdef"})
-        EXPECT_THROW((void)web::readToken(tokenFile(content, 0600)), std::runtime_error) << content;
-    EXPECT_THROW((void)web::readToken(tokenFile("0123456789abcdef\n", 0644)), std::runtime_error);
+        EXPECT_THROW((void)web::readToken(TokenFile(content, 0600).path()), std::runtime_error) << content;
+    EXPECT_THROW((void)web::readToken(TokenFile("0123456789abcdef\n", 0644).path()), std::runtime_error);
     EXPECT_THROW((void)web::readToken("/nonexistent/token"), std::runtime_error);
 }
 

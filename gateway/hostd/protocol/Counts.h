@@ -53,7 +53,8 @@ struct HostCounts {
     static constexpr auto members() {
         return std::tuple(
             required("bounds", &HostCounts::bounds, "upper bounds of the classes of duration, in seconds"),
-            required("pluginCalls", &HostCounts::pluginCalls, "calls of the plug-in's functions since this status was first asked for"),
+            required("pluginCalls", &HostCounts::pluginCalls,
+                     "calls of the plug-in's functions since this status was first asked for"),
             required("managerRequests", &HostCounts::managerRequests,
                      "requests that the WLAN manager has carried out; empty while it does not answer"),
             required("requests", &HostCounts::requests, "requests of the host process's clients"));

@@ -1,4 +1,4 @@
-// What outlives the agent, what does not, and what follows from rows.
+// State that outlives the agent, state that does not, and the effects of rows.
 #include <sys/stat.h>
 
 #include <fstream>

@@ -29,7 +29,7 @@ namespace quorvel::scripted {
 #endif
 }
 
-// What this process has open and running.
+// Descriptors and threads of this process.
 struct Resources {
     std::size_t descriptors = entriesOf("/proc/self/fd");
     std::size_t threads = threadsOfProcess();

@@ -1,8 +1,8 @@
-#include "scenario/Markup.h"
+#include "common/Markup.h"
 
-namespace quorvel::scenario {
+namespace quorvel::common {
 
-std::string escaped(std::string_view text) {
+std::string escapedMarkup(std::string_view text) {
     std::string safe;
     for (const char c : text) {
         switch (c) {
@@ -25,4 +25,4 @@ std::string escaped(std::string_view text) {
     return safe;
 }
 
-}  // namespace quorvel::scenario
+}  // namespace quorvel::common
