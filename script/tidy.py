@@ -39,8 +39,8 @@ def is_checked(mark, command, newest_of_all):
 def look(database, source):
     started = time.time()
     run = subprocess.run(["clang-tidy", "-p", database, "--quiet", source], capture_output=True, text=True)
-    told = [line for line in run.stderr.splitlines() if not re.match(r"\d+ warnings? (generated|treated)", line)]
-    return run.returncode == 0, started, run.stdout + "\n".join(told)
+    remarks = [line for line in run.stderr.splitlines() if not re.match(r"\d+ warnings? (generated|treated)", line)]
+    return run.returncode == 0, started, run.stdout + "\n".join(remarks)
 
 
 def main(arguments):
@@ -67,7 +67,7 @@ def main(arguments):
         looks = {pool.submit(look, str(marks), source): source for source in changed}
         for count, done in enumerate(concurrent.futures.as_completed(looks), 1):
             source = looks[done]
-            clean, started, told = done.result()
+            clean, started, remarks = done.result()
             print(f"[{count}/{len(changed)}] {source}{'' if clean else ': see below'}", file=sys.stderr)
             if clean:
                 # A file that was saved during the check is younger.
@@ -75,7 +75,7 @@ def main(arguments):
                 os.utime(mark_of(source), (started, started))
             else:
                 faulty += 1
-                print(told, flush=True)
+                print(remarks, flush=True)
     print(f"clang-tidy: {len(found) - faulty} sources clean, {faulty} with findings", file=sys.stderr)
     return 1 if faulty else 0
 

@@ -8,6 +8,7 @@
 namespace quorvel::agent {
 namespace {
 
+using common::compare;
 using Operator = Condition::Operator;
 
 template <typename Number>
@@ -67,27 +68,6 @@ Problem normalizeText(const Parameter& parameter, std::string& value) {
         return {kInvalidValue, "\"" + value + "\" is none of " + known};
     }
     return {};
-}
-
-template <typename T>
-bool compare(Operator comparison, const T& left, const T& right) {
-    switch (comparison) {
-        case Operator::kEqual:
-            return left == right;
-        case Operator::kUnequal:
-            return left != right;
-        case Operator::kLess:
-            return left < right;
-        case Operator::kGreater:
-            return left > right;
-        case Operator::kAtMost:
-            return left <= right;
-        case Operator::kAtLeast:
-            return left >= right;
-        case Operator::kContains:
-            return false;
-    }
-    return false;
 }
 
 bool isEquality(Operator comparison) {

@@ -1,26 +1,16 @@
 #include "agent/path/Path.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstring>
 
 namespace quorvel::agent {
 namespace {
 
-using Operator = Condition::Operator;
+using common::skipBlanks;
 
 constexpr std::string_view kRoot = "Device.";
 constexpr std::size_t kMaxPath = 4096;
-
-// Longer ones first: "<=" begins with "<".
-constexpr std::array<std::pair<std::string_view, Operator>, 7> kOperators{{{"==", Operator::kEqual},
-                                                                           {"!=", Operator::kUnequal},
-                                                                           {"~=", Operator::kContains},
-                                                                           {"<=", Operator::kAtMost},
-                                                                           {">=", Operator::kAtLeast},
-                                                                           {"<", Operator::kLess},
-                                                                           {">", Operator::kGreater}}};
 
 bool isNameCharacter(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == '-';
@@ -29,10 +19,6 @@ bool isNameCharacter(char c) {
 bool isName(std::string_view text) {
     return !text.empty() && !(text.front() >= '0' && text.front() <= '9') &&
            std::all_of(text.begin(), text.end(), isNameCharacter);
-}
-
-void skipBlanks(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
 }
 
 // Takes a quoted constant; %22 is a quote and %25 a per cent sign.
@@ -63,11 +49,9 @@ std::string takeCondition(std::string_view& text, Condition& condition) {
     }
     if (condition.path.empty()) return "a search condition begins with a parameter";
     skipBlanks(text);
-    const auto* const found = std::find_if(kOperators.begin(), kOperators.end(),
-                                           [text](const auto& known) { return text.starts_with(known.first); });
-    if (found == kOperators.end()) return "\"" + condition.path + "\" is followed by none of == != ~= < > <= >=";
-    condition.comparison = found->second;
-    text.remove_prefix(found->first.size());
+    const auto comparison = common::takeComparison(text);
+    if (!comparison) return "\"" + condition.path + "\" is followed by none of == != ~= < > <= >=";
+    condition.comparison = *comparison;
     skipBlanks(text);
     if (text.starts_with('"')) {
         condition.quoted = true;
@@ -77,7 +61,7 @@ std::string takeCondition(std::string_view& text, Condition& condition) {
     condition.operand = text.substr(0, end);
     text.remove_prefix(end);
     if (condition.operand.empty()) return "\"" + condition.path + "\" is compared with nothing";
-    return condition.operand.find('"') == std::string::npos ? "" : "a quote stands inside a constant";
+    return condition.operand.find('"') == std::string::npos ? "" : "a constant has a quote in it";
 }
 
 std::string parseSearch(std::string_view text, Segment& segment) {

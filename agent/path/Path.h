@@ -5,11 +5,13 @@
 #include <string_view>
 #include <vector>
 
+#include "common/Comparison.h"
+
 namespace quorvel::agent {
 
 /// One condition of a search: `NotifType=="Event"`.
 struct Condition {
-    enum class Operator : std::uint8_t { kEqual, kUnequal, kLess, kGreater, kAtMost, kAtLeast, kContains };
+    using Operator = common::Comparison;
     std::string path;  ///< relative: "Stats.Noise", "SSIDReference+.SSID"
     Operator comparison = Operator::kEqual;
     std::string operand;  ///< decoded

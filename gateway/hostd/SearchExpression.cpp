@@ -1,7 +1,6 @@
 #include "gateway/hostd/SearchExpression.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstdlib>
 
@@ -10,19 +9,8 @@ namespace {
 
 using Operator = SearchExpression::Operator;
 using Condition = SearchExpression::Condition;
-
-// Longer ones first: "<=" begins with "<".
-constexpr std::array<std::pair<std::string_view, Operator>, 7> kOperators{{{"==", Operator::kEqual},
-                                                                           {"!=", Operator::kUnequal},
-                                                                           {"~=", Operator::kContains},
-                                                                           {"<=", Operator::kAtMost},
-                                                                           {">=", Operator::kAtLeast},
-                                                                           {"<", Operator::kLess},
-                                                                           {">", Operator::kGreater}}};
-
-void skipBlanks(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-}
+using common::compare;
+using common::skipBlanks;
 
 bool isPathCharacter(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == '.' ||
@@ -49,11 +37,9 @@ std::string takeCondition(std::string_view& text, Condition& condition) {
     }
     if (condition.path.empty()) return "a condition begins with a parameter's name";
     skipBlanks(text);
-    const auto* const found = std::find_if(kOperators.begin(), kOperators.end(),
-                                           [text](const auto& known) { return text.starts_with(known.first); });
-    if (found == kOperators.end()) return condition.path + " is followed by none of == != ~= < > <= >=";
-    condition.comparison = found->second;
-    text.remove_prefix(found->first.size());
+    const auto comparison = common::takeComparison(text);
+    if (!comparison) return condition.path + " is followed by none of == != ~= < > <= >=";
+    condition.comparison = *comparison;
     skipBlanks(text);
     if (text.starts_with('"')) {
         condition.quoted = true;
@@ -68,27 +54,6 @@ std::string takeCondition(std::string_view& text, Condition& condition) {
 bool isInteger(const std::string& text, std::int64_t& number) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && end == text.data() + text.size();
-}
-
-template <typename T>
-bool compare(Operator comparison, const T& left, const T& right) {
-    switch (comparison) {
-        case Operator::kEqual:
-            return left == right;
-        case Operator::kUnequal:
-            return left != right;
-        case Operator::kLess:
-            return left < right;
-        case Operator::kGreater:
-            return left > right;
-        case Operator::kAtMost:
-            return left <= right;
-        case Operator::kAtLeast:
-            return left >= right;
-        case Operator::kContains:
-            return false;
-    }
-    return false;
 }
 
 bool contains(std::string_view list, std::string_view element) {
@@ -127,7 +92,7 @@ std::string SearchExpression::check(const Condition& condition, Type type) {
     std::int64_t number = 0;
     switch (type) {
         case Type::kText:
-            return condition.quoted ? "" : "texts stand in quotes: " + condition.path + "==\"" + operand + "\"";
+            return condition.quoted ? "" : "texts are written in quotes: " + condition.path + "==\"" + operand + "\"";
         case Type::kBoolean:
             if (ordering) return condition.path + " is a boolean, which == and != compare";
             if (isTruth(operand) || operand == "false" || operand == "0") return "";

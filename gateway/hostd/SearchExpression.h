@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "common/Comparison.h"
 #include "gateway/hostd/Value.h"
 
 namespace quorvel::hostd {
@@ -12,7 +12,7 @@ namespace quorvel::hostd {
 /// The conditions between the brackets of `Device.WiFi.SSID.[Enable==true && SSID~="Attic"].`, which must all hold.
 class SearchExpression {
   public:
-    enum class Operator : std::uint8_t { kEqual, kUnequal, kContains, kLess, kGreater, kAtMost, kAtLeast };
+    using Operator = common::Comparison;
 
     struct Condition {
         std::string path;  ///< the parameter, relative to the object instance
