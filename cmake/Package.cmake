@@ -44,10 +44,13 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS "quorvel-wifi-plugin (= ${PROJEC
 set(CPACK_DEBIAN_GATEWAY_PACKAGE_NAME quorvel-wifi)
 set(CPACK_COMPONENT_GATEWAY_DESCRIPTION
     "simulated gateway for the Wi-Fi data-model plug-in, and its console\n Boots a board on this machine and reads and writes its data model.")
-set(CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS
-    "libc6, libgcc-s1, libstdc++6, quorvel-wifi-plugin (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
-if(QUORVEL_LIBEDIT)
-    string(APPEND CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS ", libedit2")
+# The packages of the libraries that its programs name have the names of this distribution's release.
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/lib)
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS "quorvel-wifi-plugin (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+if(TARGET quorvel-wifi-agent)
+    # Loaded by its name.
+    string(APPEND CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS ", libwebsockets-evlib-uv")
 endif()
 
 # The live page is packed where script/package has built it.

@@ -44,9 +44,10 @@ agent_packages=(libprotobuf-dev protobuf-compiler libmosquitto-dev libwebsockets
     mosquitto openssl)
 web_packages=(libboost-dev prometheus-cpp-dev)
 browser_packages=(chromium fonts-dejavu-core)
-image_packages=(buildah podman runc conmon mmdebstrap)
+# podman holds a pod with catatonit, the test gives it a broker.
+image_packages=(buildah podman runc conmon catatonit mmdebstrap mosquitto)
 test_packages=("${build_packages[@]}" "${agent_packages[@]}" "${web_packages[@]}" "${browser_packages[@]}" googletest
-    g++-arm-linux-gnueabihf g++-i686-linux-gnu qemu-user binutils python3 valgrind clang gcovr zsh python3-kconfiglib python3-yaml)
+    g++-arm-linux-gnueabihf g++-i686-linux-gnu qemu-user binutils dpkg-dev file python3 valgrind clang gcovr zsh python3-kconfiglib python3-yaml)
 # Any kubectl will do.
 command -v kubectl >/dev/null || test_packages+=(kubernetes-client)
 
@@ -72,9 +73,14 @@ configure() {
     }
 }
 
-# Has a preset build the live page's server.
-configure_web() {
-    grep -qs '^QUORVEL_BUILD_WEB:BOOL=ON' "build/$1/CMakeCache.txt" || configure "$1" -DQUORVEL_BUILD_WEB=ON
+# Has a preset build what has packages of its own: WEB, the live page's server, or AGENT, the USP agent.
+configure_with() {
+    local preset=$1 part options=()
+    shift
+    for part in "$@"; do
+        grep -qs "^QUORVEL_BUILD_$part:BOOL=ON" "build/$preset/CMakeCache.txt" || options+=("-DQUORVEL_BUILD_$part=ON")
+    done
+    [ ${#options[@]} -eq 0 ] || configure "$preset" "${options[@]}"
 }
 
 # Configures and builds a preset: nothing is printed when nothing has to be done.

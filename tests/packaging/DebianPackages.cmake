@@ -15,11 +15,30 @@ foreach(name quorvel-wifi-plugin quorvel-wifi-dev quorvel-wifi)
     endif()
 endforeach()
 
-# An empty system that says the C and C++ libraries are there.
+# All libraries that the programs name come with packages.
+list(GET files 2 gateway)
+run(needed dpkg-deb --field ${gateway} Depends)
+set(libraries libc6 libgcc-s1 libstdc++6 libedit2)
+if(EXISTS ${BUILD}/bin/quorvel-wifi-agent)
+    list(APPEND libraries libmosquitto1 libssl3 libuv1 libwebsockets-evlib-uv)
+    if(NOT needed MATCHES "libprotobuf[0-9]+" OR NOT needed MATCHES "libwebsockets[0-9]+")
+        message(FATAL_ERROR "quorvel-wifi does not depend on the agent's libraries: ${needed}")
+    endif()
+endif()
+foreach(library ${libraries})
+    string(FIND ", ${needed}" ", ${library}" at)
+    if(at EQUAL -1)
+        message(FATAL_ERROR "quorvel-wifi does not depend on ${library}: ${needed}")
+    endif()
+endforeach()
+
+# An empty system that says the libraries are there.
 set(root ${WORK}/root)
 file(MAKE_DIRECTORY ${root}/var/lib/dpkg/info ${root}/var/lib/dpkg/updates ${root}/var/lib/dpkg/triggers)
 set(status "")
-foreach(library libc6 libgcc-s1 libstdc++6 libedit2)
+string(REGEX MATCHALL "lib[^ ,|]+" libraries "${needed}")
+list(REMOVE_DUPLICATES libraries)
+foreach(library ${libraries})
     string(APPEND status "Package: ${library}\nStatus: install ok installed\nArchitecture: ${architecture}\n"
         "Maintainer: none\nVersion: 99\nDescription: stands for the system's\n\n")
 endforeach()
@@ -32,7 +51,6 @@ if(NOT user EQUAL 0)
 endif()
 
 # The gateway needs its plug-in.
-list(GET files 2 gateway)
 execute_process(COMMAND ${dpkg} --install ${gateway} RESULT_VARIABLE status OUTPUT_QUIET ERROR_VARIABLE errors)
 if(status EQUAL 0 OR NOT errors MATCHES "quorvel-wifi-plugin")
     message(FATAL_ERROR "quorvel-wifi was installed without its plug-in: ${errors}")
