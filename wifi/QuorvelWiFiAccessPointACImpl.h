@@ -15,7 +15,7 @@ inline constexpr uint32_t kRead = 0;
 inline constexpr uint32_t kWrite = 1;
 
 /// Returns the field that the source column WMM(field) of a row names.
-constexpr uint32_t fieldOf(size_t row) {
+[[nodiscard]] constexpr uint32_t fieldOf(size_t row) {
     return static_cast<uint32_t>(model::kParameters[row].source[sizeof "WMM(" - 1] - '0');
 }
 

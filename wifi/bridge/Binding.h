@@ -24,7 +24,7 @@ struct Binding {
 };
 
 /// Returns the binding of a row of the library's own.
-inline Binding bindingOf(OwnRow own) {
+[[nodiscard]] inline Binding bindingOf(OwnRow own) {
     const OwnMappingRow& row = kOwnMappingRows[own.number];
     const MappingForm& form = kMappingForms[row.form];
     Binding binding{&kVariables[row.variable], "", form.conversion, form.special, form.fieldSize, row.field, 0, 0};
@@ -40,10 +40,10 @@ inline Binding bindingOf(OwnRow own) {
 }
 
 /// Returns the binding of a node of a foreign table, whose texts' fields are as long as a value.
-Binding bindingOf(const MappingRow* rows, uint32_t node);
+[[nodiscard]] Binding bindingOf(const MappingRow* rows, uint32_t node);
 
 /// Whether the manager has a radio and an SSID of these numbers (from 1).
-constexpr bool instancesAreValid(uint32_t radio, uint32_t ssid) {
+[[nodiscard]] constexpr bool instancesAreValid(uint32_t radio, uint32_t ssid) {
     return radio - 1 < kRadios && ssid - 1 < kAccessPoints;
 }
 

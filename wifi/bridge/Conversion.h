@@ -12,7 +12,7 @@
 namespace quorvel {
 
 /// Returns the 32-bit number in a context's field.
-inline uint32_t wordAt(const char* field) {
+[[nodiscard]] inline uint32_t wordAt(const char* field) {
     uint32_t value = 0;
     memcpy(&value, field, sizeof value);
     return value;
@@ -20,11 +20,11 @@ inline uint32_t wordAt(const char* field) {
 
 /// Converts a text into `out`: a byte, a word, or a text cut to `bound` bytes. Returns whether the conversion is known;
 /// `out` is unchanged when it is not.
-bool convertText(model::Conversion conversion, const char* text, void* out, uint32_t bound);
+[[nodiscard]] bool convertText(model::Conversion conversion, const char* text, void* out, uint32_t bound);
 
 /// Converts a field of a context into text, in a cleared buffer of more than `size` bytes and at least 12; a text field
 /// has `size` bytes. Returns whether the conversion is known.
-bool convertField(model::Conversion conversion, const char* field, size_t size, char* text);
+[[nodiscard]] bool convertField(model::Conversion conversion, const char* field, size_t size, char* text);
 
 }  // namespace quorvel
 

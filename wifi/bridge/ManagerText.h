@@ -16,7 +16,7 @@ inline constexpr uint32_t kAccessPointsPerRadio = 8;
 inline constexpr uint32_t kAccessPoints = kRadios * kAccessPointsPerRadio;
 
 /// Returns the position of an SSID or access point (from 1) within its radio: 0 to 7.
-constexpr uint32_t subIndex(uint32_t instance) {
+[[nodiscard]] constexpr uint32_t subIndex(uint32_t instance) {
     return (instance - 1) & (kAccessPointsPerRadio - 1);
 }
 
@@ -45,7 +45,7 @@ struct ManagerText {
 };
 
 /// Reads `variable`, indices from 0. Returns whether the manager succeeded.
-bool readManager(uint32_t radio, uint32_t sub, const char* variable, ManagerText& value);
+[[nodiscard]] bool readManager(uint32_t radio, uint32_t sub, const char* variable, ManagerText& value);
 
 }  // namespace quorvel
 

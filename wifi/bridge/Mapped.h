@@ -12,39 +12,39 @@ namespace quorvel {
 
 /// Reads a row's variable for instance `i` (1 for an object without instances) and converts it. Returns the bridge's
 /// code.
-uint32_t readMapped(OwnRow row, uint32_t i, void* out);
+[[nodiscard]] uint32_t readMapped(OwnRow row, uint32_t i, void* out);
 /// The same of a text, cut to `len` bytes; the buffer has one byte more.
-uint32_t readMapped(OwnRow row, uint32_t i, char* buf, uint32_t len);
+[[nodiscard]] uint32_t readMapped(OwnRow row, uint32_t i, char* buf, uint32_t len);
 
 /// The same for callers that name the node.
 template <ObjectIndex object, uint32_t node>
-uint32_t readNode(uint32_t i, void* out) {
+[[nodiscard]] uint32_t readNode(uint32_t i, void* out) {
     static_assert(model::isMapped(object));
     constexpr OwnRow kRow = ownRow(object, node);
     return readMapped(kRow, i, out);
 }
 template <ObjectIndex object, uint32_t node>
-uint32_t readNode(uint32_t i, char* buf, uint32_t len) {
+[[nodiscard]] uint32_t readNode(uint32_t i, char* buf, uint32_t len) {
     static_assert(model::isMapped(object));
     constexpr OwnRow kRow = ownRow(object, node);
     return readMapped(kRow, i, buf, len);
 }
 
 /// Returns the radio of an instance: the first one, the instance itself, or the one whose slot holds it.
-uint32_t radioOf(model::Scope scope, uint32_t i);
+[[nodiscard]] uint32_t radioOf(model::Scope scope, uint32_t i);
 
 /// Returns the SSID of an instance; 1 where there is none.
-constexpr uint32_t ssidOf(model::Scope scope, uint32_t i) {
+[[nodiscard]] constexpr uint32_t ssidOf(model::Scope scope, uint32_t i) {
     return scope == model::Scope::kAccessPoint ? i : 1;
 }
 
 /// Writes the marked nodes below `count` of a context for a radio and an SSID (from 1), by the table whose header this
 /// is. Returns the bridge's code.
-uint32_t applyOwn(OwnRow header, uint32_t radio, uint32_t ssid, void* ctx, uint32_t count);
+[[nodiscard]] uint32_t applyOwn(OwnRow header, uint32_t radio, uint32_t ssid, void* ctx, uint32_t count);
 
 /// Writes the marked nodes of an object's context for instance `i`. Returns the bridge's code.
 template <ObjectIndex object>
-uint32_t applyMapped(uint32_t i, void* ctx) {
+[[nodiscard]] uint32_t applyMapped(uint32_t i, void* ctx) {
     static_assert(model::isMapped(object));
     constexpr OwnRow kHeader = ownRow(object, 0);
     constexpr auto kRows = static_cast<uint32_t>(mappingRowsOf(object));

@@ -18,7 +18,7 @@ struct Reads;
 template <size_t row>
 struct Reader {
     template <typename... Arguments>
-    static uint32_t readRow(Arguments... arguments) {
+    [[nodiscard]] static uint32_t readRow(Arguments... arguments) {
         constexpr const auto& kRow = model::kParameters[row];
         if constexpr (kRow.read == model::Read::kInert) {
             return kSuccess;  // the caller's output keeps its value

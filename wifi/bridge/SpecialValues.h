@@ -12,10 +12,10 @@ namespace quorvel {
 
 /// Stores the value of a text that the manager has. Returns whether there is one; a node that is special only when its
 /// variable is absent has none.
-bool readSpecial(model::SpecialValue special, const char* text, void* out);
+[[nodiscard]] bool readSpecial(model::SpecialValue special, const char* text, void* out);
 
 /// Stores the value of an absent variable. Returns whether there is one.
-bool readAbsent(model::SpecialValue special, void* out);
+[[nodiscard]] bool readAbsent(model::SpecialValue special, void* out);
 
 enum class Writing : uint8_t {
     kConverted,  ///< the node is no special one
@@ -24,7 +24,7 @@ enum class Writing : uint8_t {
 };
 
 /// Makes the text of a field, in a cleared buffer.
-Writing writeSpecial(model::SpecialValue special, const char* field, char* text);
+[[nodiscard]] Writing writeSpecial(model::SpecialValue special, const char* field, char* text);
 
 }  // namespace quorvel
 

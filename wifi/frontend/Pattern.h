@@ -14,13 +14,13 @@ namespace quorvel {
 
 /// The context functions of an object as the pattern has them.
 struct Pattern {
-    static uint32_t checkNode(void* ctx, uint32_t node, uint32_t limit, const Site& site) {
+    [[nodiscard]] static uint32_t checkNode(void* ctx, uint32_t node, uint32_t limit, const Site& site) {
         return checkContextNodeSet(ctx, node, limit, site);
     }
 
     template <typename... Numbers>
-    static uint32_t applyContext(uint32_t (*impl)(void*, Numbers...), const ContextSite& site, void* ctx,
-                                 Numbers... numbers) {
+    [[nodiscard]] static uint32_t applyContext(uint32_t (*impl)(void*, Numbers...), const ContextSite& site, void* ctx,
+                                               Numbers... numbers) {
         return apply(ctx, numbers..., impl, site);
     }
 
@@ -28,8 +28,8 @@ struct Pattern {
     /// with a sanitizer, comparing a function's address is not a constant.
     static constexpr std::nullptr_t kGetterWithoutEntry = nullptr;
 
-    static uint32_t snapshot(const SnapshotSite& site, TextGetter withoutEntry, void* ctx, uint32_t i = 0,
-                             uint32_t j = 0) {
+    [[nodiscard]] static uint32_t snapshot(const SnapshotSite& site, TextGetter withoutEntry, void* ctx, uint32_t i = 0,
+                                           uint32_t j = 0) {
         return takeSnapshot(ctx, i, j, site, withoutEntry);
     }
 };
@@ -40,7 +40,7 @@ template <ObjectIndex object>
 struct FrontEnds : Pattern {};
 
 /// Counts an object's texts whose setter has the getter's word in the exported table.
-constexpr uint32_t textsWithoutEntry(ObjectIndex object) {
+[[nodiscard]] constexpr uint32_t textsWithoutEntry(ObjectIndex object) {
     if (model::objectOf(object).depth != 2) return 0;
     uint32_t count = 0;
     for (const model::Parameter& parameter : model::parametersOf(object))
@@ -50,14 +50,14 @@ constexpr uint32_t textsWithoutEntry(ObjectIndex object) {
 
 /// Makes the record of an object's apply function.
 template <ObjectIndex object, size_t size>
-constexpr Named<ContextSite, size> contextSiteOf(const char (&name)[size], uint32_t line) {
+[[nodiscard]] constexpr Named<ContextSite, size> contextSiteOf(const char (&name)[size], uint32_t line) {
     constexpr uint16_t kContext = kContextSizes[object];
     return withName(ContextSite{siteAt(object, line), kContext}, name);
 }
 
 /// Makes the record of an object's snapshot function.
 template <ObjectIndex object, size_t size>
-constexpr Named<SnapshotSite, size> snapshotSiteOf(const char (&name)[size], uint32_t line) {
+[[nodiscard]] constexpr Named<SnapshotSite, size> snapshotSiteOf(const char (&name)[size], uint32_t line) {
     constexpr bool kHasNone = std::is_same_v<decltype(FrontEnds<object>::kGetterWithoutEntry), const std::nullptr_t>;
     static_assert(textsWithoutEntry(object) == (kHasNone ? 0 : 1),
                   "name the getter of the text without an entry in FrontEnds");
@@ -77,7 +77,7 @@ class Getter {
   public:
     /// Makes the record of the function called `name`.
     template <size_t size>
-    static constexpr auto siteOf(const char (&name)[size], uint32_t line) {
+    [[nodiscard]] static constexpr auto siteOf(const char (&name)[size], uint32_t line) {
         constexpr uint16_t kMinimum = model::kParameters[row].type.capacity;
         const Site site = siteAt(kObject, line);
         if constexpr (kRead == model::Read::kMapped) {
@@ -92,7 +92,7 @@ class Getter {
 
     /// Serves a call with the instance numbers and the output; `impl` is the row's implementation function.
     template <typename Implementation, typename AnySite, typename... Arguments>
-    static uint32_t get(Implementation impl, const AnySite& site, Arguments... arguments) {
+    [[nodiscard]] static uint32_t get(Implementation impl, const AnySite& site, Arguments... arguments) {
         if constexpr (kRead == model::Read::kMapped) {
             if constexpr (model::objectOf(kObject).depth == 0) {
                 return getMapped(1, arguments..., site);
@@ -110,15 +110,15 @@ class Getter {
 
   private:
     // The output follows the instance numbers.
-    static uint32_t inert(const TextSite& site, char* buf, uint32_t len) {
+    [[nodiscard]] static uint32_t inert(const TextSite& site, char* buf, uint32_t len) {
         return getInert(buf, len, site);
     }
     template <typename Value>
-    static uint32_t inert(const Site& site, Value* out) {
+    [[nodiscard]] static uint32_t inert(const Site& site, Value* out) {
         return getInert(out, site);
     }
     template <typename AnySite, typename... Rest>
-    static uint32_t inert(const AnySite& site, uint32_t, Rest... rest) {
+    [[nodiscard]] static uint32_t inert(const AnySite& site, uint32_t, Rest... rest) {
         return inert(site, rest...);
     }
 };
@@ -138,7 +138,7 @@ class Setter {
   public:
     /// Makes the record of the function called `name`.
     template <size_t size>
-    static constexpr auto siteOf(const char (&name)[size], uint32_t line) {
+    [[nodiscard]] static constexpr auto siteOf(const char (&name)[size], uint32_t line) {
         constexpr Field kField = kFields[row];
         constexpr uint8_t kLow = kAccepted.low;
         constexpr uint8_t kHigh = kAccepted.high;
@@ -156,7 +156,7 @@ class Setter {
 
     /// Serves a call with the instance numbers and the value.
     template <typename AnySite, typename... Arguments>
-    static uint32_t set(const AnySite& site, void* ctx, Arguments... arguments) {
+    [[nodiscard]] static uint32_t set(const AnySite& site, void* ctx, Arguments... arguments) {
         if constexpr (kAccess == model::Access::kAtOnce) {
             return FrontEnds<kObject>::template setAtOnce<row>(site, arguments...);
         } else {
@@ -168,7 +168,7 @@ class Setter {
     // The value follows the instance numbers, which the context makes redundant. The last of them is passed on, so that
     // the arguments of most setters stay in their registers.
     template <typename AnySite, typename Value>
-    static uint32_t stage(const AnySite& site, void* ctx, uint32_t i, Value value) {
+    [[nodiscard]] static uint32_t stage(const AnySite& site, void* ctx, uint32_t i, Value value) {
         const auto word = static_cast<uint32_t>(value);
         if constexpr (kKind == model::Kind::kBoolean) {
             return stageBoolean(ctx, i, word, site);
@@ -179,25 +179,26 @@ class Setter {
         }
     }
     template <typename AnySite, typename Value>
-    static uint32_t stage(const AnySite& site, void* ctx, Value value) {
+    [[nodiscard]] static uint32_t stage(const AnySite& site, void* ctx, Value value) {
         return stage(site, ctx, 0, value);
     }
     template <typename AnySite, typename Value>
-    static uint32_t stage(const AnySite& site, void* ctx, uint32_t, uint32_t j, Value value) {
+    [[nodiscard]] static uint32_t stage(const AnySite& site, void* ctx, uint32_t, uint32_t j, Value value) {
         return stage(site, ctx, j, value);
     }
-    static uint32_t stage(const TextStagingSite& site, void* ctx, const char* src, uint32_t len) {
+    [[nodiscard]] static uint32_t stage(const TextStagingSite& site, void* ctx, const char* src, uint32_t len) {
         return stageText(ctx, src, len, site);
     }
-    static uint32_t stage(const LengthStagingSite& site, void* ctx, const char* src, uint32_t len) {
+    [[nodiscard]] static uint32_t stage(const LengthStagingSite& site, void* ctx, const char* src, uint32_t len) {
         return stageTextOfLength(ctx, src, len, site);
     }
     template <typename AnySite>
-    static uint32_t stage(const AnySite& site, void* ctx, uint32_t, const char* src, uint32_t len) {
+    [[nodiscard]] static uint32_t stage(const AnySite& site, void* ctx, uint32_t, const char* src, uint32_t len) {
         return stage(site, ctx, src, len);
     }
     template <typename AnySite>
-    static uint32_t stage(const AnySite& site, void* ctx, uint32_t, uint32_t, const char* src, uint32_t len) {
+    [[nodiscard]] static uint32_t stage(const AnySite& site, void* ctx, uint32_t, uint32_t, const char* src,
+                                        uint32_t len) {
         return stage(site, ctx, src, len);
     }
 };

@@ -28,7 +28,7 @@ struct Named {
 };
 
 template <typename Record, size_t size>
-constexpr Named<Record, size> withName(Record record, const char (&name)[size]) {
+[[nodiscard]] constexpr Named<Record, size> withName(Record record, const char (&name)[size]) {
     record.nameAt = sizeof(Record);
     Named<Record, size> named{record, {}};
     for (size_t n = 0; n < size; ++n)
@@ -36,13 +36,14 @@ constexpr Named<Record, size> withName(Record record, const char (&name)[size]) 
     return named;
 }
 
-constexpr Site siteAt(ObjectIndex object, uint32_t line) {
+[[nodiscard]] constexpr Site siteAt(ObjectIndex object, uint32_t line) {
     return {static_cast<uint16_t>(line), object};
 }
 
 /// Makes the site of a written-out front end: static constexpr auto site = siteOf(kWiFiObject, __func__);
 template <size_t size>
-constexpr Named<Site, size> siteOf(ObjectIndex object, const char (&name)[size], uint32_t line = __builtin_LINE()) {
+[[nodiscard]] constexpr Named<Site, size> siteOf(ObjectIndex object, const char (&name)[size],
+                                                 uint32_t line = __builtin_LINE()) {
     return withName(siteAt(object, line), name);
 }
 

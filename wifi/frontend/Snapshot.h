@@ -24,10 +24,12 @@ using TextGetter = uint32_t (*)(uint32_t i, uint32_t j, char* buf, uint32_t len)
 /// Initialises the context and reads the object's rows into it, without log lines. `withoutEntry` is the getter of a
 /// text of which the exported table has the setter alone. Returns the code of the first getter that fails, which ends
 /// it.
-uint32_t readInstance(void* ctx, uint32_t i, uint32_t j, const SnapshotSite& site, TextGetter withoutEntry);
+[[nodiscard]] uint32_t readInstance(void* ctx, uint32_t i, uint32_t j, const SnapshotSite& site,
+                                    TextGetter withoutEntry);
 
 /// InstanceGet: readInstance between its log lines.
-uint32_t takeSnapshot(void* ctx, uint32_t i, uint32_t j, const SnapshotSite& site, TextGetter withoutEntry);
+[[nodiscard]] uint32_t takeSnapshot(void* ctx, uint32_t i, uint32_t j, const SnapshotSite& site,
+                                    TextGetter withoutEntry);
 
 /// Copies a text, at most `capacity` bytes and without its terminator, or bytes, to the field at `offset`.
 void storeText(void* ctx, size_t offset, const char* text, size_t capacity);

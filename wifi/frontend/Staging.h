@@ -35,14 +35,14 @@ struct LengthStagingSite : TextStagingSite {
 
 /// Stage a number in a field of one byte, of which 0 and 1 are accepted, or of four. `i` is any instance number: the
 /// context is of one. Return 0, 2, 5 or 8.
-uint32_t stageBoolean(void* ctx, uint32_t i, uint32_t value, const StagingSite& site);
-uint32_t stageWord(void* ctx, uint32_t i, uint32_t value, const StagingSite& site);
-uint32_t stageWordInRange(void* ctx, uint32_t i, uint32_t value, const RangeStagingSite& site);
+[[nodiscard]] uint32_t stageBoolean(void* ctx, uint32_t i, uint32_t value, const StagingSite& site);
+[[nodiscard]] uint32_t stageWord(void* ctx, uint32_t i, uint32_t value, const StagingSite& site);
+[[nodiscard]] uint32_t stageWordInRange(void* ctx, uint32_t i, uint32_t value, const RangeStagingSite& site);
 
 /// Stage a text of at most `len` bytes. The rest of the field is cleared; a text that fills the field has
 /// no terminator. Return 0, 2, 5, 6 or 8.
-uint32_t stageText(void* ctx, const char* src, uint32_t len, const TextStagingSite& site);
-uint32_t stageTextOfLength(void* ctx, const char* src, uint32_t len, const LengthStagingSite& site);
+[[nodiscard]] uint32_t stageText(void* ctx, const char* src, uint32_t len, const TextStagingSite& site);
+[[nodiscard]] uint32_t stageTextOfLength(void* ctx, const char* src, uint32_t len, const LengthStagingSite& site);
 
 /// Copies a text of at most `len` bytes to the start of a field and clears the rest of it.
 void fillField(char* field, size_t capacity, const char* src, size_t len);

@@ -80,35 +80,35 @@ inline constexpr Read STATION_NUMBER = Read::kStationNumber;
 inline constexpr Type boolean{Kind::kBoolean, 0, false};
 inline constexpr Type unsignedInt{Kind::kUnsignedInt, 0, false};
 inline constexpr Type stationInt{Kind::kInt, 0, true};
-constexpr Type string(uint32_t capacity) {
+[[nodiscard]] constexpr Type string(uint32_t capacity) {
     return {Kind::kString, capacity, false};
 }
 
 inline constexpr Accepted none{Accepted::Rule::kNone, 0, 0};
 inline constexpr Accepted any{Accepted::Rule::kAny, 0, 0};
-constexpr Accepted range(uint32_t low, uint32_t high) {
+[[nodiscard]] constexpr Accepted range(uint32_t low, uint32_t high) {
     return {Accepted::Rule::kRange, low, high};
 }
-constexpr Accepted lengths(uint32_t one, uint32_t other) {
+[[nodiscard]] constexpr Accepted lengths(uint32_t one, uint32_t other) {
     return {Accepted::Rule::kLengths, one, other};
 }
 // NOLINTEND(readability-identifier-naming)
 
 /// The type column, of which `int` is a type to C++ and the other words are values.
 template <typename Int>
-consteval Type typeOf() {
+[[nodiscard]] consteval Type typeOf() {
     static_assert(sizeof(Int) == sizeof(int32_t));
     return {Kind::kInt, 0, false};
 }
 template <Type type>
-consteval Type typeOf() {
+[[nodiscard]] consteval Type typeOf() {
     return type;
 }
 
 }  // namespace words
 
 /// The conversion that a source column names.
-constexpr Conversion conversionNamed(std::string_view source) {
+[[nodiscard]] constexpr Conversion conversionNamed(std::string_view source) {
     if (source == "UINT32") return Conversion::kUint32;
     if (source == "INT32") return Conversion::kInt32;
     if (source == "BOOLEAN") return Conversion::kBoolean;

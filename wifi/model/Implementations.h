@@ -16,16 +16,18 @@ extern "C" {
 #include "wifi/model/DataModel.def"
 
 // Behind the reads without a row.
-uint32_t WiFiRadioChannelStatsGet2Impl(uint32_t radio, void* record, uint32_t length);
-uint32_t WiFiAccessPointRxStatsResultGetImpl(uint32_t ap, const char* mac, uint32_t w1, uint32_t w2, uint64_t* out);
-uint32_t WiFiAccessPointTxStatsResultGetImpl(uint32_t ap, const char* mac, uint32_t w1, uint32_t w2, uint64_t* out);
-uint32_t WiFiAccessPointStatsGetImpl(uint32_t ap, const char* mac, void* record, uint64_t* out);
-uint32_t WiFiAccessPointSsidNameStatusGetImpl(uint32_t ap, void* buffer);
-uint32_t WiFiAccessPointMacModeGetImpl(uint32_t ap, uint32_t* out);
-uint32_t WiFiAccessPointAssociatedDeviceInstanceGetImpl(uint32_t ap, uint32_t dev, void* record);
-uint32_t WiFiNewAPAssociatedDeviceCallbackRegisterImpl(uint32_t (*callback)(uint32_t ap, uint32_t event,
-                                                                            void* station));
-uint32_t WiFiNewAPAssociatedDeviceCallbackDeRegisterImpl(void);
+[[nodiscard]] uint32_t WiFiRadioChannelStatsGet2Impl(uint32_t radio, void* record, uint32_t length);
+[[nodiscard]] uint32_t WiFiAccessPointRxStatsResultGetImpl(uint32_t ap, const char* mac, uint32_t w1, uint32_t w2,
+                                                           uint64_t* out);
+[[nodiscard]] uint32_t WiFiAccessPointTxStatsResultGetImpl(uint32_t ap, const char* mac, uint32_t w1, uint32_t w2,
+                                                           uint64_t* out);
+[[nodiscard]] uint32_t WiFiAccessPointStatsGetImpl(uint32_t ap, const char* mac, void* record, uint64_t* out);
+[[nodiscard]] uint32_t WiFiAccessPointSsidNameStatusGetImpl(uint32_t ap, void* buffer);
+[[nodiscard]] uint32_t WiFiAccessPointMacModeGetImpl(uint32_t ap, uint32_t* out);
+[[nodiscard]] uint32_t WiFiAccessPointAssociatedDeviceInstanceGetImpl(uint32_t ap, uint32_t dev, void* record);
+[[nodiscard]] uint32_t WiFiNewAPAssociatedDeviceCallbackRegisterImpl(uint32_t (*callback)(uint32_t ap, uint32_t event,
+                                                                                          void* station));
+[[nodiscard]] uint32_t WiFiNewAPAssociatedDeviceCallbackDeRegisterImpl(void);
 }
 
 #pragma GCC visibility pop

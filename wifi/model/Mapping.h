@@ -28,13 +28,13 @@ struct MappingRow {
 static_assert(sizeof(MappingRow) == 4 * sizeof(Word));
 
 /// Returns how many rows an object's table has, the header included; 0 for an object without one.
-constexpr size_t mappingRowsOf(ObjectIndex object) {
+[[nodiscard]] constexpr size_t mappingRowsOf(ObjectIndex object) {
     return model::isMapped(object) ? model::parametersOf(object).size() + 1 : 0;
 }
 
 /// Returns where the object's table begins among the library's own. They stand one after the other in the order of the
 /// objects.
-constexpr size_t mappingBeginOf(ObjectIndex object) {
+[[nodiscard]] constexpr size_t mappingBeginOf(ObjectIndex object) {
     size_t begin = 0;
     for (const model::Object& before : model::kObjects) {
         if (before.index < object) begin += mappingRowsOf(before.index);
@@ -66,7 +66,7 @@ struct Mapping {
 };
 
 template <ObjectIndex object>
-constexpr Mapping mappingOf() {
+[[nodiscard]] constexpr Mapping mappingOf() {
     static_assert(model::isMapped(object));
     constexpr size_t kBegin = mappingBeginOf(object);
     constexpr size_t kRows = mappingRowsOf(object);
@@ -137,7 +137,7 @@ struct OwnRow {
 };
 static_assert(kMappingRowCount <= 256, "OwnRow::number needs a wider type");
 
-constexpr OwnRow ownRow(ObjectIndex object, uint32_t node) {
+[[nodiscard]] constexpr OwnRow ownRow(ObjectIndex object, uint32_t node) {
     return {static_cast<uint8_t>(mappingBeginOf(object) + node), model::scopeOf(model::objectOf(object))};
 }
 

@@ -14,7 +14,7 @@ using Texts = std::array<std::string_view, count>;
 
 /// Returns which text is the first one that equals text `n`: itself when there is none before it.
 template <size_t count>
-constexpr size_t firstLike(const Texts<count>& texts, size_t n) {
+[[nodiscard]] constexpr size_t firstLike(const Texts<count>& texts, size_t n) {
     size_t first = 0;
     while (texts[first] != texts[n])
         ++first;
@@ -23,7 +23,7 @@ constexpr size_t firstLike(const Texts<count>& texts, size_t n) {
 
 /// Returns the bytes of the texts, each once and terminated.
 template <size_t count>
-constexpr size_t packedSize(const Texts<count>& texts) {
+[[nodiscard]] constexpr size_t packedSize(const Texts<count>& texts) {
     size_t size = 0;
     for (size_t n = 0; n < count; ++n)
         size += firstLike(texts, n) == n ? texts[n].size() + 1 : 0;

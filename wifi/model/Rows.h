@@ -134,12 +134,12 @@ inline constexpr Special kSpecials[] = {
 #include "wifi/model/DataModel.def"
 };
 
-constexpr const Object& objectOf(ObjectIndex index) {
+[[nodiscard]] constexpr const Object& objectOf(ObjectIndex index) {
     return kObjects[index - 1];
 }
 
 /// Returns where the object's first row is in kParameters.
-constexpr size_t firstRowOf(ObjectIndex object) {
+[[nodiscard]] constexpr size_t firstRowOf(ObjectIndex object) {
     size_t row = 0;
     while (row < std::size(kParameters) && kParameters[row].object != object)
         ++row;
@@ -147,7 +147,7 @@ constexpr size_t firstRowOf(ObjectIndex object) {
 }
 
 /// Returns an object's rows, by node.
-constexpr std::span<const Parameter> parametersOf(ObjectIndex object) {
+[[nodiscard]] constexpr std::span<const Parameter> parametersOf(ObjectIndex object) {
     const size_t first = firstRowOf(object);
     size_t end = first;
     while (end < std::size(kParameters) && kParameters[end].object == object)
@@ -156,12 +156,12 @@ constexpr std::span<const Parameter> parametersOf(ObjectIndex object) {
 }
 
 /// Returns where the row of a node is in kParameters.
-constexpr size_t rowOf(ObjectIndex object, uint32_t node) {
+[[nodiscard]] constexpr size_t rowOf(ObjectIndex object, uint32_t node) {
     return firstRowOf(object) + node - 1;
 }
 
 /// Returns the highest node that an object's contexts have.
-constexpr uint32_t nodeLimitOf(ObjectIndex object) {
+[[nodiscard]] constexpr uint32_t nodeLimitOf(ObjectIndex object) {
     uint32_t limit = static_cast<uint32_t>(parametersOf(object).size());
     for (const ExtraNode& extra : kExtraNodes) {
         if (extra.object == object && extra.node > limit) limit = extra.node;
@@ -170,31 +170,31 @@ constexpr uint32_t nodeLimitOf(ObjectIndex object) {
 }
 
 /// Returns the instance numbers that a path has.
-constexpr uint32_t instancesIn(std::string_view path) {
+[[nodiscard]] constexpr uint32_t instancesIn(std::string_view path) {
     uint32_t count = 0;
     for (const char each : path)
         count += each == '{' ? 1 : 0;
     return count;
 }
 
-constexpr Scope scopeOf(const Object& object) {
+[[nodiscard]] constexpr Scope scopeOf(const Object& object) {
     if (object.depth == 0) return Scope::kBoard;
     return object.path.starts_with("WiFi.Radio.") ? Scope::kRadio : Scope::kAccessPoint;
 }
 
-constexpr bool readable(const Parameter& parameter) {
+[[nodiscard]] constexpr bool readable(const Parameter& parameter) {
     return parameter.access != Access::kStagedOnly;
 }
 
-constexpr bool writable(const Parameter& parameter) {
+[[nodiscard]] constexpr bool writable(const Parameter& parameter) {
     return parameter.access != Access::kReadOnly;
 }
 
-constexpr Conversion conversionOf(const Parameter& parameter) {
+[[nodiscard]] constexpr Conversion conversionOf(const Parameter& parameter) {
     return conversionNamed(parameter.source);
 }
 
-constexpr SpecialValue specialOf(uint32_t object, uint32_t node) {
+[[nodiscard]] constexpr SpecialValue specialOf(uint32_t object, uint32_t node) {
     for (const Special& special : kSpecials) {
         if (special.object == object && special.node == node) return special.value;
     }
@@ -202,7 +202,7 @@ constexpr SpecialValue specialOf(uint32_t object, uint32_t node) {
 }
 
 /// Whether an object's parameters are variables of the manager: it then has a mapping table.
-constexpr bool isMapped(ObjectIndex object) {
+[[nodiscard]] constexpr bool isMapped(ObjectIndex object) {
     for (const Parameter& parameter : parametersOf(object)) {
         if (conversionOf(parameter) != Conversion::kNone) return true;
     }
@@ -215,7 +215,7 @@ struct Move {
     size_t before;
 };
 
-constexpr Move moveOf(const Precedence& precedence) {
+[[nodiscard]] constexpr Move moveOf(const Precedence& precedence) {
     Move move{};
     for (size_t row = 0; row < std::size(kParameters); ++row) {
         if (kParameters[row].object != precedence.object) continue;
@@ -233,7 +233,7 @@ inline constexpr auto kMoves = [] {
 }();
 
 /// Returns the row at a place in the exported table: rows are in their order but for the precedences.
-constexpr size_t rowOfEntry(size_t entry) {
+[[nodiscard]] constexpr size_t rowOfEntry(size_t entry) {
     for (const Move& move : kMoves) {
         if (entry == move.before) return move.row;
         if (entry > move.before && entry <= move.row) return entry - 1;
@@ -242,7 +242,7 @@ constexpr size_t rowOfEntry(size_t entry) {
 }
 
 /// Returns the place of a row in the exported table.
-constexpr size_t entryOfRow(size_t row) {
+[[nodiscard]] constexpr size_t entryOfRow(size_t row) {
     for (const Move& move : kMoves) {
         if (row == move.row) return move.before;
         if (row >= move.before && row < move.row) return row + 1;
@@ -250,7 +250,7 @@ constexpr size_t entryOfRow(size_t row) {
     return row;
 }
 
-constexpr bool definitionsAreSound() {
+[[nodiscard]] constexpr bool definitionsAreSound() {
     for (const Object& object : kObjects) {
         if (instancesIn(object.path) != object.depth) return false;
         uint32_t node = 0;

@@ -6,7 +6,7 @@
 
 namespace quorvel {
 
-constexpr TypeCode typeCodeOf(model::Kind kind) {
+[[nodiscard]] constexpr TypeCode typeCodeOf(model::Kind kind) {
     switch (kind) {
         case model::Kind::kBoolean:
             return kTypeBoolean;

@@ -9,7 +9,7 @@
 namespace quorvel {
 
 /// Tells whether the C library takes the character for a blank.
-constexpr bool isBlank(char c) {
+[[nodiscard]] constexpr bool isBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 

@@ -9,7 +9,7 @@
 namespace quorvel {
 
 /// Counts the entries of a results file: its lines that begin with "SSID: ".
-uint32_t countNeighbours(FILE* file);
+[[nodiscard]] uint32_t countNeighbours(FILE* file);
 
 /// Parses at most `count` entries into `results`, which are cleared. `radio` (from 1) is the one that scanned. An entry
 /// ends at an empty line; one that the file's end cuts off keeps what was read, without the decisions on security and

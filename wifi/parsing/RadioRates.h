@@ -5,9 +5,9 @@
 namespace quorvel {
 
 /// Returns the rate list of a keyword, or null for an unknown one. `ofdm` is false for a radio with 802.11b rates only.
-const char* basicRatesToRead(bool ofdm, const char* keyword);
+[[nodiscard]] const char* basicRatesToRead(bool ofdm, const char* keyword);
 
 /// Returns the keyword of a rate list, or null when the list is none of the radio's.
-const char* basicRatesKeyword(bool ofdm, const char* rates);
+[[nodiscard]] const char* basicRatesKeyword(bool ofdm, const char* rates);
 
 }  // namespace quorvel

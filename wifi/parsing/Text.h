@@ -10,7 +10,7 @@
 namespace quorvel {
 
 /// Tells whether a text begins with another.
-inline bool startsWith(const char* text, const char* prefix) {
+[[nodiscard]] inline bool startsWith(const char* text, const char* prefix) {
     return strncmp(text, prefix, strlen(prefix)) == 0;
 }
 
