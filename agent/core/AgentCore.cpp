@@ -11,7 +11,9 @@
 namespace quorvel::agent {
 namespace {
 
-constexpr std::chrono::seconds kCompareStations{5};
+// How often to look for what no event has said. Where no subscription waits for it, the board may sleep longer.
+constexpr std::chrono::seconds kCompareOften{5};
+constexpr std::chrono::seconds kCompareSeldom{600};
 
 std::function<double()> ownRandom() {
     return [engine = std::mt19937(std::random_device{}())]() mutable {
@@ -112,7 +114,7 @@ void AgentCore::begin(const BootCause& cause) {
         schedulePeriodic(row);
     tasks_.run(announceBoot(cause));
     configureTransports();
-    compareLater();
+    compareLater(true);
     updateWatches();
     settle();
 }
@@ -176,6 +178,7 @@ void AgentCore::updateWatches() {
         context_.gateway.watch(std::move(paths));
     }
     watchStationsLater();
+    if (comparesOften_ != notifier_->followsRows()) compareLater(true);
 }
 
 void AgentCore::onStatus(const std::string& object, const std::string& parameter, const std::string& value) {
@@ -274,14 +277,19 @@ void AgentCore::onRestored() {
     }
     watched_.clear();
     updateWatches();
-    compareLater();
+    compareLater(true);
 }
 
-void AgentCore::onStationEvent(const StationEvent& /*event*/) {
+void AgentCore::onStationEvent(const StationEvent& event) {
+    changedAccessPoints_.insert(event.interface);
+    context_.now = std::max(context_.now, context_.gateway.boardTime());
+    if (!comparing_) {
+        comparing_ = true;
+        tasks_.run(pollStations(false));
+    }
     // Only a hint: it may be one of several, and some get lost.
-    if (comparing_) return;
-    comparing_ = true;
-    tasks_.run(pollStations());
+    if (!comparesOften_) compareLater(true);
+    settle();
 }
 
 void AgentCore::onChanges(const std::vector<GatewayValue>& changes) {
@@ -294,16 +302,18 @@ void AgentCore::onChanges(const std::vector<GatewayValue>& changes) {
     settle();
 }
 
-void AgentCore::compareLater() {
+// Soon: once, whether a subscription waits for it or not.
+void AgentCore::compareLater(bool soon) {
     timers_.cancel(compare_);
-    compare_ = timers_.at(context_.now + kCompareStations, [this] {
+    comparesOften_ = notifier_->followsRows();
+    compare_ = timers_.at(context_.now + (soon || comparesOften_ ? kCompareOften : kCompareSeldom), [this] {
         if (!comparing_) {
             comparing_ = true;
-            tasks_.run(pollStations());
+            tasks_.run(pollStations(true));
         }
         notifier_->resolveAgain();
         updateWatches();
-        compareLater();
+        compareLater(false);
     });
 }
 

@@ -105,9 +105,9 @@ class AgentCore final : public GatewayListener {
     void configureTransports();
     void updateWatches();
     void schedulePeriodic(const std::string& row);
-    void compareLater();
+    void compareLater(bool soon);
     void watchStationsLater();
-    Task<void> pollStations();
+    Task<void> pollStations(bool whole);
     Task<void> announceBoot(BootCause cause);
     void powerCycle(bool factory, const BootCause& cause);
     void onBoard(const std::string& controller);
@@ -138,6 +138,8 @@ class AgentCore final : public GatewayListener {
     std::vector<std::string> watched_;
     Counters counters_;
     bool comparing_ = false;
+    bool comparesOften_ = false;
+    std::set<std::string> changedAccessPoints_;  ///< that an event has named since the last look
     bool pollingStations_ = false;
     bool powerCycling_ = false;
     std::optional<BoardInstant> wakeAt_;

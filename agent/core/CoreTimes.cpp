@@ -1,6 +1,7 @@
 // Work that is due at a time: retries, Periodic!, on-boarding, stations, Boot!.
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "agent/core/AgentCore.h"
 #include "agent/message/Get.h"
@@ -109,20 +110,27 @@ void AgentCore::watchStationsLater() {
         pollingStations_ = false;
         if (!comparing_) {
             comparing_ = true;
-            tasks_.run(pollStations());
+            tasks_.run(pollStations(true));
         }
         watchStationsLater();
     });
 }
 
-// Reads the lists of stations; the read notices who has come and gone. The values tell what has changed.
-Task<void> AgentCore::pollStations() {
+// Reads the lists of stations, all or those that events have named; the read notices who has come and gone. The values
+// tell what has changed.
+Task<void> AgentCore::pollStations(bool whole) {
     if (!notifier_->watchesStations()) {
         stationValues_.clear();
-        co_await context_.wifi.compareStations();
+        while (whole || !changedAccessPoints_.empty()) {
+            std::set<std::string> named;
+            named.swap(changedAccessPoints_);
+            if (std::exchange(whole, false)) named.clear();
+            co_await context_.wifi.compareStations(std::move(named));
+        }
         comparing_ = false;
         co_return;
     }
+    changedAccessPoints_.clear();
     const std::vector<Reading> readings = co_await context_.wifi.readStations();
     std::map<std::string, std::string> values;
     for (const Reading& reading : readings) {

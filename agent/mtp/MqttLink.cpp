@@ -14,8 +14,10 @@ namespace quorvel::agent {
 namespace {
 
 constexpr std::size_t kMostUnsentBytes = 16U << 20U;
-constexpr std::chrono::seconds kKeepAliveStep(1);
-constexpr int kFirstRefusal = 0x80;  // reason codes from here on are failures
+// Looking so often in a keep-alive time keeps well within the half more that a broker grants.
+constexpr std::uint32_t kKeepAliveSteps = 4;
+constexpr std::uint32_t kLongestStep = 60;  // seconds
+constexpr int kFirstRefusal = 0x80;         // reason codes from here on are failures
 
 }  // namespace
 
@@ -32,6 +34,11 @@ struct MqttLink::Callbacks {
             const char* text = link.version5_ ? mosquitto_reason_string(code) : mosquitto_connack_string(code);
             link.refusal_ = std::string("the broker refused the connection: ") + text;
             return;
+        }
+        std::uint16_t imposed = 0;
+        if (mosquitto_property_read_int16(properties, MQTT_PROP_SERVER_KEEP_ALIVE, &imposed, false) != nullptr) {
+            link.keepAlive_ = imposed;
+            link.scheduleKeepAlive();
         }
         link.accept(
             {textProperty(properties, MQTT_PROP_RESPONSE_INFORMATION), userProperties(properties, "subscribe-topic")},
@@ -142,6 +149,7 @@ void MqttLink::finishAttempt() {
     Callbacks::set(client_.get(), *this);
     descriptor_ = mosquitto_socket(client_.get());
     wantsWrite_ = false;
+    keepAlive_ = order_.settings.keepAlive;
     loop_.watch(descriptor_, POLLIN, [this](short events) { serve(events); });
     scheduleKeepAlive();
     afterCalls();
@@ -156,7 +164,8 @@ void MqttLink::serve(short events) {
 
 void MqttLink::scheduleKeepAlive() {
     loop_.cancel(timer_);
-    timer_ = loop_.after(kKeepAliveStep, [this] {
+    const std::uint32_t step = keepAlive_ == 0 ? kLongestStep : keepAlive_ / kKeepAliveSteps;
+    timer_ = loop_.after(std::chrono::seconds(std::clamp(step, 1U, kLongestStep)), [this] {
         (void)mosquitto_loop_misc(client_.get());  // afterCalls() sees a lost socket
         scheduleKeepAlive();
         afterCalls();

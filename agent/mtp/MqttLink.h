@@ -114,6 +114,7 @@ class MqttLink {
     MqttClient client_;
     int descriptor_ = -1;
     bool wantsWrite_ = false;
+    std::uint32_t keepAlive_ = 0;  ///< seconds, as agreed with the broker; 0: none
     bool ready_ = false;
     MqttState state_ = MqttState::kDisabled;
     std::string assignedId_;  // by the broker, not reported yet

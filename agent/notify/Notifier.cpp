@@ -236,6 +236,17 @@ std::vector<std::string> Notifier::watched() const {
     return paths;
 }
 
+bool Notifier::followsRows() const {
+    return std::any_of(subscriptions_.begin(), subscriptions_.end(), [](const auto& each) {
+        const Subscription& subscription = each.second;
+        if (!subscription.enabled) return false;
+        const bool ofRows = subscription.type == Type::kObjectCreation || subscription.type == Type::kObjectDeletion;
+        return std::any_of(subscription.references.begin(), subscription.references.end(), [&](const auto& reference) {
+            return reference.dynamic || (ofRows && concernsWifi(reference.path));
+        });
+    });
+}
+
 bool Notifier::watchesStations() const {
     return std::any_of(subscriptions_.begin(), subscriptions_.end(), [](const auto& each) {
         const Subscription& subscription = each.second;

@@ -53,6 +53,9 @@ class Notifier {
 
     /// Returns the paths of the library that ValueChange subscriptions concern, stations left out.
     [[nodiscard]] std::vector<std::string> watched() const;
+    /// Returns whether a subscription concerns what may come and go unheard: the library's rows, and what a search
+    /// finds.
+    [[nodiscard]] bool followsRows() const;
     /// Returns whether a ValueChange subscription concerns stations.
     [[nodiscard]] bool watchesStations() const;
     [[nodiscard]] const std::map<std::string, Subscription, PathLess>& subscriptions() const {

@@ -11,6 +11,7 @@ namespace quorvel::agent {
 namespace {
 
 constexpr std::chrono::milliseconds kStatusInterval(1000);
+constexpr std::chrono::milliseconds kSleep(60000);
 // A controller that is started next should find its agent listening, but a broker may be away for long.
 constexpr std::chrono::seconds kFirstConnection(2);
 constexpr std::chrono::milliseconds kLook(50);
@@ -65,9 +66,12 @@ void Runner::stop() {
 }
 
 std::string Runner::run() {
+    bool served = true;
     while (!stopped_) {
-        (void)loop_.once(kStatusInterval);
-        lookAfterwards();
+        // The status changes with what is served; without anything to do the agent sleeps.
+        const auto untilStatus = std::chrono::ceil<std::chrono::milliseconds>(nextStatus_ - EventLoop::Clock::now());
+        served = loop_.once(served ? std::max(untilStatus, std::chrono::milliseconds(0)) : kSleep) || served;
+        if (served && lookAfterwards()) served = false;
     }
     if (ended_.empty()) ended_ = "the agent was ended";
     agent_.stop(ended_);
@@ -75,11 +79,13 @@ std::string Runner::run() {
     return ended_;
 }
 
-void Runner::lookAfterwards() {
+// Returns whether it was time for it.
+bool Runner::lookAfterwards() {
     const auto now = EventLoop::Clock::now();
-    if (now < nextStatus_) return;
+    if (now < nextStatus_) return false;
     nextStatus_ = now + kStatusInterval;
     reportStatus();
+    return true;
 }
 
 void Runner::reportStatus() {

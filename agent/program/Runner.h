@@ -32,7 +32,7 @@ class Runner {
     }
 
   private:
-    void lookAfterwards();
+    [[nodiscard]] bool lookAfterwards();
     void reportStatus();
 
     EventLoop loop_;

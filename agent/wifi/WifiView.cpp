@@ -192,8 +192,16 @@ Task<Readings> WifiView::readLists(unsigned levels) {
     co_return co_await read(std::move(tables), levels);
 }
 
-Task<void> WifiView::compareStations() {
-    (void)co_await readLists(1);  // the read notices what has changed
+Task<void> WifiView::compareStations(std::set<std::string> accessPoints) {
+    // The read notices what has changed.
+    if (accessPoints.empty()) {
+        (void)co_await readLists(1);
+        co_return;
+    }
+    std::vector<std::string> tables;
+    for (const std::string& number : accessPoints)
+        tables.push_back(std::string(kAccessPoints) + number + ".AssociatedDevice.");
+    (void)co_await read(std::move(tables), 1);
 }
 
 Task<std::vector<Reading>> WifiView::readStations() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,8 +49,8 @@ class WifiView {
     };
     Task<Rows> rows(std::string table);
 
-    /// Compares the lists of stations of all access points.
-    Task<void> compareStations();
+    /// Compares the lists of stations of some access points, by their numbers; none are named: of all.
+    Task<void> compareStations(std::set<std::string> accessPoints);
 
     /// Reads the stations of all access points with everything below them.
     Task<std::vector<Reading>> readStations();

@@ -104,6 +104,40 @@ TEST_F(StationNumbers, AreNotifiedWithinFiveSecondsWithoutAnEvent) {
     EXPECT_EQ(notifies().size(), 1U);
 }
 
+TEST_F(StationNumbers, AreReadSeldomWhileNobodyWaits) {
+    pass(5s);
+    gateway.calls.clear();
+    pass(9min);
+    EXPECT_EQ(gateway.count("get"), 0U);
+    pass(1min);
+    EXPECT_EQ(gateway.count("get"), 1U);
+    subscribe("in", "ObjectCreation", kTable);
+    gateway.calls.clear();
+    pass(20s);
+    EXPECT_EQ(gateway.count("get"), 4U);
+}
+
+TEST_F(StationNumbers, OfThoseWhoWereThereBeforeASubscriptionAreNotNotified) {
+    gateway.stations(1, {"AA:1"});
+    pass(5s);
+    subscribe("in", "ObjectCreation", kTable);
+    pass(10s);
+    EXPECT_TRUE(notifies().empty());
+}
+
+TEST_F(StationNumbers, AreNotifiedAtOnceOfAllWhoComeWhileAListIsRead) {
+    subscribe("in", "ObjectCreation", "Device.WiFi.AccessPoint.*.AssociatedDevice.");
+    (void)notifies();
+    gateway.holding = true;
+    gateway.stations(1, {"AA:1"});
+    gateway.listener->onStationEvent({true, "AA:1", "1"});
+    gateway.stations(2, {"BB:1"});
+    gateway.listener->onStationEvent({true, "BB:1", "2"});
+    gateway.holding = false;
+    gateway.release();
+    EXPECT_EQ(notifies().size(), 2U);
+}
+
 TEST_F(StationNumbers, AreKeptByChangesOfTheirValues) {
     gateway.stations(1, {"AA:1", "AA:2"});
     (void)rows();
