@@ -134,7 +134,9 @@ int pthread_create(pthread_t* thread, const pthread_attr_t* /*attributes*/, void
 }
 
 int pthread_cancel(pthread_t /*thread*/) {
-    return resultOf(Answer("pthread_cancel", {}), ESRCH);
+    const int code = resultOf(Answer("pthread_cancel", {}), ESRCH);
+    player->cancelThread();
+    return code;
 }
 
 int sched_setscheduler(pid_t process, int policy, const sched_param* parameters) {

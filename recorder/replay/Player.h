@@ -37,22 +37,28 @@ class Player {
     const Record* answer(RecordKind kind, const std::string& function, std::vector<Value> values);
     /// Starts the library's next recorded thread.
     void startThread(void* (*start)(void*), void* argument);
+    /// Takes note that the library cancels the thread that it started last.
+    void cancelThread();
 
   private:
     struct Listener {
         Stream stream;
         bool running = false;
+        bool waiting = false;  // in a call of the platform that is not answered yet
         bool parked = false;
+        bool cancelled = false;
     };
 
     void playCall(const Call& call, uint64_t number, PlayResult& result);
     void letListenersReach(uint64_t position);
     [[noreturn]] void park(Listener& listener);
+    static void forgiveClosedSocket(const Listener& listener, const std::string& function, std::vector<Value>& values);
 
     const Recording& recording_;
     CallTree tree_;
     std::vector<std::unique_ptr<Listener>> listeners_;
     size_t nextListener_ = 0;
+    Listener* newest_ = nullptr;  // of the listeners that were started
     std::mutex mutex_;
     std::condition_variable moved_;
     uint64_t reached_ = 0;  // listeners may do what the recording has before this position

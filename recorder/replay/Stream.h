@@ -28,6 +28,10 @@ class Stream {
     [[nodiscard]] uint64_t nextPosition() const {
         return next_ < events_.size() ? events_[next_]->position : UINT64_MAX;
     }
+    /// Returns the next event, or null.
+    [[nodiscard]] const Record* next() const {
+        return next_ < events_.size() ? events_[next_] : nullptr;
+    }
     [[nodiscard]] bool isDone() const {
         return next_ >= events_.size();
     }

@@ -48,8 +48,10 @@ void Secrets::replaceTyped(RecordKind kind, const char* function, Values& values
         case RecordKind::kCall:
         case RecordKind::kReturn:
             return replaceCall(function, values);
-        case RecordKind::kPlatform:
         case RecordKind::kLog:
+            replaceLoggedSsid(values);
+            return replaceVariable(values);
+        case RecordKind::kPlatform:
         case RecordKind::kCallback:
             replaceVariable(values);
             return replaceManagerRecord(function, values);
@@ -93,6 +95,16 @@ void Secrets::replaceVariable(Values& values) {
         const SecretClass secret = classOfVariable({name.bytes, name.size});
         if (secret != SecretClass::kNone && values.list[i + 1].type != ValueType::kName)
             replaceRuns(values.list[i + 1], secret);
+    }
+}
+
+// The line about a network that a scan found: with the beginning of its name, which may be too short to be known again.
+void Secrets::replaceLoggedSsid(Values& values) {
+    constexpr std::string_view kFound = "_SSID[%d] found: %s";
+    for (uint32_t i = 0; i + 1 < values.count; ++i) {
+        const Value& format = values.list[i];
+        if (format.type != ValueType::kName || !std::string_view(format.bytes, format.size).ends_with(kFound)) continue;
+        if (values.list[i + 1].type == ValueType::kText) replaceRuns(values.list[i + 1], SecretClass::kSsid);
     }
 }
 

@@ -77,6 +77,7 @@ class Secrets {
     [[nodiscard]] static bool isContextHeader(const Value& value);
     void replaceCall(const char* function, Values& values);
     void replaceVariable(Values& values);
+    void replaceLoggedSsid(Values& values);
     void replaceManagerRecord(const char* function, Values& values);
     void replaceEvents(Value& value);
     void replaceBinaryMac(char* bytes);

@@ -18,12 +18,12 @@ using recorder::ValueRole;
 class RecordedSecrets : public testing::Test {
   protected:
     // Returns the record's bytes after its secrets were replaced.
-    std::string replaced(const RecordBuilder& builder, const char* function) {
+    std::string replaced(const RecordBuilder& builder, const char* function, const char* named = "wlWpaPsk") {
         const std::string record = builder.str();
         std::vector<uint64_t> aligned((record.size() + 7) / 8);
         std::memcpy(aligned.data(), record.data(), record.size());
         secrets_.replaceIn(reinterpret_cast<RecordHead*>(aligned.data()), function,
-                           [](uint32_t) { return "wlWpaPsk"; });
+                           [named](uint32_t) { return named; });
         return {reinterpret_cast<const char*>(aligned.data()), record.size()};
     }
     static bool has(const std::string& bytes, const std::string& text) {
@@ -94,6 +94,18 @@ TEST_F(RecordedSecrets, IncludeNetworksInScans) {
     EXPECT_FALSE(has(bytes, "Harbour"));
     EXPECT_TRUE(has(bytes, "SSID: \""));
     EXPECT_TRUE(has(bytes, "\"\n"));
+}
+
+TEST_F(RecordedSecrets, IncludeShortBeginningsOfNetworksInLogLines) {
+    const char* const format = "WIFINEIGHBORINGDIAGNOSTICSRESULT_SSID[%d] found: %s";
+    const auto scan = RecordBuilder(RecordKind::kPlatform).text("SSID: \"Harb 12\"\n", ValueRole::kResult);
+    const std::string disguised = replaced(scan, "fgets");
+    const auto line = RecordBuilder(RecordKind::kLog).name(1).number(0).text("Harb");
+    const std::string bytes = replaced(line, "Quorvel_LogPrint", format);
+    EXPECT_FALSE(has(bytes, "Harb"));
+    EXPECT_TRUE(has(bytes, disguised.substr(disguised.find('"') + 1, 4)));
+    const auto other = RecordBuilder(RecordKind::kLog).name(1).number(0).text("Harb");
+    EXPECT_TRUE(has(replaced(other, "Quorvel_LogPrint", "RADIO[%d] found: %s"), "Harb"));
 }
 
 TEST_F(RecordedSecrets, IncludeAddressesInEvents) {

@@ -295,7 +295,7 @@ uint32_t mixedEncryption(const Found& found) {
 }
 
 void decideSecurity(const Entry& entry) {
-    constexpr char kDecision[] = "Quorvel_P_WiFiRadioStatsNeighboringWiFiDiagnosticResultDecideSecurity";
+    static constexpr char kDecision[] = "Quorvel_P_WiFiRadioStatsNeighboringWiFiDiagnosticResultDecideSecurity";
     const Found& found = entry.found;
     NeighboringWiFiResult& result = entry.result;
     QUORVEL_LOG(Traffic, kDecision,
@@ -327,7 +327,7 @@ bool containsAny(const char* text, const char (&parts)[count][4]) {
 }
 
 void decideStandard(const Entry& entry) {
-    constexpr char kDecision[] = "Quorvel_P_WiFiRadioStatsNeighboringWiFiDiagnosticResultDecideStandard";
+    static constexpr char kDecision[] = "Quorvel_P_WiFiRadioStatsNeighboringWiFiDiagnosticResultDecideStandard";
     // Quirk: looks for parts of the text, not for rates: "12" alone makes both b and g.
     static constexpr char kRatesOfB[][4] = {"1", "2", "5.5", "11"};
     static constexpr char kRatesOfG[][4] = {"6", "9", "12", "18", "24", "36", "48", "54"};
