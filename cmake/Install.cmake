@@ -1,6 +1,7 @@
 # The places of installed files, but for the programs and stand-in libraries of gateway/ and console/, which name their own.
-# Components: runtime (the plug-in), development (its headers, CMake package and .pc file), gateway (the simulated gateway and
-# the console, whose programs are with the stand-in libraries in a private folder).
+# Components: runtime (the plug-in), recorder (the library that takes its place to record), development (its headers, CMake
+# package and .pc file), gateway (the simulated gateway and the console, whose programs are with the stand-in libraries in a
+# private folder).
 include(CMakePackageConfigHelpers)
 
 set(QUORVEL_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR}/quorvel/plugins)
@@ -60,6 +61,10 @@ if(TARGET quorvel-wifi)
     endif()
     quorvel_install_link(${QUORVEL_PRIVATE_DIR}/bin/quorvel-wifi ${CMAKE_INSTALL_BINDIR}/quorvel-wifi)
     quorvel_install_link(${QUORVEL_PLUGIN_DIR}/libquorvel_wifi.so ${QUORVEL_PRIVATE_DIR}/lib/libquorvel_wifi.so)
+    if(TARGET quorvel_wifi_recorder)
+        quorvel_install_link(${CMAKE_INSTALL_LIBDIR}/quorvel/libquorvel_wifi_recorder.so
+            ${QUORVEL_PRIVATE_DIR}/lib/libquorvel_wifi_recorder.so)
+    endif()
     quorvel_install_link(${CMAKE_INSTALL_DATADIR}/quorvel-wifi/boards ${QUORVEL_PRIVATE_DIR}/boards)
     quorvel_install_link(${CMAKE_INSTALL_DATADIR}/quorvel-wifi/scenarios ${QUORVEL_PRIVATE_DIR}/scenarios)
     quorvel_install_link(${CMAKE_INSTALL_DATADIR}/quorvel-wifi ${QUORVEL_PRIVATE_DIR}/share/quorvel-wifi)

@@ -9,6 +9,9 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_THREADS 1)
 
 set(CPACK_COMPONENTS_ALL runtime development)
+if(TARGET quorvel_wifi_recorder)
+    list(APPEND CPACK_COMPONENTS_ALL recorder)
+endif()
 if(TARGET quorvel-wifi)
     list(APPEND CPACK_COMPONENTS_ALL gateway)
 endif()
@@ -35,6 +38,11 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
     "Wi-Fi data-model plug-in of the gateway\n The platform's libquorvel and libwlcsm come with the firmware.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libc6")
 
+set(CPACK_DEBIAN_RECORDER_PACKAGE_NAME quorvel-wifi-recorder)
+set(CPACK_COMPONENT_RECORDER_DESCRIPTION
+    "recorder of the Wi-Fi data-model plug-in\n Takes the plug-in's place on a device and records its calls, without secrets.")
+set(CPACK_DEBIAN_RECORDER_PACKAGE_DEPENDS "libc6")
+
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME quorvel-wifi-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION non-free/libdevel)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
@@ -47,7 +55,8 @@ set(CPACK_COMPONENT_GATEWAY_DESCRIPTION
 # The packages of the libraries that its programs name have the names of this distribution's release.
 set(CPACK_DEBIAN_GATEWAY_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/lib)
-set(CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS "quorvel-wifi-plugin (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS
+    "quorvel-wifi-plugin (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}), quorvel-wifi-recorder (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 if(TARGET quorvel-wifi-agent)
     # Loaded by its name.
     string(APPEND CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS ", libwebsockets-evlib-uv")

@@ -33,6 +33,8 @@ void addOptions(CLI::App& app, Options& options, ArgumentKinds& kinds) {
         ->check(CLI::Range(0, 3));
     add(ArgumentKind::kFile, "--log-file", options.logFile, "Append the log to a file instead of standard error")
         ->type_name("FILE");
+    add(ArgumentKind::kFile, "--record", options.record, "Record the plug-in's calls on a board that is started")
+        ->type_name("FILE");
     CLI::Option* const json = app.add_flag("--json", options.json, "Print JSON");
     app.add_flag("--plain", options.plain, "Print one record per line, tab-separated")->excludes(json);
     app.add_flag("--no-color", options.noColor, "No colours (also: NO_COLOR)");
@@ -73,6 +75,8 @@ class CommandLine {
         addPlayVerbs(context);
         addFleetVerbs(context);
         addSelftestVerb(context);
+        addRecordingVerbs(context);
+        addReplayVerb(context);
         addShellVerbs(context);
         addHelpVerb(context);
     }
@@ -177,13 +181,13 @@ void refuseWhatCannotBeNested(const CLI::App& app, const Session& session, const
     const auto same = [&](auto member) { return now.*member == before.*member; };
     const bool texts = same(&Options::board) && same(&Options::state) && same(&Options::plugin) &&
                        same(&Options::configuration) && same(&Options::programs) && same(&Options::emulator) &&
-                       same(&Options::logFile);
+                       same(&Options::logFile) && same(&Options::record);
     if (texts && same(&Options::logLevel) && same(&Options::sandbox) && same(&Options::realTime)) return;
-    // play and fleet have boards of their own; selftest has none.
-    if (verb == "play" || verb == "fleet" || verb == "selftest") return;
+    // play and fleet have boards of their own; selftest and replay have none.
+    if (verb == "play" || verb == "fleet" || verb == "selftest" || verb == "replay") return;
     throw CLI::ValidationError(
         "the board is chosen when a shell or a batch begins; give --board, --state, --plugin, --configuration, "
-        "--log-level, --log-file, --real-time, --sandbox, --programs and --emulator there");
+        "--log-level, --log-file, --record, --real-time, --sandbox, --programs and --emulator there");
 }
 
 }  // namespace

@@ -164,6 +164,11 @@ launch::Options optionsFor(const launch::Options& options, const Folder& folder,
     own.state = folder.gateway(number);
     own.board = folder.description(number);
     own.realTime = true;
+    if (!own.record.empty()) {
+        const fs::path file = own.record;
+        own.record =
+            file.parent_path() / (file.stem().string() + "-" + std::to_string(number) + file.extension().string());
+    }
     return own;
 }
 

@@ -53,13 +53,25 @@ std::string Session::commandFor(const std::string& verb) const {
     return command;
 }
 
+void Session::refuseLateRecording() const {
+    if (options.record.empty()) return;
+    throw GatewayError(
+        "cannot record into " + options.record +
+        ": the board is up already, and a recording begins when a board is started; switch it off with " +
+        commandFor("down") + " first");
+}
+
 Gateway& Session::gateway() {
     if (gateway_ != nullptr) return *gateway_;
     Progress progress(errorStyle());
     progress.say("starting the board " + options.board + " ...");
-    gateway_ = Gateway::open(options);
+    auto found = Gateway::open(options);
     progress.clear();
-    if (gateway_->inBackground()) warnOfIdleOptions(options);
+    if (found->inBackground()) {
+        refuseLateRecording();
+        warnOfIdleOptions(options);
+    }
+    gateway_ = std::move(found);
     if (!gateway_->notice().empty()) std::cerr << "quorvel-wifi: " << gateway_->notice() << '\n';
     if (!gateway_->bootTrouble().empty()) std::cerr << "quorvel-wifi: warning: " << gateway_->bootTrouble() << '\n';
     return *gateway_;

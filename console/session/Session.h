@@ -51,6 +51,9 @@ class Session {
     /// Returns what to type for a verb on this session's board.
     [[nodiscard]] std::string commandFor(const std::string& verb) const;
 
+    /// Throws GatewayError when the options ask for a recording. Call it when the board is up already.
+    void refuseLateRecording() const;
+
     [[nodiscard]] Style outStyle() const;
     [[nodiscard]] Style errorStyle() const;
 

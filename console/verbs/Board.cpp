@@ -50,6 +50,7 @@ int start(const Session& session, const launch::UspOptions& usp) {
     const std::string state = stateFolder(session.options);
     const std::string where = " (state in " + state + ")";
     const bool running = Gateway::findRunning(session.options) != nullptr;
+    if (running) session.refuseLateRecording();
     std::string endpoint;
     {
         Progress progress(session.errorStyle());

@@ -84,6 +84,8 @@ void addWebVerb(VerbContext& context);          // web
 void addPlayVerbs(VerbContext& context);        // play
 void addFleetVerbs(VerbContext& context);       // fleet
 void addSelftestVerb(VerbContext& context);     // selftest
+void addRecordingVerbs(VerbContext& context);   // recording
+void addReplayVerb(VerbContext& context);       // replay
 void addShellVerbs(VerbContext& context);       // shell, batch
 void addHelpVerb(VerbContext& context);         // help
 

@@ -40,7 +40,10 @@ std::string serverOf(const Session& session) {
 
 int web(Session& session, const WebWishes& wishes) {
     (void)serverOf(session);  // no board is started in vain
-    if (Gateway::findRunning(session.options) != nullptr) return servePage(session, wishes);
+    if (Gateway::findRunning(session.options) != nullptr) {
+        session.refuseLateRecording();
+        return servePage(session, wishes);
+    }
     {
         Progress progress(session.errorStyle());
         progress.say("starting the board " + session.options.board + " ...");

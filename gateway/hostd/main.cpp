@@ -18,6 +18,7 @@
 #include "gateway/hostd/Manager.h"
 #include "gateway/hostd/Plugin.h"
 #include "gateway/hostd/PowerCycle.h"
+#include "gateway/hostd/Recording.h"
 #include "gateway/hostd/Server.h"
 #include "gateway/hostd/Service.h"
 #include "gateway/hostd/Simulation.h"
@@ -45,6 +46,7 @@ struct Options {
     int connected = -1;
     int listening = -1;
     int report = -1;
+    std::string record;
     std::string sandbox = "automatic";
     bool realTime = false;
     std::uint32_t logLevel = 0;
@@ -72,6 +74,14 @@ Plugin loadPlugin(const quorvel::board::Places& places) {
     return Plugin(places.plugin, folderCalls());
 }
 
+// Loads the plug-in and, where it is recorded, the recorder in its place.
+Plugin loadRecorded(const quorvel::board::Places& places, const Recording& recording) {
+    const Plugin plugin = loadPlugin(places);
+    plugin.requireSleep(::sleep);
+    // The recorder finds the plug-in loaded, and its calls where they lead by now.
+    return recording.isMade() ? Plugin(recording.begin(places)) : plugin;
+}
+
 // Ends the process with the status that leads to what comes next.
 [[noreturn]] void end(const Plugin& plugin, const Server& server, const Options& options, const PowerCycle& cycle) {
     (void)alarm(kUnInitSeconds);
@@ -84,11 +94,11 @@ Plugin loadPlugin(const quorvel::board::Places& places) {
     _exit(kPowerCycleStatus);
 }
 
-int serve(const Options& options, const quorvel::board::Places& places, const PowerCycle& cycle) {
+int serve(const Options& options, const quorvel::board::Places& places, const Recording& recording,
+          const PowerCycle& cycle) {
     setenv("QUORVEL_LOG_LEVEL", std::to_string(options.logLevel).c_str(), 1);
     LogTap::setOutputLevel(options.logLevel);
-    const Plugin plugin = loadPlugin(places);
-    plugin.requireSleep(::sleep);
+    const Plugin plugin = loadRecorded(places, recording);
     Heartbeat heartbeat;
     const char* const clockKind = std::getenv("QUORVEL_CLOCK");
     Clock clock(clockKind != nullptr && std::string_view(clockKind) == "virtual");
@@ -138,7 +148,9 @@ int serve(const Options& options, const quorvel::board::Places& places, const Po
     auto* const init = plugin.find<std::uint32_t()>("WiFiInit");
     const std::uint32_t result = init == nullptr ? 0 : init();
     learnTime(clock, askSimulation("time"));
-    report(options, {true, result, presentable(LogTap::errors()), "", places.notice});
+    const std::string trouble = recording.trouble();
+    const std::string notice = places.notice + (places.notice.empty() || trouble.empty() ? "" : "; ") + trouble;
+    report(options, {true, result, presentable(LogTap::errors()), "", notice});
     (void)std::signal(SIGTERM, onSignal);
     (void)std::signal(SIGINT, onSignal);
     (void)std::signal(SIGHUP, onSignal);
@@ -161,6 +173,7 @@ int main(int argc, char** argv) {
     app.add_option("--configuration", options.board.configuration);
     app.add_option("--writable", options.board.writableFolders);
     app.add_option("--emulator", options.board.emulator);
+    app.add_option("--record", options.record, "Record the plug-in's calls into this file");
     app.add_option("--sandbox", options.sandbox)->check(CLI::IsMember({"automatic", "namespaces", "folder"}));
     app.add_flag("--real-time", options.realTime);
     app.add_option("--log-level", options.logLevel);
@@ -184,8 +197,9 @@ int main(int argc, char** argv) {
     options.board.kept = {options.listening, cycle.descriptor()};
     options.board.ended = [&cycle](int status) { cycle.startAgain(status); };
     try {
+        const Recording recording(options.record);
         const quorvel::board::Places places = quorvel::board::enterBoard(options.board);
-        return serve(options, places, cycle);
+        return serve(options, places, recording, cycle);
     } catch (const std::exception& error) {
         report(options, {false, 0, "", error.what(), ""});
         return 1;

@@ -63,6 +63,7 @@ std::vector<std::string> hostCommand(const Options& options) {
     add("--plugin", options.plugin.empty() ? "" : std::filesystem::absolute(options.plugin).string());
     add("--configuration", options.configuration);
     add("--sandbox", options.sandbox);
+    add("--record", options.record.empty() ? "" : std::filesystem::absolute(options.record).string());
     if (options.logLevel >= 0) add("--log-level", std::to_string(options.logLevel));
     if (!options.logFile.empty()) {
         add("--writable", std::filesystem::absolute(options.logFile).parent_path().string());

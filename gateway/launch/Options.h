@@ -14,6 +14,7 @@ struct Options {
     std::string emulator;       ///< words before programs built for another processor
     std::string logFile;
     std::string sandbox;  ///< "namespaces" or "folder"; empty: whichever the machine allows
+    std::string record;   ///< file into which the plug-in's calls are recorded; empty: none
     int logLevel = -1;    ///< -1: no log
     bool realTime = false;
 };

@@ -143,9 +143,11 @@ TEST_P(Documented, CommandsPrintWhatTheDocumentShows) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Console, Documented, testing::Values("console.md", "fleet.md"), [](const auto& each) {
-    return std::string(each.param == "console.md" ? "ConsoleDocument" : "FleetDocument");
-});
+INSTANTIATE_TEST_SUITE_P(Console, Documented, testing::Values("console.md", "fleet.md", "recording.md"),
+                         [](const auto& each) {
+                             const std::string word = each.param.substr(0, each.param.find('.'));
+                             return static_cast<char>(std::toupper(word.front())) + word.substr(1) + "Document";
+                         });
 
 std::vector<std::string> verbs() {
     const Console console;

@@ -100,5 +100,24 @@ TEST_F(OutputOfABoardThatIsUp, FitsItsSchema) {
     EXPECT_EQ(joined(violations("down", console_.run({"down", "--json"}).json())), "");
 }
 
+class OutputAboutARecording : public OnBoard {};
+
+TEST_F(OutputAboutARecording, FitsItsSchema) {
+    const std::string file = console_.state() + "/day.rec";
+    const std::string earlier = file + ".1";
+    for (int life = 0; life < 2; ++life)
+        ASSERT_EQ(console_.run({"get", "Device.WiFi.Radio.1.", "--record", file}).status, 0);
+    const auto show = console_.run({"recording", "show", file, "--json"}).json();
+    EXPECT_EQ(joined(violations("recording", show)), "");
+    EXPECT_GT(show.at("calls").size(), 10U);
+    EXPECT_EQ(joined(violations("recording", console_.run({"recording", "stats", file, "--json"}).json())), "");
+    const auto diff = console_.run({"recording", "diff", file, earlier, "--json"}).json();
+    EXPECT_EQ(joined(violations("recording", diff)), "");
+    EXPECT_TRUE(diff.contains("differing"));
+    const auto replay = console_.run({"replay", file, "--json"}).json();
+    EXPECT_EQ(joined(violations("replay", replay)), "");
+    EXPECT_EQ(replay.at("differing"), 0);
+}
+
 }  // namespace
 }  // namespace quorvel::console_test
