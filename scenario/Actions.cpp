@@ -97,11 +97,13 @@ std::vector<Fault> injectFault(const Json& members, Stage& stage) {
     return stage.control(command);
 }
 
+std::vector<Fault> needsOwnBoard(const std::string& action) {
+    return {{hostd::protocol::FaultCode::kInternal, "",
+             action + " needs a board of the scenario's own; leave it out for a board that is up", "", 0, ""}};
+}
+
 std::vector<Fault> power(const std::string& action, Stage& stage) {
-    if (stage.isShared()) {
-        return {{hostd::protocol::FaultCode::kInternal, "",
-                 action + " needs a board of the scenario's own; leave it out for a board that is up", "", 0, ""}};
-    }
+    if (stage.isShared()) return needsOwnBoard(action);
     if (action != "power.on") stage.cutPower();
     if (action != "power.cut" && !stage.isOn()) stage.powerOn();
     return {};
@@ -119,6 +121,9 @@ std::vector<Fault> perform(const Step& step, Stage& stage) {
     if (step.action.starts_with("daemon.")) return stage.steerManager(step.action);
     if (step.action == "fault") return injectFault(members, stage);
     if (step.action.starts_with("power.")) return power(step.action, stage);
+    if (step.action.starts_with("usp.")) {
+        return stage.isShared() ? needsOwnBoard(step.action) : stage.performUsp(step);
+    }
     if (step.action == "time") {
         stage.advanceTo(stage.now() + static_cast<Time>(std::llround(members.at("advance").get<double>() * 1000)));
         return {};

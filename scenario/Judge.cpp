@@ -87,6 +87,65 @@ Verdict lookAtLog(const Expectation& expectation, const Stage& stage) {
     return judgeCount(expectation, count, last);
 }
 
+// Compares names and numbers one by one; * is any.
+bool leadsTo(std::string_view pattern, std::string_view path) {
+    for (;;) {
+        const std::size_t end = pattern.find('.');
+        const std::size_t there = path.find('.');
+        const std::string_view asked = pattern.substr(0, end);
+        if (asked != "*" && asked != path.substr(0, there)) return false;
+        if (end == std::string_view::npos || there == std::string_view::npos) return end == there;
+        pattern.remove_prefix(end + 1);
+        path.remove_prefix(there + 1);
+    }
+}
+
+bool hasFault(const Expectation& expectation, const UspArrival& arrival) {
+    if (expectation.code == 0U) return arrival.faults.empty();
+    return std::any_of(arrival.faults.begin(), arrival.faults.end(), [&](const UspArrival::Fault& fault) {
+        return fault.code == *expectation.code && (expectation.path.empty() || leadsTo(expectation.path, fault.path));
+    });
+}
+
+bool fits(const Expectation& expectation, const UspArrival& arrival) {
+    const bool notification = expectation.kind == Expectation::Kind::kNotification;
+    if (arrival.kind != (notification ? UspArrival::Kind::kNotification : UspArrival::Kind::kAnswer)) return false;
+    if (arrival.subject != expectation.subject || !inTime(arrival.time, expectation)) return false;
+    if (!expectation.subscription.empty() && arrival.subscription != expectation.subscription) return false;
+    if (expectation.code && !hasFault(expectation, arrival)) return false;
+    if (notification) {
+        if (!expectation.path.empty() && !leadsTo(expectation.path, arrival.path)) return false;
+        if (!expectation.wanted) return true;
+        if (expectation.member.empty()) return holds(*expectation.wanted, arrival.value);
+        const auto found = arrival.values.find(expectation.member);
+        return found != arrival.values.end() && holds(*expectation.wanted, *found);
+    }
+    if (expectation.path.empty() || expectation.code) return true;
+    for (const auto& item : arrival.values.items()) {
+        if (leadsTo(expectation.path, item.key()) && (!expectation.wanted || holds(*expectation.wanted, item.value())))
+            return true;
+    }
+    return false;
+}
+
+Verdict lookAtController(const Expectation& expectation, const Stage& stage) {
+    std::size_t count = 0;
+    std::string last;
+    for (const UspArrival& arrival : stage.arrivals()) {
+        if (!fits(expectation, arrival)) continue;
+        ++count;
+        last = arrival.text;
+    }
+    Verdict verdict = judgeCount(expectation, count, last);
+    if (count != 0 || stage.arrivals().empty()) return verdict;
+    // Something like it helps to find the difference.
+    for (const UspArrival& arrival : stage.arrivals()) {
+        if (arrival.subject == expectation.subject) last = arrival.text;
+    }
+    if (!last.empty()) verdict.seen += "; but " + last;
+    return verdict;
+}
+
 Verdict lookAtFaults(const Expectation& expectation, const StepFaults& done) {
     const auto step = done.find(expectation.subject);
     if (step == done.end()) return {};
@@ -127,6 +186,9 @@ Verdict look(const Expectation& expectation, Stage& stage, const StepFaults& fau
             return lookAtLog(expectation, stage);
         case Expectation::Kind::kFault:
             return lookAtFaults(expectation, faults);
+        case Expectation::Kind::kNotification:
+        case Expectation::Kind::kAnswer:
+            return lookAtController(expectation, stage);
     }
     return {};
 }

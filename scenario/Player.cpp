@@ -75,11 +75,9 @@ class Play {
         const Expectation& expectation = scenario_.expectations[index];
         const Time now = stage_.now();
         if (now < expectation.after) return;
-        const bool counted =
-            expectation.kind == Expectation::Kind::kEvent || expectation.kind == Expectation::Kind::kLog;
         const bool fault = expectation.kind == Expectation::Kind::kFault;
         const Time lateness = stage_.isShared() ? kLateness : 0;
-        if (now > expectation.by + lateness && !counted && !fault)
+        if (now > expectation.by + lateness && !expectation.counts() && !fault)
             return close(index, {false, true, "nobody could look in time: the step before took until now"});
         const Verdict verdict = look(expectation, stage_, faults_);
         // An expectation with an upper count is watched to its end.
@@ -102,6 +100,8 @@ class Play {
     [[nodiscard]] Time nextPlace(Time now) const {
         Time next = std::min(now + kStride, std::max(scenario_.end, now));
         if (next_ < scenario_.timeline.size()) next = std::min(next, scenario_.timeline[next_].at);
+        // What a record asks for, the agent does to the board as it is then.
+        if (const auto due = stage_.nextDue(); due && *due > now) next = std::min(next, *due);
         for (std::size_t i = 0; i < open_.size(); ++i) {
             const Expectation& expectation = scenario_.expectations[i];
             if (!open_[i]) continue;
@@ -109,7 +109,10 @@ class Play {
                 next = std::min(next, expectation.after);
                 continue;
             }
-            next = std::min({next, expectation.by, (now / kLook + 1) * kLook});
+            next = std::min(next, expectation.by);
+            // That nothing comes is certain at the end only.
+            const bool never = expectation.isOfController() && expectation.atMost == 0U;
+            if (!never) next = std::min(next, (now / kLook + 1) * kLook);
         }
         return std::max(next, now);
     }

@@ -7,12 +7,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <set>
 #include <variant>
 
 #include "common/JsonCursor.h"
 #include "gateway/description/Reader.h"
+#include "scenario/ConditionReader.h"
+#include "scenario/UspReader.h"
 
 namespace quorvel::scenario {
 namespace {
@@ -25,21 +26,6 @@ constexpr unsigned kHighestTraffic = 20'000'000;
 
 // Members that every step may have.
 constexpr std::array<const char*, 3> kCommon{"at", "id", "do"};
-
-// The library reads and matches patterns with a call for every bracket.
-constexpr std::size_t kMaxPattern = 500;
-
-std::string readExpression(const JsonCursor& cursor) {
-    std::string pattern = cursor.text();
-    if (pattern.size() > kMaxPattern)
-        cursor.fail("a regular expression of at most " + std::to_string(kMaxPattern) + " characters");
-    try {
-        const std::regex compiled(pattern);
-        return pattern;
-    } catch (const std::regex_error&) {
-        cursor.fail("a regular expression");
-    }
-}
 
 void checkValues(const JsonCursor& values) {
     values.eachKey([](const std::string&, const JsonCursor& value) {
@@ -201,6 +187,8 @@ constexpr Action kActions[] = {
      [](const JsonCursor& step) {
          step.allow({"at", "id", "do"});
      }},
+    {"usp.broker", checkUspBroker},
+    {"usp.request", checkUspRequest},
     {"time",
      [](const JsonCursor& step) {
          step.allow({"at", "id", "do", "advance"});
@@ -224,32 +212,6 @@ Step readStep(const JsonCursor& member) {
     action->check(member);
     step.members = ownMembers(member.value());
     return step;
-}
-
-Condition readCondition(const JsonCursor& member) {
-    static constexpr std::pair<const char*, Condition::Kind> kKinds[] = {
-        {"equals", Condition::Kind::kEquals},   {"differs", Condition::Kind::kDiffers},
-        {"oneOf", Condition::Kind::kOneOf},     {"matches", Condition::Kind::kMatches},
-        {"atLeast", Condition::Kind::kAtLeast}, {"atMost", Condition::Kind::kAtMost},
-    };
-    Condition condition;
-    unsigned found = 0;
-    for (const auto& [key, kind] : kKinds) {
-        if (!member.has(key)) continue;
-        ++found;
-        const JsonCursor value = member.at(key);
-        if (kind == Condition::Kind::kMatches) (void)readExpression(value);
-        if (kind == Condition::Kind::kOneOf && (!value.value().is_array() || value.value().empty()))
-            value.fail("an array of values");
-        const bool bound = kind == Condition::Kind::kAtLeast || kind == Condition::Kind::kAtMost;
-        if (bound && !value.value().is_number()) value.fail("a number");
-        if (!bound && kind != Condition::Kind::kOneOf && value.value().is_structured())
-            value.fail("true, false, a number or a text");
-        condition = {kind, value.value()};
-    }
-    if (found != 1)
-        member.fail("exactly one of equals, differs, oneOf, matches, atLeast, atMost, fault beside \"parameter\"");
-    return condition;
 }
 
 void readSpan(const JsonCursor& member, Expectation& expectation) {
@@ -309,8 +271,11 @@ Expectation readExpectation(const JsonCursor& member, const std::vector<Step>& t
         if (step == timeline.end()) member.at("step").fail("the \"id\" of a step of the timeline");
         expectation.after = expectation.by = step->at;
         return expectation;
+    } else if (isUspExpectation(member)) {
+        readUspExpectation(member, timeline, expectation);
+        readCounts(member, expectation);
     } else {
-        member.fail("an object with \"parameter\", \"event\", \"log\" or \"step\"");
+        member.fail("an object with \"parameter\", \"event\", \"log\", \"step\", \"notification\" or \"answer\"");
     }
     readSpan(member, expectation);
     return expectation;

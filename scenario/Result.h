@@ -30,6 +30,9 @@ struct LogLine {
     std::string text;
 };
 
+/// The kind of log entries that tell what a USP controller got.
+inline constexpr const char* kControllerLog = "usp";
+
 /// The values of a parameter over time; null while it cannot be read.
 struct Course {
     struct Sample {

@@ -41,6 +41,17 @@ std::string counts(const Expectation& expectation) {
     return text;
 }
 
+std::string told(const Expectation& expectation) {
+    std::string text = expectation.path.empty() ? "" : " " + expectation.path;
+    if (!expectation.subscription.empty()) text += " of subscription " + expectation.subscription;
+    if (expectation.code) {
+        text += *expectation.code == 0 ? " without a fault" : " with fault " + std::to_string(*expectation.code);
+    }
+    if (expectation.wanted)
+        text += (expectation.member.empty() ? "" : " " + expectation.member) + describe(*expectation.wanted);
+    return text;
+}
+
 std::string span(const Expectation& expectation) {
     const auto brief = [](Time time) {
         std::string text = seconds(time);
@@ -54,11 +65,34 @@ std::string span(const Expectation& expectation) {
     return " between " + brief(expectation.after) + " and " + brief(expectation.by);
 }
 
+// Lists and objects without the marks of JSON.
+std::string plain(const Json& value) {
+    if (!value.is_structured()) return textOf(value);
+    std::string text;
+    const char* separator = "";
+    for (const auto& item : value.items()) {
+        const bool nested = item.value().is_structured();
+        text += separator;
+        if (value.is_object()) text += item.key() + (nested ? " " : " = ");
+        text += plain(item.value());
+        separator = ", ";
+    }
+    return text;
+}
+
 }  // namespace
 
+bool Scenario::usesUsp() const {
+    return std::any_of(timeline.begin(), timeline.end(),
+                       [](const Step& step) { return step.action.starts_with("usp."); }) ||
+           std::any_of(expectations.begin(), expectations.end(),
+                       [](const Expectation& one) { return one.isOfController(); });
+}
+
+// An agent is sent the same events; they must have come before it is asked for what follows.
 bool Scenario::listens() const {
-    return std::any_of(expectations.begin(), expectations.end(),
-                       [](const Expectation& one) { return one.kind == Expectation::Kind::kEvent; });
+    return usesUsp() || std::any_of(expectations.begin(), expectations.end(),
+                                    [](const Expectation& one) { return one.kind == Expectation::Kind::kEvent; });
 }
 
 std::string describe(const Step& step) {
@@ -73,7 +107,7 @@ std::string describe(const Step& step) {
         return text + (members.value("save", false) ? ", saved" : "");
     }
     for (const auto& item : members.items())
-        text += " " + item.key() + " " + textOf(item.value());
+        text += " " + item.key() + " " + plain(item.value());
     return text;
 }
 
@@ -95,6 +129,10 @@ std::string describe(const Expectation& expectation) {
         case Kind::kFault:
             return "step " + expectation.subject + " gives " +
                    (expectation.fault == 0 ? "no fault" : "fault " + std::to_string(expectation.fault));
+        case Kind::kNotification:
+            return "notification " + expectation.subject + told(expectation) + counts(expectation) + span(expectation);
+        case Kind::kAnswer:
+            return "answer to " + expectation.subject + told(expectation) + counts(expectation) + span(expectation);
     }
     return "";
 }

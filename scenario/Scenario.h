@@ -40,23 +40,40 @@ struct Condition {
 /// Something that must be seen. It is looked for from `after` to `by`.
 struct Expectation {
     enum class Kind {
-        kParameter,   ///< a parameter's value
-        kUnreadable,  ///< reading a parameter gives a fault
-        kEvent,       ///< the plug-in reported stations that come or go
-        kLog,         ///< the WLAN manager's log has an entry
-        kFault,       ///< a step gave a fault, or none
+        kParameter,     ///< a parameter's value
+        kUnreadable,    ///< reading a parameter gives a fault
+        kEvent,         ///< the plug-in reported stations that come or go
+        kLog,           ///< the WLAN manager's log has an entry
+        kFault,         ///< a step gave a fault, or none
+        kNotification,  ///< the controller got a notification
+        kAnswer,        ///< the controller got the answer to a step
     };
     Kind kind = Kind::kParameter;
     Time after = 0;
     Time by = 0;
-    std::string subject;       ///< path, kind of event, kind of log entry, or the step's id
+    std::string subject;       ///< path, kind of event or log entry, type of notification, or a step's id
     Condition condition;       ///< kParameter
     unsigned fault = 0;        ///< kUnreadable and kFault; 0: none
     unsigned accessPoint = 0;  ///< kEvent; 0: any
     std::string station;       ///< kEvent, lower case; empty: any
     std::string pattern;       ///< kLog: regular expression; empty: any text
-    unsigned atLeast = 1;      ///< kEvent and kLog
+    // kNotification and kAnswer:
+    std::string path;                 ///< with * for any one name or number; empty: any
+    std::string subscription;         ///< the notification's; empty: any
+    std::string member;               ///< key or argument that `wanted` is about; empty: the value itself
+    std::optional<Condition> wanted;  ///< of the value
+    std::optional<unsigned> code;     ///< of the fault at the path, or of any; 0: none
+    unsigned atLeast = 1;             ///< all that are counted
     std::optional<unsigned> atMost;
+
+    /// Tells whether things are counted over the whole span, instead of a look at the present.
+    [[nodiscard]] bool counts() const {
+        return kind == Kind::kEvent || kind == Kind::kLog || isOfController();
+    }
+    /// Tells whether it is about what a USP controller gets.
+    [[nodiscard]] bool isOfController() const {
+        return kind == Kind::kNotification || kind == Kind::kAnswer;
+    }
 };
 
 struct Scenario {
@@ -72,6 +89,8 @@ struct Scenario {
 
     /// Tells whether anything is expected of the plug-in's station events.
     [[nodiscard]] bool listens() const;
+    /// Tells whether a USP controller takes part.
+    [[nodiscard]] bool usesUsp() const;
 };
 
 /// Returns a step's words for people: "set Device.WiFi.Radio.1.Channel = 44, saved".

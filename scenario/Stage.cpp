@@ -87,6 +87,10 @@ Stage::Stage(const launch::Options& options, const Scenario& scenario, std::uint
     options_.board = folder_ / "board.json";
     options_.state = folder_ / "state";
     options_.realTime = false;
+    if (scenario.usesUsp()) {
+        usp_.emplace(seed);
+        options_.takesClients = true;
+    }
     if (!scenario.state.is_null()) prepareState(scenario.state);
 }
 
@@ -153,10 +157,14 @@ void Stage::powerOn() {
     takeLog();
     if (!gateway_->bootTrouble().empty()) note("start", gateway_->bootTrouble());
     if (listens_) listen();
+    if (!usp_) return;
+    usp_->start(options_, now_);
+    catchUp();
 }
 
 void Stage::cutPower() {
     if (gateway_ == nullptr) return;
+    if (usp_) usp_->end();
     gateway_->cutPower();
     gateway_.reset();
     manager_ = Manager::kGone;
@@ -269,12 +277,35 @@ void Stage::advanceTo(Time time) {
 }
 
 void Stage::catchUp() {
-    if (manager_ != Manager::kRunning) return;
-    const std::optional<Time> there = managerTime();
-    if (!there) return;
-    now_ = std::max(now_, started_ + *there);
-    takeLog();
-    if (listening_) awaitEvents();
+    bool more = true;
+    while (more && manager_ == Manager::kRunning) {
+        const std::optional<Time> there = managerTime();
+        if (!there) return;
+        now_ = std::max(now_, started_ + *there);
+        takeLog();
+        if (listening_) awaitEvents();
+        // The controller's requests may have changed something, and taken time.
+        more = takeArrivals();
+    }
+}
+
+bool Stage::takeArrivals() {
+    if (!usp_) return false;
+    const std::vector<UspArrival> arrivals = usp_->follow(now_);
+    for (const UspArrival& arrival : arrivals) {
+        // Noticed now, but each at its own time.
+        const auto place = std::upper_bound(log_.begin(), log_.end(), arrival.time,
+                                            [](Time time, const LogLine& line) { return time < line.time; });
+        log_.insert(place, {arrival.time, kControllerLog, arrival.text});
+        arrivals_.push_back(arrival);
+    }
+    return !arrivals.empty();
+}
+
+std::vector<Fault> Stage::performUsp(const Step& step) {
+    if (!usp_) return oneFault("no USP agent takes part");
+    const std::string trouble = usp_->perform(step);
+    return trouble.empty() ? std::vector<Fault>{} : oneFault(trouble);
 }
 
 void Stage::takeLog() {

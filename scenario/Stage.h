@@ -9,6 +9,7 @@
 #include "gateway/launch/Gateway.h"
 #include "scenario/Result.h"
 #include "scenario/Scenario.h"
+#include "scenario/UspView.h"
 
 namespace quorvel::scenario {
 
@@ -63,6 +64,9 @@ class Stage {
     /// Has a tool of the board misbehave: `wl` at once, the others from the next power-on.
     std::vector<Fault> setToolFault(const std::string& tool, const std::string& how);
 
+    /// Does a step of the USP controller or its broker. Returns the faults.
+    std::vector<Fault> performUsp(const Step& step);
+
     /// Lets board time go on to `time`; does nothing when it is there already.
     void advanceTo(Time time);
     /// Takes in what a step has brought about: time that has passed, log entries, station events.
@@ -78,6 +82,14 @@ class Stage {
     }
     [[nodiscard]] const std::vector<StationEvent>& events() const {
         return events_;
+    }
+    /// Returns when the USP broker has something to do next, if one takes part.
+    [[nodiscard]] std::optional<Time> nextDue() const {
+        return usp_ ? usp_->nextDue() : std::nullopt;
+    }
+    /// Returns what the USP controller got.
+    [[nodiscard]] const std::vector<UspArrival>& arrivals() const {
+        return arrivals_;
     }
     /// Returns what the board has to say about its sandbox, or the empty text.
     [[nodiscard]] const std::string& notice() const {
@@ -98,6 +110,7 @@ class Stage {
     void setState(const Json& values, bool save);
     void listen();
     void takeLog();
+    [[nodiscard]] bool takeArrivals();
     void awaitEvents();
     void takeEvent(const hostd::protocol::StationEvent& event);
 
@@ -120,6 +133,8 @@ class Stage {
     std::size_t seenEvents_ = 0;
     std::vector<LogLine> log_;
     std::vector<StationEvent> events_;
+    std::optional<UspView> usp_;
+    std::vector<UspArrival> arrivals_;
 };
 
 }  // namespace quorvel::scenario

@@ -31,6 +31,12 @@ void append(const std::vector<protocol::Fault>& faults, Faults& all) {
     }
 }
 
+// A board that is switched off ends the connection, too: that is nothing unexpected.
+std::string reasonOf(const hostd::ConnectionError& error) {
+    if (dynamic_cast<const hostd::ConnectionEnded*>(&error) != nullptr) return "the board has ended the connection";
+    return std::string("the connection to the board is broken: ") + error.what();
+}
+
 GatewayFault lostFault() {
     return {kInternalError, "", "the host process does not answer"};
 }
@@ -150,7 +156,7 @@ protocol::Id HostdGateway::ask(const protocol::Request& request, std::function<v
         pending_[*id] = std::move(lost);
     } catch (const hostd::ConnectionError& error) {
         if (lost) loop_.post(std::move(lost));
-        loop_.post([this, reason = std::string(error.what())] { disconnected(reason); });
+        loop_.post([this, reason = reasonOf(error)] { disconnected(reason); });
         return 0;
     }
     followDescriptor();
@@ -167,7 +173,7 @@ void HostdGateway::serve() {
         client_->process();
         followDescriptor();
     } catch (const hostd::ConnectionError& error) {
-        disconnected(error.what());
+        disconnected(reasonOf(error));
     }
 }
 
@@ -177,7 +183,7 @@ void HostdGateway::disconnected(const std::string& reason) {
     client_.reset();
     watch_ = 0;
     wake_ = 0;
-    log_("the connection to the board has ended: " + reason);
+    log_(reason);
     std::map<protocol::Id, Lost> pending;
     pending.swap(pending_);
     for (const auto& [id, lost] : pending) {

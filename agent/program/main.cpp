@@ -18,6 +18,7 @@
 #include "agent/doctor/Doctor.h"
 #include "agent/program/Runner.h"
 #include "agent/program/Version.h"
+#include "agent/scripted/Performance.h"
 
 namespace quorvel::agent {
 namespace {
@@ -74,6 +75,12 @@ int checkOnly(const CommandLine& line) {
     return kDone;
 }
 
+// For scenarios: no transport, no saved configuration, one controller.
+int runScripted(CommandLine line, std::uint64_t seed, std::int64_t start) {
+    line.urls = {"mqtt://127.0.0.1"};
+    return perform(configFrom(line), seed, start);
+}
+
 // Whether every finding is good decides the exit status.
 int runDoctor(const std::string& stateFolder, unsigned seconds, bool json) {
     Config config = readConfig(stateFolder + "/usp/config.json");
@@ -118,6 +125,12 @@ int main(int argc, char** argv) {
     doctor->fallthrough();
     doctor->add_option("--seconds", seconds, "how long to listen for the controller");
     doctor->add_flag("--json", json, "print JSON");
+    std::uint64_t seed = 1;
+    std::int64_t start = 0;
+    CLI::App* const scripted = app.add_subcommand("scripted", "serve the player of a scenario");
+    scripted->fallthrough();
+    scripted->add_option("--seed", seed, "seed of what varies by chance");
+    scripted->add_option("--start", start, "the player's clock, in milliseconds");
     CLI11_PARSE(app, argc, argv);
     if (state->empty() || (!doctor->parsed() && board->empty())) {
         std::cerr << "--state FOLDER is needed, and --board FILE to start the agent\n";
@@ -128,6 +141,7 @@ int main(int argc, char** argv) {
     (void)unsetenv("QUORVEL_USP_PASSWORD");
     try {
         if (doctor->parsed()) return runDoctor(line.stateFolder, seconds, json);
+        if (scripted->parsed()) return runScripted(line, seed, start);
         return check ? checkOnly(line) : runAgent(line, reportTo);
     } catch (const ConfigError& error) {
         if (check || doctor->parsed()) {

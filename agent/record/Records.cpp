@@ -81,6 +81,36 @@ usp_record::Record disconnectRecord(const std::string& version, const std::strin
     return record;
 }
 
+usp::Header::MsgType requestType(const usp::Request& request) {
+    switch (request.req_type_case()) {
+        case usp::Request::kGet:
+            return usp::Header::GET;
+        case usp::Request::kGetSupportedDm:
+            return usp::Header::GET_SUPPORTED_DM;
+        case usp::Request::kGetInstances:
+            return usp::Header::GET_INSTANCES;
+        case usp::Request::kSet:
+            return usp::Header::SET;
+        case usp::Request::kAdd:
+            return usp::Header::ADD;
+        case usp::Request::kDelete:
+            return usp::Header::DELETE;
+        case usp::Request::kOperate:
+            return usp::Header::OPERATE;
+        case usp::Request::kNotify:
+            return usp::Header::NOTIFY;
+        case usp::Request::kGetSupportedProtocol:
+            return usp::Header::GET_SUPPORTED_PROTO;
+        case usp::Request::kRegister:
+            return usp::Header::REGISTER;
+        case usp::Request::kDeregister:
+            return usp::Header::DEREGISTER;
+        case usp::Request::REQ_TYPE_NOT_SET:
+            return usp::Header::ERROR;
+    }
+    return usp::Header::ERROR;
+}
+
 RequestFault checkMessage(const usp::Msg& message) {
     if (!usp::Header::MsgType_IsValid(message.header().msg_type())) {
         return {kInvalidArguments, "msg_type " + std::to_string(message.header().msg_type()) + " is unknown"};

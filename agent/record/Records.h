@@ -27,6 +27,9 @@ constexpr const char* kOwnVersion = "1.4";
 [[nodiscard]] usp_record::Record disconnectRecord(const std::string& version, const std::string& from,
                                                   const std::string& to, std::uint32_t code, const std::string& reason);
 
+/// Returns the msg_type that goes with a request.
+[[nodiscard]] usp::Header::MsgType requestType(const usp::Request& request);
+
 /// Says which Error answers a Request that cannot be handled, or nothing.
 struct RequestFault {
     std::uint32_t code = 0;

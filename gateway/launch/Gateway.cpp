@@ -132,6 +132,18 @@ void makePair(int (&ends)[2]) {
     }
 }
 
+// Listens in the state folder, which is made when it is missing.
+Descriptor listenIn(const std::string& folder) {
+    std::filesystem::create_directories(std::filesystem::path(folder).parent_path());
+    if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+        throw GatewayError("cannot create the state folder " + folder + ": " + std::strerror(errno));
+    }
+    std::string problem;
+    Descriptor listening = hostd::listenForClients(folder, problem);
+    if (!listening) throw GatewayError("cannot listen in the state folder " + folder + ": " + problem);
+    return listening;
+}
+
 // Waits until the processes outside a board have cleaned up after it: the lock goes with the last of them.
 void awaitFree(const std::string& folder) {
     for (int waited = 0; std::filesystem::exists(folder + "/.lock"); waited += 1000) {
@@ -190,8 +202,16 @@ std::unique_ptr<Gateway> Gateway::open(const Options& options) {
     std::vector<std::string> command = hostCommand(options);
     command.insert(command.end(), {"--connected", std::to_string(theirs.get())});
     if (options.realTime) command.emplace_back("--real-time");
+    std::vector<int> kept = {theirs.get()};
+    Descriptor listening;
+    if (options.takesClients) {
+        listening = listenIn(stateFolder(options));
+        command.insert(command.end(), {"--listening", std::to_string(listening.get())});
+        kept.insert(kept.begin(), listening.get());
+    }
     gateway->runsAhead_ = !options.realTime;
-    gateway->process_ = startHost(options, command, {theirs.get()}, false);
+    gateway->process_ = startHost(options, command, kept, false);
+    listening.reset();
     if (gateway->process_ < 0) throw GatewayError("cannot start a process");
     theirs.reset();
     const protocol::BootReport report = awaitReport(*gateway->client_);
@@ -202,13 +222,7 @@ std::unique_ptr<Gateway> Gateway::open(const Options& options) {
 
 std::string Gateway::startInBackground(const Options& options) {
     const std::string folder = stateFolder(options);
-    std::filesystem::create_directories(std::filesystem::path(folder).parent_path());
-    if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
-        throw GatewayError("cannot create the state folder " + folder + ": " + std::strerror(errno));
-    }
-    std::string problem;
-    const Descriptor listening = hostd::listenForClients(folder, problem);
-    if (!listening) throw GatewayError("cannot listen in the state folder " + folder + ": " + problem);
+    const Descriptor listening = listenIn(folder);
     int ends[2];
     makePair(ends);
     Descriptor theirs(ends[1]);

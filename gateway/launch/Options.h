@@ -17,6 +17,7 @@ struct Options {
     std::string record;   ///< file into which the plug-in's calls are recorded; empty: none
     int logLevel = -1;    ///< -1: no log
     bool realTime = false;
+    bool takesClients = false;  ///< of a board that is booted for this program: others may connect, too
 };
 
 }  // namespace quorvel::launch

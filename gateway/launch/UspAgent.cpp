@@ -3,12 +3,14 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -26,6 +28,7 @@ constexpr int kStartMilliseconds = 10000;
 constexpr int kCannotStart = 127;
 constexpr int kCannotRun = 1;
 constexpr int kLookMilliseconds = 10;
+constexpr int kAnswerMilliseconds = 60000;
 
 std::string agentProgram(const Options& options) {
     const std::string program = programFolder(options) + "/bin/quorvel-wifi-agent";
@@ -179,6 +182,62 @@ void awaitUspEnd(const std::string& stateFolder, int milliseconds) {
         if (flock(lock.get(), LOCK_SH | LOCK_NB) == 0) return;
         (void)poll(nullptr, 0, kLookMilliseconds);
     }
+}
+
+UspScript::UspScript(const Options& options, std::uint64_t seed, std::int64_t start) {
+    std::vector<std::string> command = agentCommand(options, {});
+    command.insert(command.end(), {"scripted", "--seed", std::to_string(seed), "--start", std::to_string(start)});
+    std::array<int, 2> ends{};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
+        throw GatewayError(std::string("cannot make a socket: ") + strerror(errno));
+    socket_ = common::Descriptor(ends[0]);
+    common::Descriptor theirs(ends[1]);
+    process_ = fork();
+    if (process_ == 0) {
+        (void)setpgid(0, 0);  // an interrupt from the terminal is for the player
+        (void)dup2(ends[1], STDIN_FILENO);
+        (void)dup2(ends[1], STDOUT_FILENO);
+        (void)dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
+        become(command);
+    }
+    if (process_ < 0) throw GatewayError("cannot start a process");
+    theirs.reset();
+    const Json report = answer();
+    if (!report.contains("ready")) throw GatewayError("the USP agent: " + report.value("error", report.dump()));
+}
+
+UspScript::~UspScript() {
+    socket_.reset();
+    if (process_ <= 0) return;
+    // It has nothing to finish.
+    (void)kill(process_, SIGKILL);
+    (void)waitpid(process_, nullptr, 0);
+}
+
+Json UspScript::ask(const Json& command) {
+    const std::string line = command.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    for (std::size_t sent = 0; sent < line.size();) {
+        const ssize_t count = send(socket_.get(), line.data() + sent, line.size() - sent, MSG_NOSIGNAL);
+        if (count <= 0) throw GatewayError("the scenario's USP agent has ended");
+        sent += static_cast<std::size_t>(count);
+    }
+    return answer();
+}
+
+Json UspScript::answer() {
+    std::array<char, 16384> piece{};
+    pollfd entry{socket_.get(), POLLIN, 0};
+    std::size_t end = 0;
+    while ((end = received_.find('\n')) == std::string::npos) {
+        if (poll(&entry, 1, kAnswerMilliseconds) <= 0) throw GatewayError("the scenario's USP agent does not answer");
+        const ssize_t count = read(socket_.get(), piece.data(), piece.size());
+        if (count <= 0) throw GatewayError("the scenario's USP agent has ended");
+        received_.append(piece.data(), static_cast<std::size_t>(count));
+    }
+    const Json parsed = Json::parse(received_.substr(0, end), nullptr, false);
+    received_.erase(0, end + 1);
+    if (!parsed.is_object()) throw GatewayError("the scenario's USP agent says something that is not JSON");
+    return parsed;
 }
 
 }  // namespace quorvel::launch

@@ -2,9 +2,12 @@
 
 // The USP agent of a board that stays up: a program of its own, which this one only starts.
 
+#include <cstdint>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
+#include "common/Descriptor.h"
 #include "gateway/launch/Gateway.h"
 
 namespace quorvel::launch {
@@ -41,5 +44,28 @@ struct UspOptions {
 
 /// Waits until the agent of a board that is down has ended, but no longer than `milliseconds`.
 void awaitUspEnd(const std::string& stateFolder, int milliseconds);
+
+/// The agent with a scripted broker and controller, for a board that takes clients. It does what it is asked to and
+/// nothing else, and ends with this object.
+class UspScript {
+  public:
+    /// Starts it. `seed` decides what varies by chance; `start` is the caller's clock, in milliseconds. Throws
+    /// GatewayError, also when this build has no agent.
+    UspScript(const Options& options, std::uint64_t seed, std::int64_t start);
+    UspScript(const UspScript&) = delete;
+    UspScript& operator=(const UspScript&) = delete;
+    ~UspScript();
+
+    /// Does a command (agent/scripted/Performance.h lists them) and returns the answer. Throws GatewayError when the
+    /// program is gone or silent.
+    [[nodiscard]] nlohmann::ordered_json ask(const nlohmann::ordered_json& command);
+
+  private:
+    [[nodiscard]] nlohmann::ordered_json answer();
+
+    common::Descriptor socket_;
+    pid_t process_ = -1;
+    std::string received_;
+};
 
 }  // namespace quorvel::launch

@@ -255,6 +255,18 @@ std::string stationLanes(const TimeAxis& axis, const Result& result) {
     return lanes;
 }
 
+std::string controllerLane(const TimeAxis& axis, const Scenario& scenario, const Result& result) {
+    if (!scenario.usesUsp()) return "";
+    std::string plot;
+    std::size_t count = 0;
+    for (const LogLine& line : result.log) {
+        if (line.kind != kControllerLog) continue;
+        ++count;
+        plot += dot(axis, line.time, kRowHeight / 2, "arrival", when(line.time) + line.text);
+    }
+    return lane("controller", "USP controller", std::to_string(count) + " from the agent", kRowHeight, plot);
+}
+
 std::string logLane(const TimeAxis& axis, const Result& result) {
     std::string plot;
     for (const LogLine& line : result.log) {

@@ -16,6 +16,8 @@ namespace quorvel::scenario {
 [[nodiscard]] std::string parameterLanes(const TimeAxis& axis, const Scenario& scenario, const Result& result);
 /// A lane for each station: its associations as bars, its signal as a line.
 [[nodiscard]] std::string stationLanes(const TimeAxis& axis, const Result& result);
+/// The lane of what a USP controller got, or the empty text when none takes part.
+[[nodiscard]] std::string controllerLane(const TimeAxis& axis, const Scenario& scenario, const Result& result);
 [[nodiscard]] std::string logLane(const TimeAxis& axis, const Result& result);
 
 }  // namespace quorvel::scenario

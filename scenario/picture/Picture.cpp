@@ -80,7 +80,8 @@ std::string picture(const Scenario& scenario, const Result& result, std::uint64_
            common::escapedMarkup(scenario.name) + "</title>\n<style>" + kStyle +
            "</style>\n</head>\n<body>\n<main>\n<h1>" + common::escapedMarkup(scenario.name) + "</h1>\n" +
            summaryOf(result, seed) + "<div class=\"lanes\">\n" +
-           section("Course", axisLane(axis) + stepLane(axis, result) + logLane(axis, result)) +
+           section("Course", axisLane(axis) + stepLane(axis, result) + controllerLane(axis, scenario, result) +
+                                 logLane(axis, result)) +
            section("Expectations", expectationLanes(axis, scenario, result)) +
            section("Parameters", parameterLanes(axis, scenario, result)) +
            section("Stations", stationLanes(axis, result)) + "<div id=\"cursor\"></div>\n</div>\n" +

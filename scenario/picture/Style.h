@@ -21,7 +21,7 @@ h1 { margin: 0; font-size: 22px; } h2 { margin: 20px 0 4px; font-size: 15px; }
 .plot { display: block; width: 100%; overflow: visible; }
 .plot text { font-size: 11px; fill: var(--faint); pointer-events: none; } .plot text.inside { fill: var(--text); }
 .mark, .entry { stroke: var(--faint); stroke-width: 1; } .entry { stroke-width: 2; opacity: .7; }
-.step { fill: var(--line); } .step.failed { fill: var(--bad); }
+.step, .arrival { fill: var(--line); } .arrival { opacity: .7; } .step.failed { fill: var(--bad); }
 .span { fill: var(--span); stroke: var(--span); stroke-width: 2; } circle.held { fill: var(--good); } circle.failed { fill: var(--bad); }
 .line { fill: none; stroke: var(--line); stroke-width: 2; vector-effect: non-scaling-stroke; pointer-events: none; }
 .limit { stroke: var(--faint); stroke-dasharray: 4 4; }

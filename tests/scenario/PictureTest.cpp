@@ -101,4 +101,16 @@ TEST(TimeAxis, HasAboutTenRoundMarks) {
     EXPECT_EQ(readable(3'620'000), "1 h 20 s");
 }
 
+TEST(Picture, HasALaneForAControllerThatTakesPart) {
+    Scenario scenario = scenarioOf();
+    Result result = resultOf();
+    result.log.push_back({20'000, "usp", "notify ValueChange <x>"});
+    EXPECT_FALSE(has(picture(scenario, result, 7), "USP controller"));
+    scenario.timeline.push_back({5'000, "", "usp.broker", {{"how", "down"}}});
+    const std::string page = picture(scenario, result, 7);
+    EXPECT_TRUE(has(page, "<span>USP controller</span><small>1 from the agent</small>")) << page;
+    EXPECT_TRUE(has(page, "<circle class=\"arrival\" cx=\"50%\""));
+    EXPECT_TRUE(has(page, "notify ValueChange &lt;x&gt;"));
+}
+
 }  // namespace quorvel::scenario

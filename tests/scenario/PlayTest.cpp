@@ -24,6 +24,9 @@ std::vector<std::string> shippedScenarios() {
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(kSources / "gateway/scenarios"))
         names.push_back(entry.path().stem());
+    // A build without the agent's libraries has no agent.
+    if (!fs::exists(fs::path(QUORVEL_CONSOLE).parent_path() / "quorvel-wifi-agent"))
+        std::erase_if(names, [](const std::string& name) { return name.starts_with("usp-"); });
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -129,6 +132,60 @@ TEST_F(Scenario, OfTheDocumentPrintsWhatTheDocumentSays) {
     const Outcome outcome = console_.run({"play", write(scenario)});
     EXPECT_EQ(outcome.out, report);
     EXPECT_EQ(outcome.status, 0);
+}
+
+class WithController : public Scenario {
+  protected:
+    void SetUp() override {
+        Scenario::SetUp();
+        if (!fs::exists(fs::path(QUORVEL_CONSOLE).parent_path() / "quorvel-wifi-agent"))
+            GTEST_SKIP() << "this build has no USP agent";
+    }
+};
+
+TEST_F(WithController, SaysWhatTheControllerGotInstead) {
+    const Outcome outcome = console_.run({"play", write(R"({"name": "T", "board": "dual-band", "timeline": [
+        {"at": 2, "do": "usp.request", "id": "read", "get": ["Device.WiFi.RadioNumberOfEntries", "Device.WiFi.None"]},
+        {"at": 3, "do": "usp.request", "id": "s", "subscribe": {"id": "v", "type": "ValueChange", "references": ["Device.WiFi.SSID.1.SSID"]}},
+        {"at": 4, "do": "set", "values": {"Device.WiFi.SSID.1.SSID": "New"}}],
+        "expectations": [
+        {"by": 3, "answer": "read", "path": "Device.WiFi.RadioNumberOfEntries", "equals": 7},
+        {"by": 3, "answer": "read", "path": "Device.WiFi.RadioNumberOfEntries", "equals": 2},
+        {"by": 3, "answer": "read", "path": "Device.WiFi.None", "code": 7026},
+        {"by": 3, "answer": "read", "code": 0},
+        {"by": 5, "notification": "ValueChange", "path": "Device.WiFi.SSID.2.SSID"},
+        {"by": 5, "notification": "ValueChange", "path": "Device.WiFi.SSID.*.SSID", "equals": "New", "atLeast": 1, "atMost": 1},
+        {"by": 5, "notification": "ValueChange", "atMost": 0}]})"),
+                                          "--plain", "--html", place("page.html")});
+    EXPECT_EQ(outcome.status, 1) << outcome.error;
+    const auto says = [&outcome](const std::string& text) { return outcome.out.find(text) != std::string::npos; };
+    EXPECT_TRUE(
+        says("3.000\tfailed\tanswer to read Device.WiFi.RadioNumberOfEntries = 7 by 3 s\tnone; but answer read "
+             "GET_RESP Device.WiFi.RadioNumberOfEntries = 2; fault 7026 Device.WiFi.None\n"))
+        << outcome.out;
+    EXPECT_TRUE(says("held\tanswer to read Device.WiFi.RadioNumberOfEntries = 2 by 3 s")) << outcome.out;
+    EXPECT_TRUE(says("held\tanswer to read Device.WiFi.None with fault 7026 by 3 s")) << outcome.out;
+    EXPECT_TRUE(says("failed\tanswer to read without a fault by 3 s")) << outcome.out;
+    EXPECT_TRUE(says("failed\tnotification ValueChange Device.WiFi.SSID.2.SSID by 5 s")) << outcome.out;
+    EXPECT_TRUE(says("held\tnotification ValueChange Device.WiFi.SSID.*.SSID = New, at most 1 times by 5 s"))
+        << outcome.out;
+    EXPECT_TRUE(says("failed\tnotification ValueChange, never by 5 s")) << outcome.out;
+    EXPECT_NE(contents(place("page.html")).find("USP controller"), std::string::npos);
+}
+
+TEST_F(WithController, IsServedAgainAfterAPowerCycle) {
+    const Outcome outcome = console_.run({"play", write(R"({"name": "T", "board": "dual-band", "timeline": [
+        {"at": 1, "do": "usp.request", "id": "s", "subscribe": {"id": "boot", "type": "Event", "references": ["Device.Boot!"], "persistent": true}},
+        {"at": 2, "do": "usp.broker", "how": "slow", "delay": 1},
+        {"at": 5, "do": "power.cycle"},
+        {"at": 10, "do": "power.cut"},
+        {"at": 11, "do": "usp.request", "id": "dark", "get": ["Device.WiFi."]},
+        {"at": 12, "do": "power.on"},
+        {"at": 13, "do": "usp.request", "id": "wrong", "request": {"get": {"param_path": "Device."}}}],
+        "expectations": [{"by": 1, "answer": "s", "code": 0}, {"step": "dark", "fault": 7003}, {"step": "wrong", "fault": 7003},
+        {"after": 6, "by": 7, "notification": "Event", "path": "Device.Boot!", "member": "Cause", "equals": "LocalReboot"},
+        {"after": 12, "by": 20, "notification": "Event", "subscription": "boot", "atMost": 1, "atLeast": 1}]})")});
+    EXPECT_EQ(outcome.status, 0) << outcome.out << outcome.error;
 }
 
 }  // namespace

@@ -96,6 +96,21 @@ INSTANTIATE_TEST_SUITE_P(
              "3:29: /expectations/0/after: expected no later time than \"by\", found 9"},
         Case{"UnknownStep", file("", R"({"step": "a", "fault": 7012})"),
              "3:28: /expectations/0/step: expected the \"id\" of a step of the timeline, found \"a\""},
+        Case{"DelayOfABrokerThatIsDown",
+             file(R"({"at": 1, "do": "usp.broker", "how": "down", "delay": 2})", kExpectation),
+             "2:69: /timeline/0/delay: expected no delay beside \"down\"; it goes with \"slow\", found 2"},
+        Case{"TwoRequests",
+             file(R"({"at": 1, "do": "usp.request", "get": ["Device."], "delete": ["Device."]})", kExpectation),
+             "2:15: /timeline/0: expected exactly one of get, set, add, delete, operate, subscribe, request, found "
+             "{\"at\":1,\"do\":\"usp.request\",\"get\":[\"Device.\"],\"delete\":[\"Devi..."},
+        Case{"NoPaths", file(R"({"at": 1, "do": "usp.request", "get": []})", kExpectation),
+             "2:53: /timeline/0/get: expected at least one path, found []"},
+        Case{
+            "AnswerToNothing", file("", R"({"by": 1, "answer": "a"})"),
+            "3:39: /expectations/0/answer: expected the \"id\" of a step \"usp.request\" of the timeline, found \"a\""},
+        Case{"UnknownNotification", file("", R"({"by": 1, "notification": "Change"})"),
+             "3:45: /expectations/0/notification: expected one of \"ValueChange\", \"ObjectCreation\", "
+             "\"ObjectDeletion\", \"OperationComplete\", \"Event\", \"OnBoardRequest\", found \"Change\""},
         Case{"IdTwice",
              file(R"({"at": 1, "id": "a", "do": "power.cut"}, {"at": 2, "id": "a", "do": "power.on"})", kExpectation),
              "2:72: /timeline/1/id: expected an id of its own, found \"a\""}),
@@ -105,6 +120,26 @@ TEST(ScenarioReader, ListsTheActionsForAnUnknownOne) {
     const std::string message = mistakeIn(file(R"({"at": 1, "do": "dance"})", kExpectation));
     EXPECT_TRUE(message.starts_with("test.json:2:31: /timeline/0/do: expected an action (set, scan, ")) << message;
     EXPECT_TRUE(message.ends_with("time), found \"dance\"")) << message;
+}
+
+TEST(ScenarioReader, ReadsWhatAControllerShallGet) {
+    const Scenario scenario = parseScenario(
+        file(
+            R"({"at": 1, "do": "usp.request", "id": "a", "get": ["Device.WiFi."]}, {"at": 2, "do": "usp.broker", "how": "down"})",
+            R"({"by": 9, "notification": "ObjectCreation", "path": "Device.*.", "subscription": "s", "member": "Alias", "matches": "^cpe", "atMost": 2},
+                {"by": 9, "answer": "a", "code": 7026}, {"by": 9, "answer": "a", "path": "Device.A", "equals": 4},
+                {"by": 9, "answer": "a", "code": 0})"),
+        "test.json");
+    EXPECT_TRUE(scenario.usesUsp());
+    EXPECT_TRUE(scenario.listens());
+    const auto& expected = scenario.expectations;
+    EXPECT_EQ(describe(expected[0]),
+              "notification ObjectCreation Device.*. of subscription s Alias matches ^cpe, at most 2 times by 9 s");
+    EXPECT_EQ(describe(expected[1]), "answer to a with fault 7026 by 9 s");
+    EXPECT_EQ(describe(expected[2]), "answer to a Device.A = 4 by 9 s");
+    EXPECT_EQ(describe(expected[3]), "answer to a without a fault by 9 s");
+    EXPECT_EQ(describe(scenario.timeline[0]), "usp.request get Device.WiFi.");
+    EXPECT_FALSE(parseScenario(file("", kExpectation), "test.json").usesUsp());
 }
 
 TEST(ScenarioReader, TakesAnExpressionOf500Characters) {

@@ -57,7 +57,7 @@ void Client::flush() {
             ::send(descriptor_, unsent_.data() + sent, unsent_.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) break;
-        if (count <= 0) throw ConnectionError(kGone);
+        if (count <= 0) throw ConnectionEnded(kGone);
         sent += static_cast<std::size_t>(count);
     }
     unsent_.erase(0, sent);
@@ -120,7 +120,7 @@ void Client::process() {
     (void)receive();  // what there is, is handed out below
     for (std::string text; nextLine(text);)
         handOut(text);
-    if (ended_) throw ConnectionError(kEnded);
+    if (ended_) throw ConnectionEnded(kEnded);
 }
 
 bool Client::wait(int milliseconds) {
@@ -194,7 +194,7 @@ void Client::follow(const Request& request, const OnPart& onPart, const std::fun
 bool Client::line(std::string& text, int milliseconds) {
     for (;;) {
         if (nextLine(text)) return true;
-        if (ended_) throw ConnectionError(kEnded);
+        if (ended_) throw ConnectionEnded(kEnded);
         pollfd waiting{descriptor_, POLLIN, 0};
         const int ready = poll(&waiting, 1, milliseconds);
         if (ready == 0 || (ready < 0 && errno == EINTR)) return false;

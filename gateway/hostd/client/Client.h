@@ -18,6 +18,12 @@ class ConnectionError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// The host process has ended the connection: the board was switched off, or something went wrong.
+class ConnectionEnded : public ConnectionError {
+  public:
+    using ConnectionError::ConnectionError;
+};
+
 /// Talks to a host process. Usable in two ways that may be mixed: ask() waits for the answer; send() returns at once
 /// and the answer's parts come out of process(), which an event loop calls when descriptor() is readable (or writable
 /// while wantsToWrite()).

@@ -7,41 +7,13 @@
 #include <stdexcept>
 #include <utility>
 
+#include "agent/record/Records.h"
+
 namespace quorvel::agent_test {
 namespace {
 
 constexpr int kAnswerMilliseconds = 10000;
 constexpr int kLook = 50;
-
-usp::Header::MsgType typeOf(const usp::Request& request) {
-    switch (request.req_type_case()) {
-        case usp::Request::kGet:
-            return usp::Header::GET;
-        case usp::Request::kGetSupportedDm:
-            return usp::Header::GET_SUPPORTED_DM;
-        case usp::Request::kGetInstances:
-            return usp::Header::GET_INSTANCES;
-        case usp::Request::kSet:
-            return usp::Header::SET;
-        case usp::Request::kAdd:
-            return usp::Header::ADD;
-        case usp::Request::kDelete:
-            return usp::Header::DELETE;
-        case usp::Request::kOperate:
-            return usp::Header::OPERATE;
-        case usp::Request::kNotify:
-            return usp::Header::NOTIFY;
-        case usp::Request::kGetSupportedProtocol:
-            return usp::Header::GET_SUPPORTED_PROTO;
-        case usp::Request::kRegister:
-            return usp::Header::REGISTER;
-        case usp::Request::kDeregister:
-            return usp::Header::DEREGISTER;
-        case usp::Request::REQ_TYPE_NOT_SET:
-            return usp::Header::ERROR;
-    }
-    return usp::Header::ERROR;
-}
 
 }  // namespace
 
@@ -54,7 +26,7 @@ usp::Msg Controller::message(const std::string& request) {
         throw std::runtime_error("the test's request is malformed: " + request);
     }
     message.mutable_header()->set_msg_id("test-" + std::to_string(++lastId_));
-    message.mutable_header()->set_msg_type(typeOf(message.body().request()));
+    message.mutable_header()->set_msg_type(agent::requestType(message.body().request()));
     return message;
 }
 

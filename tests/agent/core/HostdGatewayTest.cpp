@@ -50,7 +50,8 @@ class HostdGatewayOn : public testing::Test {
         listening = hostd::listenForClients(folder, problem).release();
         EXPECT_GE(listening, 0) << problem;
         loop.watch(listening, POLLIN, [this](short) { accept(); });
-        gateway = std::make_unique<HostdGateway>(loop, folder, [](const std::string&) {});
+        gateway =
+            std::make_unique<HostdGateway>(loop, folder, [this](const std::string& line) { logged.push_back(line); });
         gateway->listen(&listener);
         gateway->onReady = [this] { ++ready; };
     }
@@ -122,6 +123,7 @@ class HostdGatewayOn : public testing::Test {
     std::string silent;    ///< a verb whose answers do not end
     std::string hangUpOn;  ///< a verb at which the host process goes away
     std::vector<std::string> verbs;
+    std::vector<std::string> logged;
     std::map<std::string, protocol::ParsedRequest> last;
     std::map<std::string, Part> scripted;
     Listener listener;
@@ -142,6 +144,20 @@ TEST_F(HostdGatewayOn, KnowsTheTimeWhenItIsReady) {
     until([this] { return !listener.heard.empty(); });
     EXPECT_EQ(gateway->boardTime() - before, std::chrono::milliseconds(10500));
     EXPECT_EQ(listener.heard, std::vector<std::string>{"time"});
+}
+
+TEST_F(HostdGatewayOn, FindsNothingUnexpectedInABoardThatEndsTheConnection) {
+    connect();
+    hangUp();
+    until([this] { return !logged.empty(); });
+    EXPECT_EQ(logged.front(), "the board has ended the connection");
+}
+
+TEST_F(HostdGatewayOn, SaysWhatBreaksAConnection) {
+    scripted["hello"].faults.push_back({protocol::FaultCode::kInternal, "", "another version", "", 0, ""});
+    EXPECT_TRUE(gateway->connect());
+    until([this] { return !logged.empty(); });
+    EXPECT_EQ(logged.front(), "the connection to the board is broken: another version");
 }
 
 TEST_F(HostdGatewayOn, ReadsValuesAsTexts) {
