@@ -62,6 +62,19 @@ instructions("apply-one-of-24", "… of an apply of one staged number on an acce
 instructions("snapshot-ssid", "… of a snapshot of an SSID")
 
 
+# Through the recorder, against the plain call.
+recorded_counts = counts_in("arm-recorded")
+for name, what, limited in (("mapped-number-read", "a mapped number read through the recorder, in the calling thread", True),
+                            ("mapped-text-read", "… of a mapped text read through it", False),
+                            ("staged-set", "… of a staged set through it", False)):
+    if name not in recorded_counts or name not in arm_counts:
+        continue
+    ratio = recorded_counts[name][0] / arm_counts[name][0]
+    arm = f"{cost(recorded_counts, name)} ({ratio:.2f} × the plain call)"
+    what = f"instructions of {what}" if limited else what
+    row(what, arm, "", *(("≤ 3 ×", ratio <= 3) if limited else ()))
+
+
 def relocations(name):
     """Relocations of a library: those of the parameter table, other addresses in it, and names that the loader looks up."""
     elf = "\n".join(lines(name))

@@ -31,6 +31,19 @@ target_link_libraries(bench_emulated PRIVATE
 add_dependencies(bench_emulated quorvel_uncounted_platform)
 set_target_properties(bench_emulated PROPERTIES POSITION_INDEPENDENT_CODE OFF)
 
+# The recorder in the plug-in's place, with the plug-in behind it, in the build's folder bench/recorded.
+if(TARGET quorvel_wifi_recorder)
+    set(quorvel_recorded_folder ${CMAKE_BINARY_DIR}/bench/recorded)
+    file(GENERATE OUTPUT ${quorvel_recorded_folder}/libquorvel_wifi_recorder.conf CONTENT
+"QUORVEL_RECORDER_LIBRARY=$<TARGET_FILE:quorvel_wifi>
+QUORVEL_RECORDER_FILE=${quorvel_recorded_folder}/count.rec
+")
+    add_custom_command(OUTPUT ${quorvel_recorded_folder}/libquorvel_wifi.so
+        COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:quorvel_wifi_recorder> ${quorvel_recorded_folder}/libquorvel_wifi.so
+        DEPENDS quorvel_wifi_recorder)
+    add_custom_target(quorvel_recorded_plugin ALL DEPENDS ${quorvel_recorded_folder}/libquorvel_wifi.so)
+endif()
+
 # Adds the library as other options make it, for the comparison in docs/performance.md: `often` for the sources that most calls
 # pass through, `rest` for the others, and options for all of them. Its file is in the build's folder bench/<name>.
 get_target_property(quorvel_wifi_folder quorvel_wifi SOURCE_DIR)

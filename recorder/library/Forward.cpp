@@ -1,6 +1,6 @@
 // The exported functions: each records its call, passes it on to the recorded library, and records the return.
 #include <algorithm>
-#include <cstring>
+#include <tuple>
 #include <type_traits>
 
 #include "recorder/library/Functions.h"
@@ -17,42 +17,28 @@ namespace {
 // The longest text or record of a caller that is recorded.
 constexpr uint32_t kMaxMemory = 4096;
 
-// One argument as a record has it.
-struct Piece {
-    enum class Kind : uint8_t {
-        kNumber,
-        kHandle,
-        kText,    // NUL-terminated
-        kInput,   // bytes that the call reads
-        kMemory,  // bytes that the call may write
-    };
-    Kind kind;
-    bool before;  // of memory: what is there before the call matters
-    uint32_t size;
-    union {
-        uint32_t number;
-        const void* address;
-    };
+// How a function uses its first argument.
+enum class Use : uint8_t {
+    kOther,
+    kContext,
+    kSetter,  // a context's header and one field
 };
 
-constexpr uint32_t kMaxPieces = 10;
-
-struct Pieces {
-    Piece list[kMaxPieces];
-    uint32_t count = 0;
-
-    void number(uint32_t value) {
-        Piece& piece = list[count++];
-        piece.kind = Piece::Kind::kNumber;
-        piece.number = value;
-    }
-    void bytes(Piece::Kind kind, const void* address, uint32_t size, bool before = true) {
-        Piece& piece = list[count++];
-        piece.kind = address == nullptr ? Piece::Kind::kHandle : kind;
-        piece.before = before;
-        piece.size = size;
-        piece.address = address;
-    }
+// Memory that a call may write; `before`: what is there before the call matters.
+struct Memory {
+    const void* address;
+    uint32_t size;
+    bool before = true;
+};
+// A number that a call writes.
+template <typename Number>
+struct NumberMemory {
+    const Number* address;
+};
+// The field that a setter writes; nowhere without a context.
+struct FieldMemory {
+    const void* address;
+    uint32_t size;
 };
 
 // Records of the manager that pass through a function without a length.
@@ -60,12 +46,6 @@ constexpr uint32_t recordSizeOf(uint16_t function) {
     if (function == kCall_WiFiAccessPointStatsGet) return 236;
     if (function == kCall_WiFiAccessPointSsidNameStatusGet) return 40;
     return 0;
-}
-
-void addContext(Pieces& pieces, const ContextUse& use, const void* context) {
-    pieces.bytes(Piece::Kind::kMemory, context, use.size, use.before);
-    if (use.fieldSize == 0 || context == nullptr) return;
-    pieces.bytes(Piece::Kind::kMemory, static_cast<const uint8_t*>(context) + use.fieldOffset, use.fieldSize);
 }
 
 // A length is behind what it bounds, at the end of the parameters.
@@ -79,116 +59,114 @@ constexpr uint32_t lastNumber([[maybe_unused]] First first, Rest... rest) {
     return 0;
 }
 
-void add(Pieces& /*pieces*/, const ContextUse& /*use*/, uint16_t /*function*/) {}
-
-// Adds the arguments from the first on. A length behind a text or record bounds what is recorded of it.
-template <typename First, typename... Rest>
-void add(Pieces& pieces, const ContextUse& use, uint16_t function, First first, Rest... rest) {
+// The values of one argument, in a tuple. A length behind a text or record bounds what is recorded of it.
+template <Use kUse, typename First, typename... Rest>
+auto valuesOfFirst(const ContextUse& use, uint16_t function, First first, Rest... rest) {
     if constexpr (std::is_integral_v<First>) {
-        pieces.number(static_cast<uint32_t>(first));
+        return std::tuple(Number{static_cast<uint32_t>(first)});
     } else if constexpr (std::is_same_v<First, char*>) {
-        pieces.bytes(Piece::Kind::kMemory, first, std::min(kMaxMemory, lastNumber(rest...)));
+        return std::tuple(Memory{first, std::min(kMaxMemory, lastNumber(rest...))});
     } else if constexpr (std::is_same_v<First, const char*>) {
-        if (use.fieldSize == 0) {
-            pieces.bytes(Piece::Kind::kText, first, 0);
-        } else {
-            // A longer text is refused unread.
-            pieces.bytes(Piece::Kind::kInput, first, std::min<uint32_t>(use.fieldSize, lastNumber(rest...)));
-        }
+        // A text that is longer than its field is refused unread.
+        if constexpr (kUse == Use::kSetter)
+            return std::tuple(Bytes{first, std::min<uint32_t>(use.fieldSize, lastNumber(rest...))});
+        else
+            return std::tuple(Text{first});
     } else if constexpr (std::is_same_v<First, void*>) {
-        if (use.size != 0) {
-            addContext(pieces, use, first);
-        } else if (const uint32_t size = recordSizeOf(function); size != 0) {
-            pieces.bytes(Piece::Kind::kMemory, first, size);
-        } else if (function == kCall_WiFiRadioChannelStatsGet2) {
-            pieces.bytes(Piece::Kind::kMemory, first, std::min(kMaxMemory, lastNumber(rest...)));
+        const Memory context{first, use.size, use.before};
+        if constexpr (kUse == Use::kSetter) {
+            const auto* const field = first == nullptr ? nullptr : static_cast<const uint8_t*>(first) + use.fieldOffset;
+            return std::tuple(context, FieldMemory{field, use.fieldSize});
+        } else if constexpr (kUse == Use::kContext) {
+            return std::tuple(context);
         } else {
-            pieces.bytes(Piece::Kind::kHandle, first, 0);
+            const uint32_t bounded =
+                function == kCall_WiFiRadioChannelStatsGet2 ? std::min(kMaxMemory, lastNumber(rest...)) : 0;
+            const uint32_t size = bounded != 0 ? bounded : recordSizeOf(function);
+            return std::tuple(Memory{first, size});
         }
     } else if constexpr (std::is_same_v<First, const void*> || std::is_function_v<std::remove_pointer_t<First>>) {
-        pieces.bytes(Piece::Kind::kHandle, reinterpret_cast<const void*>(first), 0);
+        return std::tuple(Handle{reinterpret_cast<const void*>(first)});
     } else {
         static_assert(std::is_arithmetic_v<std::remove_pointer_t<First>>);
-        pieces.bytes(Piece::Kind::kMemory, first, sizeof *first);
-    }
-    add(pieces, use, function, rest...);
-}
-
-Text textOf(const Piece& piece) {
-    return Text(static_cast<const char*>(piece.address));
-}
-
-uint32_t sizeBefore(const Piece& piece) {
-    switch (piece.kind) {
-        case Piece::Kind::kNumber:
-            return sizeInRecord(Number{});
-        case Piece::Kind::kHandle:
-            return sizeInRecord(Handle{piece.address});
-        case Piece::Kind::kText:
-            return sizeInRecord(textOf(piece));
-        case Piece::Kind::kInput:
-        case Piece::Kind::kMemory:
-            return 4 + (piece.before ? padded(piece.size) : 0);
-    }
-    return 0;
-}
-
-void putBefore(ValueWriter& writer, const Piece& piece) {
-    switch (piece.kind) {
-        case Piece::Kind::kNumber:
-            return writer.put(Number{piece.number});
-        case Piece::Kind::kHandle:
-            return writer.put(Handle{piece.address});
-        case Piece::Kind::kText:
-            return writer.put(textOf(piece));
-        case Piece::Kind::kInput:
-            return writer.put(Bytes{piece.address, piece.size});
-        case Piece::Kind::kMemory:
-            return writer.put(Bytes{piece.address, piece.before ? piece.size : 0, ValueRole::kBefore});
+        return std::tuple(NumberMemory<std::remove_pointer_t<First>>{first});
     }
 }
 
-void recordCall(uint16_t function, const Pieces& pieces) {
-    uint32_t size = sizeof(QueuedHead);
-    for (uint32_t i = 0; i < pieces.count; ++i)
-        size += sizeBefore(pieces.list[i]);
-    uint8_t* const record = queue.reserve(size);
-    if (record == nullptr) return;
-    ValueWriter writer(record + sizeof(QueuedHead));
-    for (uint32_t i = 0; i < pieces.count; ++i)
-        putBefore(writer, pieces.list[i]);
-    queue.finish(record, {size, RecordKind::kCall, static_cast<uint8_t>(pieces.count), function, 0});
+template <Use kUse>
+std::tuple<> valuesOf(const ContextUse& /*use*/, uint16_t /*function*/) {
+    return {};
+}
+template <Use kUse, typename First, typename... Rest>
+auto valuesOf(const ContextUse& use, uint16_t function, First first, Rest... rest) {
+    return std::tuple_cat(valuesOfFirst<kUse>(use, function, first, rest...), valuesOf<kUse>(use, function, rest...));
 }
 
-void recordReturn(uint16_t function, const Pieces& pieces, uint32_t result) {
-    uint32_t size = uint32_t{sizeof(QueuedHead)} + sizeInRecord(Number{});
-    uint8_t values = 1;
-    for (uint32_t i = 0; i < pieces.count; ++i) {
-        if (pieces.list[i].kind == Piece::Kind::kMemory) size += 4 + padded(pieces.list[i].size);
+template <typename Value>
+const Value& before(const Value& value) {
+    return value;
+}
+BytesBefore before(const Memory& memory) {
+    return {memory.address, memory.before ? memory.size : 0};
+}
+MemoryIn<ValueRole::kBefore> before(const FieldMemory& field) {
+    return {field.address, field.size};
+}
+
+template <typename Number>
+FixedIn<ValueRole::kBefore, sizeof(Number), QueuedType::kBytes> before(const NumberMemory<Number>& memory) {
+    return {memory.address};
+}
+
+template <typename Value>
+std::tuple<> after(const Value& /*value*/) {
+    return {};
+}
+std::tuple<MemoryIn<ValueRole::kAfter>> after(const Memory& memory) {
+    return {{memory.address, memory.size}};
+}
+std::tuple<MemoryIn<ValueRole::kAfter>> after(const FieldMemory& field) {
+    return {{field.address, field.size}};
+}
+
+template <typename Number>
+std::tuple<FixedIn<ValueRole::kAfter, sizeof(Number)>> after(const NumberMemory<Number>& memory) {
+    return {{memory.address}};
+}
+
+[[gnu::always_inline]] inline void recordReturn(uint16_t function, uint32_t result, auto... memories) {
+    queue.appendLast<RecordKind::kReturn>(function, ResultNumber{result}, memories...);
+}
+
+template <Use kUse, typename Result, typename... Arguments>
+Result record(const ContextUse& use, uint16_t function, Arguments... arguments) {
+    const auto values = valuesOf<kUse>(use, function, arguments...);
+    std::apply([&](const auto&... value) { queue.appendInNew<RecordKind::kCall>(function, before(value)...); }, values);
+    const Result result = reinterpret_cast<Result (*)(Arguments...)>(realFunctions[function])(arguments...);
+    std::apply(
+        [&](const auto&... value) {
+            std::apply([&](const auto&... memory) { recordReturn(function, static_cast<uint32_t>(result), memory...); },
+                       std::tuple_cat(after(value)...));
+        },
+        values);
+    return result;
+}
+
+template <typename Result, typename... Arguments>
+Result recordAs(uint16_t function, Arguments... arguments) {
+    const ContextUse& use = kContextUses[function];
+    if constexpr ((std::is_same_v<Arguments, void*> || ...)) {
+        if (use.fieldSize != 0) return record<Use::kSetter, Result>(use, function, arguments...);
+        if (use.size != 0) return record<Use::kContext, Result>(use, function, arguments...);
     }
-    uint8_t* const record = queue.reserve(size);
-    if (record == nullptr) return;
-    ValueWriter writer(record + sizeof(QueuedHead));
-    writer.put(Number{result, ValueRole::kResult});
-    for (uint32_t i = 0; i < pieces.count; ++i) {
-        const Piece& piece = pieces.list[i];
-        if (piece.kind != Piece::Kind::kMemory) continue;
-        writer.put(Bytes{piece.address, piece.size, ValueRole::kAfter});
-        ++values;
-    }
-    queue.finish(record, {size, RecordKind::kReturn, values, function, 0});
-    queue.close();
+    return record<Use::kOther, Result>(use, function, arguments...);
 }
 
 template <typename Result, typename... Arguments>
 [[gnu::noinline]] Result forward(uint16_t function, Result (*)(Arguments...), Arguments... arguments) {
     // Without the library every call fails, as the manager's failures do.
     if (!session.isOpen()) return static_cast<Result>(1);
-    Pieces pieces;
-    add(pieces, kContextUses[function], function, arguments...);
-    recordCall(function, pieces);
-    const Result result = reinterpret_cast<Result (*)(Arguments...)>(realFunctions[function])(arguments...);
-    recordReturn(function, pieces, static_cast<uint32_t>(result));
+    const Result result = recordAs<Result>(function, arguments...);
     // A host may leave its process right behind this call.
     if (function == kCall_WiFiUnInit) storeEverything();
     return result;
@@ -197,16 +175,14 @@ template <typename Result, typename... Arguments>
 // Registration hands the library the recorder's callback; the host's is called from there.
 uint32_t forward(uint16_t function, uint32_t (*)(AssociatedDeviceCallback), AssociatedDeviceCallback callback) {
     if (!session.isOpen()) return 1;
-    Pieces pieces;
-    pieces.bytes(Piece::Kind::kHandle, reinterpret_cast<const void*>(callback), 0);
-    recordCall(function, pieces);
+    queue.appendInNew<RecordKind::kCall>(function, Handle{reinterpret_cast<const void*>(callback)});
     rememberCallback(callback);
     // Unrecorded, the listener is the library's alone and knows no callback of the recorder's.
     const bool records = callback != nullptr && session.isRecording();
     const uint32_t result = reinterpret_cast<decltype(&WiFiNewAPAssociatedDeviceCallbackRegister)>(
         realFunctions[function])(records ? &recordedCallback : callback);
     qvlThreadId = *realThreadId;
-    recordReturn(function, pieces, result);
+    recordReturn(function, result);
     return result;
 }
 

@@ -4,7 +4,6 @@
 #include "recorder/library/Imports.h"
 #include "recorder/library/Queue.h"
 #include "recorder/library/Replacements.h"
-#include "recorder/library/Variadic.h"
 
 namespace quorvel::recorder::replacement {
 
@@ -18,16 +17,16 @@ constexpr uint32_t kConfigurationSize = 64;
 std::atomic<uint32_t> turns{0};
 
 template <typename... Values>
-void record(ImportNumber import, const Values&... values) {
-    queue.append(RecordKind::kPlatform, numberInRecord(import), 0, values...);
+void record(ImportNumber import, Values... values) {
+    queue.append<RecordKind::kPlatform>(numberInRecord(import), values...);
 }
 
-constexpr Number result(uint32_t value) {
-    return {value, ValueRole::kResult};
+constexpr ResultNumber result(uint32_t value) {
+    return {value};
 }
 
-constexpr Bytes after(const void* bytes, uint32_t size) {
-    return {bytes, size, ValueRole::kAfter};
+constexpr BytesAfter after(const void* bytes, uint32_t size) {
+    return {bytes, size};
 }
 
 }  // namespace
@@ -69,22 +68,9 @@ uint32_t Quorvel_ContextZeroSetMap(void* ctx) {
     return code;
 }
 
-void Quorvel_LogPrint(uint32_t level, const char* file, const char* function, uint32_t line, const char* format, ...) {
-    const FormatShape shape = shapeOf(format);
-    FormatWords words;
-    std::va_list list;
-    va_start(list, format);
-    takeWords(words, shape, list);
-    va_end(list);
-    // Before the line is printed: the arguments are then still what the library gave.
-    appendFormatted(RecordKind::kLog, numberInRecord(kImport_Quorvel_LogPrint), shape, words, Number{level},
-                    Number{line}, Constant{file}, Constant{function}, Constant{format});
-    callWithWords(QUORVEL_ORIGINAL(Quorvel_LogPrint), words, level, file, function, line, format);
-}
-
 uint32_t QuorvelOsCreateMutex(const char* name, void** handle) {
     const uint32_t code = QUORVEL_ORIGINAL(QuorvelOsCreateMutex)(name, handle);
-    record(kImport_QuorvelOsCreateMutex, Text(name), result(code), Handle{*handle, ValueRole::kAfter});
+    record(kImport_QuorvelOsCreateMutex, Text{name}, result(code), HandleAfter{*handle});
     return code;
 }
 
@@ -92,7 +78,7 @@ uint32_t QuorvelOsMutexLock(void* handle) {
     const uint32_t code = QUORVEL_ORIGINAL(QuorvelOsMutexLock)(handle);
     // Which thread got the lock first does not show in the order of the records.
     const uint32_t turn = turns.fetch_add(1, std::memory_order_relaxed);
-    record(kImport_QuorvelOsMutexLock, Handle{handle}, result(code), Number{turn, ValueRole::kAfter});
+    record(kImport_QuorvelOsMutexLock, Handle{handle}, result(code), NumberAfter{turn});
     return code;
 }
 
@@ -104,14 +90,14 @@ uint32_t QuorvelOsMutexUnlock(void* handle) {
 
 uint32_t QuorvelUtilGetCfg(const char* section, const char* key, char* auxiliary, char* value) {
     const uint32_t code = QUORVEL_ORIGINAL(QuorvelUtilGetCfg)(section, key, auxiliary, value);
-    record(kImport_QuorvelUtilGetCfg, Text(section), Text(key), result(code), after(auxiliary, kAuxiliarySize),
+    record(kImport_QuorvelUtilGetCfg, Text{section}, Text{key}, result(code), after(auxiliary, kAuxiliarySize),
            after(value, kConfigurationSize));
     return code;
 }
 
 uint32_t QuorvelUtilGetSpawnInfoFromCfg(const char* section, SpawnInfo* info) {
     const uint32_t code = QUORVEL_ORIGINAL(QuorvelUtilGetSpawnInfoFromCfg)(section, info);
-    record(kImport_QuorvelUtilGetSpawnInfoFromCfg, Text(section), result(code), after(info, sizeof *info));
+    record(kImport_QuorvelUtilGetSpawnInfoFromCfg, Text{section}, result(code), after(info, sizeof *info));
     return code;
 }
 
@@ -123,13 +109,13 @@ uint32_t QuorvelOsSpawnProcess(SpawnInfo* info, ProcessRecord* process) {
 
 uint32_t QuorvelOsTerminateProcess(SpawnInfo* info, char* arguments) {
     const uint32_t code = QUORVEL_ORIGINAL(QuorvelOsTerminateProcess)(info, arguments);
-    record(kImport_QuorvelOsTerminateProcess, Bytes{info, sizeof *info}, Text(arguments), result(code));
+    record(kImport_QuorvelOsTerminateProcess, Bytes{info, sizeof *info}, Text{arguments}, result(code));
     return code;
 }
 
 int32_t QuorvelUtilGetPidByName(const char* name) {
     const int32_t process = QUORVEL_ORIGINAL(QuorvelUtilGetPidByName)(name);
-    record(kImport_QuorvelUtilGetPidByName, Text(name), result(static_cast<uint32_t>(process)));
+    record(kImport_QuorvelUtilGetPidByName, Text{name}, result(static_cast<uint32_t>(process)));
     return process;
 }
 

@@ -16,7 +16,7 @@ enum FunctionNumber : uint16_t {
 };
 
 /// The name of each function, by number.
-extern const char* const kFunctionNames[kFunctionCount];
+[[gnu::visibility("hidden")]] extern const char* const kFunctionNames[kFunctionCount];
 
 /// Which part of the context that is its first argument a function reads or writes.
 struct ContextUse {
@@ -27,6 +27,6 @@ struct ContextUse {
 };
 
 /// By number.
-extern const std::array<ContextUse, kFunctionCount> kContextUses;
+[[gnu::visibility("hidden")]] extern const std::array<ContextUse, kFunctionCount> kContextUses;
 
 }  // namespace quorvel::recorder

@@ -24,7 +24,7 @@ inline constexpr uint16_t kNumbersInRecords = kCallbackNumber + 1;
 /// Returns the name that a record's function number has.
 [[nodiscard]] const char* nameOfNumber(uint16_t number);
 
-extern Import imports[kImportCount];
+[[gnu::visibility("hidden")]] extern Import imports[kImportCount];
 
 /// Calls of what an import was bound to before the recorder took its place.
 #define QUORVEL_ORIGINAL(name) reinterpret_cast<decltype(&::name)>(imports[kImport_##name].original)

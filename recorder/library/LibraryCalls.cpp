@@ -27,7 +27,7 @@ void* runThread(void* user) {
     const ThreadStart start = *static_cast<const ThreadStart*>(user);
     free(user);
     hostCallback = start.callback;
-    queue.append(RecordKind::kThread, 0, 0);
+    queue.append<RecordKind::kThread>(0);
     void* const result = start.start(start.argument);
     queue.close();
     return result;
@@ -41,7 +41,7 @@ void rememberCallback(AssociatedDeviceCallback callback) {
 
 uint32_t recordedCallback(uint32_t ap, uint32_t event, void* station) {
     constexpr uint32_t kStationSize = 124;
-    queue.append(RecordKind::kCallback, kCallbackNumber, 0, Number{ap}, Number{event}, Bytes{station, kStationSize});
+    queue.append<RecordKind::kCallback>(kCallbackNumber, Number{ap}, Number{event}, Bytes{station, kStationSize});
     queue.close();  // the host does what it likes meanwhile
     return hostCallback(ap, event, station);
 }
@@ -68,13 +68,13 @@ class ErrorKeeper {
 };
 
 template <typename... Values>
-void record(ImportNumber import, const Values&... values) {
+void record(ImportNumber import, Values... values) {
     const ErrorKeeper keeper;
-    queue.append(RecordKind::kPlatform, numberInRecord(import), keeper.error(), values...);
+    queue.append<RecordKind::kPlatform>(numberInRecord(import), Error{keeper.error()}, values...);
 }
 
-constexpr Number result(int value) {
-    return {static_cast<uint32_t>(value), ValueRole::kResult};
+constexpr ResultNumber result(int value) {
+    return {static_cast<uint32_t>(value)};
 }
 
 constexpr Number number(int value) {
@@ -82,10 +82,10 @@ constexpr Number number(int value) {
 }
 
 // The standard streams have small numbers in place of an address.
-Handle stream(const FILE* file, ValueRole role = ValueRole::kArgument) {
-    if (file == stdout) return {reinterpret_cast<const void*>(uintptr_t{1}), role};
-    if (file == stderr) return {reinterpret_cast<const void*>(uintptr_t{2}), role};
-    return {file, role};
+Handle stream(const FILE* file) {
+    if (file == stdout) return {reinterpret_cast<const void*>(uintptr_t{1})};
+    if (file == stderr) return {reinterpret_cast<const void*>(uintptr_t{2})};
+    return {file};
 }
 
 }  // namespace
@@ -93,14 +93,14 @@ Handle stream(const FILE* file, ValueRole role = ValueRole::kArgument) {
 int system(const char* command) {
     queue.close();  // it may wait
     const int code = QUORVEL_ORIGINAL(system)(command);
-    record(kImport_system, Text(command), result(code));
+    record(kImport_system, Text{command}, result(code));
     return code;
 }
 
 FILE* popen(const char* command, const char* mode) {
     queue.close();  // it may wait
     FILE* const file = QUORVEL_ORIGINAL(popen)(command, mode);
-    record(kImport_popen, Text(command), Text(mode), stream(file, ValueRole::kResult));
+    record(kImport_popen, Text{command}, Text{mode}, ResultHandle{file});
     return file;
 }
 
@@ -114,7 +114,7 @@ int pclose(FILE* file) {
 
 FILE* fopen(const char* path, const char* mode) {
     FILE* const file = QUORVEL_ORIGINAL(fopen)(path, mode);
-    record(kImport_fopen, Text(path), Text(mode), stream(file, ValueRole::kResult));
+    record(kImport_fopen, Text{path}, Text{mode}, ResultHandle{file});
     return file;
 }
 
@@ -128,7 +128,7 @@ int fclose(FILE* file) {
 char* fgets(char* text, int size, FILE* file) {
     queue.close();  // it may wait
     char* const line = QUORVEL_ORIGINAL(fgets)(text, size, file);
-    record(kImport_fgets, number(size), stream(file), Text(line, ValueRole::kResult));
+    record(kImport_fgets, number(size), stream(file), ResultText{line});
     return line;
 }
 
@@ -138,23 +138,20 @@ void rewind(FILE* file) {
 }
 
 int fprintf(FILE* file, const char* format, ...) {
-    const FormatShape shape = shapeOf(format);
-    FormatWords words;
     std::va_list list;
     va_start(list, format);
-    takeWords(words, shape, list);
+    FormatArguments::Room room;
+    const FormatArguments arguments(format, list, room);
+    const int code = arguments.call(QUORVEL_ORIGINAL(fprintf), file, format);
+    record(kImport_fprintf, result(code), stream(file), arguments);
     va_end(list);
-    const int code = callWithWords(QUORVEL_ORIGINAL(fprintf), words, file, format);
-    const ErrorKeeper keeper;
-    appendFormatted(RecordKind::kPlatform, numberInRecord(kImport_fprintf), shape, words, result(code), stream(file),
-                    Constant{format});
     return code;
 }
 
 size_t fwrite(const void* bytes, size_t size, size_t count, FILE* file) {
     const size_t written = QUORVEL_ORIGINAL(fwrite)(bytes, size, count, file);
     record(kImport_fwrite, Bytes{bytes, static_cast<uint32_t>(size * count)}, stream(file),
-           Number{static_cast<uint32_t>(written), ValueRole::kResult});
+           ResultNumber{static_cast<uint32_t>(written)});
     return written;
 }
 
@@ -165,22 +162,19 @@ int fflush(FILE* file) {
 }
 
 int printf(const char* format, ...) {
-    const FormatShape shape = shapeOf(format);
-    FormatWords words;
     std::va_list list;
     va_start(list, format);
-    takeWords(words, shape, list);
+    FormatArguments::Room room;
+    const FormatArguments arguments(format, list, room);
+    const int code = arguments.call(QUORVEL_ORIGINAL(printf), format);
+    record(kImport_printf, result(code), arguments);
     va_end(list);
-    const int code = callWithWords(QUORVEL_ORIGINAL(printf), words, format);
-    const ErrorKeeper keeper;
-    appendFormatted(RecordKind::kPlatform, numberInRecord(kImport_printf), shape, words, result(code),
-                    Constant{format});
     return code;
 }
 
 int puts(const char* text) {
     const int code = QUORVEL_ORIGINAL(puts)(text);
-    record(kImport_puts, Text(text), result(code));
+    record(kImport_puts, Text{text}, result(code));
     return code;
 }
 
@@ -201,7 +195,7 @@ ssize_t read(int descriptor, void* buffer, size_t size) {
     queue.close();  // it may wait
     const ssize_t taken = QUORVEL_ORIGINAL(read)(descriptor, buffer, size);
     record(kImport_read, number(descriptor), Number{static_cast<uint32_t>(size)}, result(static_cast<int>(taken)),
-           Bytes{buffer, taken > 0 ? static_cast<uint32_t>(taken) : 0, ValueRole::kAfter});
+           BytesAfter{buffer, taken > 0 ? static_cast<uint32_t>(taken) : 0});
     return taken;
 }
 

@@ -14,35 +14,39 @@ constexpr uint32_t kChannelMetricsSize = 1056;
 constexpr uint32_t kChannelStatsSize = 80;
 
 template <typename Result, typename... Values>
-Result record(ImportNumber import, Result code, const Values&... arguments) {
-    queue.append(RecordKind::kPlatform, numberInRecord(import), 0, arguments...,
-                 Number{static_cast<uint32_t>(code), ValueRole::kResult});
+Result record(ImportNumber import, Result code, Values... arguments) {
+    queue.append<RecordKind::kPlatform>(numberInRecord(import), arguments...,
+                                        ResultNumber{static_cast<uint32_t>(code)});
     return code;
 }
 
 // The same with memory that the call fills, behind the result.
 template <typename... Values>
-int32_t recordFilled(ImportNumber import, int32_t code, const void* memory, uint32_t size, const Values&... arguments) {
-    queue.append(RecordKind::kPlatform, numberInRecord(import), 0, arguments...,
-                 Number{static_cast<uint32_t>(code), ValueRole::kResult}, Bytes{memory, size, ValueRole::kAfter});
+int32_t recordFilled(ImportNumber import, int32_t code, const void* memory, uint32_t size, Values... arguments) {
+    queue.append<RecordKind::kPlatform>(numberInRecord(import), arguments..., ResultNumber{static_cast<uint32_t>(code)},
+                                        BytesAfter{memory, size});
     return code;
 }
 
 bool isStationVariable(const char* name) {
-    return strncmp(name, "wlStaInfo_", sizeof "wlStaInfo_" - 1) == 0;
+    // Most names need no look of the C library's.
+    return name[0] == 'w' && name[1] == 'l' && name[2] == 'S' &&
+           strncmp(name, "wlStaInfo_", sizeof "wlStaInfo_" - 1) == 0;
 }
 
+static_assert(ValueAfter::kLimit == WLCSM_VALUE_SIZE);
+
 // A variable's value is text, but for a station's.
-int32_t recordValue(ImportNumber import, int32_t code, uint32_t radio, uint32_t sub, const char* name,
-                    const char* value) {
-    const Number answer{static_cast<uint32_t>(code), ValueRole::kResult};
+[[gnu::always_inline]] inline int32_t recordValue(ImportNumber import, int32_t code, uint32_t radio, uint32_t sub,
+                                                  const char* name, const char* value) {
+    const ResultNumber answer{static_cast<uint32_t>(code)};
     const uint16_t number = numberInRecord(import);
     if (isStationVariable(name)) {
-        queue.append(RecordKind::kPlatform, number, 0, Number{radio}, Number{sub}, LooseText(name), answer,
-                     Bytes{value, kStationSize, ValueRole::kAfter});
+        queue.append<RecordKind::kPlatform>(number, Number{radio}, Number{sub}, LooseText{name}, answer,
+                                            BytesAfter{value, kStationSize});
     } else {
-        queue.append(RecordKind::kPlatform, number, 0, Number{radio}, Number{sub}, LooseText(name), answer,
-                     Text(value, WLCSM_VALUE_SIZE, ValueRole::kAfter));
+        queue.append<RecordKind::kPlatform>(number, Number{radio}, Number{sub}, LooseText{name}, answer,
+                                            ValueAfter{value});
     }
     return code;
 }
@@ -61,19 +65,18 @@ int32_t wlcsm_mngr_ext_get(uint32_t radio, uint32_t sub, const char* name, char*
 
 int32_t wlcsm_mngr_set(uint32_t radio, uint32_t sub, const char* name, const char* value) {
     const int32_t code = QUORVEL_ORIGINAL(wlcsm_mngr_set)(radio, sub, name, value);
-    return record(kImport_wlcsm_mngr_set, code, Number{radio}, Number{sub}, LooseText(name), LooseText(value));
+    return record(kImport_wlcsm_mngr_set, code, Number{radio}, Number{sub}, LooseText{name}, LooseText{value});
 }
 
 char* wlcsm_nvram_get(const char* name) {
     char* const value = QUORVEL_ORIGINAL(wlcsm_nvram_get)(name);
-    queue.append(RecordKind::kPlatform, numberInRecord(kImport_wlcsm_nvram_get), 0, LooseText(name),
-                 Text(value, ValueRole::kResult));
+    queue.append<RecordKind::kPlatform>(numberInRecord(kImport_wlcsm_nvram_get), LooseText{name}, ResultText{value});
     return value;
 }
 
 int32_t wlcsm_nvram_set(const char* name, const char* value) {
     const int32_t code = QUORVEL_ORIGINAL(wlcsm_nvram_set)(name, value);
-    return record(kImport_wlcsm_nvram_set, code, LooseText(name), LooseText(value));
+    return record(kImport_wlcsm_nvram_set, code, LooseText{name}, LooseText{value});
 }
 
 int32_t wlcsm_mngr_save_nvram(uint32_t a, uint32_t b, uint32_t c) {
@@ -107,13 +110,13 @@ int32_t wlcsm_mngr_send_csa(uint32_t radio, uint32_t channel) {
 
 int32_t wlcsm_mngr_send_csa2(uint32_t radio, const char* text) {
     const int32_t code = QUORVEL_ORIGINAL(wlcsm_mngr_send_csa2)(radio, text);
-    return record(kImport_wlcsm_mngr_send_csa2, code, Number{radio}, Text(text));
+    return record(kImport_wlcsm_mngr_send_csa2, code, Number{radio}, Text{text});
 }
 
 int32_t wlcsm_mngr_sta_info(uint32_t radio, uint32_t sub, const char* mac, void* station) {
     const int32_t code = QUORVEL_ORIGINAL(wlcsm_mngr_sta_info)(radio, sub, mac, station);
     return recordFilled(kImport_wlcsm_mngr_sta_info, code, code == 0 ? station : nullptr, kStationSize, Number{radio},
-                        Number{sub}, LooseText(mac));
+                        Number{sub}, LooseText{mac});
 }
 
 int32_t wlcsm_mngr_ssid_info(uint32_t radio, uint32_t sub, void* buffer) {
@@ -125,7 +128,7 @@ int32_t wlcsm_mngr_ssid_info(uint32_t radio, uint32_t sub, void* buffer) {
 int32_t wlcsm_mngr_clientRxTxStatsResult(uint32_t radio, uint32_t sub, const char* mac, uint32_t direction, uint32_t w1,
                                          uint32_t w2) {
     const int32_t code = QUORVEL_ORIGINAL(wlcsm_mngr_clientRxTxStatsResult)(radio, sub, mac, direction, w1, w2);
-    return record(kImport_wlcsm_mngr_clientRxTxStatsResult, code, Number{radio}, Number{sub}, LooseText(mac),
+    return record(kImport_wlcsm_mngr_clientRxTxStatsResult, code, Number{radio}, Number{sub}, LooseText{mac},
                   Number{direction}, Number{w1}, Number{w2});
 }
 

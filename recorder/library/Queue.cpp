@@ -4,7 +4,6 @@
 #include <sys/mman.h>
 #include <time.h>
 
-#include <algorithm>
 #include <cerrno>
 
 namespace quorvel::recorder {
@@ -41,9 +40,8 @@ bool Queue::open(uint32_t capacity) {
     return true;
 }
 
-uint8_t* Queue::claim(uint32_t size) {
+inline uint8_t* Queue::claim(uint32_t size) {
     const uint32_t capacity = capacity_;
-    if (capacity == 0) return nullptr;
     uint32_t position = reserved_.load(std::memory_order_relaxed);
     for (;;) {
         // A batch does not wrap: the memory's end is skipped when it is too short.
@@ -51,8 +49,7 @@ uint8_t* Queue::claim(uint32_t size) {
         const uint32_t skipped = size > toEnd ? toEnd : 0;
         const uint32_t next = position + skipped + size;
         if (next - taken_.load(std::memory_order_acquire) > capacity) {
-            if (lost_.fetch_add(1, std::memory_order_acq_rel) == 0)
-                firstLost_.store(position, std::memory_order_release);
+            lose(position);
             return nullptr;
         }
         if (!reserved_.compare_exchange_weak(position, next, std::memory_order_relaxed)) continue;
@@ -66,31 +63,34 @@ uint8_t* Queue::claim(uint32_t size) {
     }
 }
 
-uint8_t* Queue::reserveInNew(uint32_t size) {
-    close();
-    if (size > kLargestRecord) {
-        if (lost_.fetch_add(1, std::memory_order_acq_rel) == 0) firstLost_.store(reserved_, std::memory_order_release);
-        return nullptr;
-    }
-    const uint32_t whole = rounded(std::max(kBatchSize, size + static_cast<uint32_t>(sizeof(BatchHead))));
-    uint8_t* const begin = claim(whole);
-    if (begin == nullptr) return nullptr;
-    auto* const head = reinterpret_cast<BatchHead*>(begin);
-    head->thread = nameOfThread();
-    timespec now;
-    (void)clock_gettime(CLOCK_MONOTONIC, &now);  // every Linux has this clock
-    head->seconds = static_cast<uint32_t>(now.tv_sec);
-    head->nanoseconds = static_cast<uint32_t>(now.tv_nsec);
-    batch = {begin, begin + sizeof(BatchHead), begin + whole};
-    return batch.at;
+void Queue::lose(uint32_t position) {
+    if (capacity_ == 0) return;
+    if (lost_.fetch_add(1, std::memory_order_acq_rel) == 0) firstLost_.store(position, std::memory_order_release);
 }
 
-void Queue::close() {
-    if (batch.begin == nullptr) return;
-    reinterpret_cast<BatchHead*>(batch.begin)
-        ->length.store(static_cast<uint32_t>(batch.end - batch.begin), std::memory_order_release);
-    batch = {};
-    if (writerWaits_.load(std::memory_order_relaxed)) wake();
+Queue::OpenBatch* Queue::openBatch(uint32_t words) {
+    close();
+    uint32_t whole = kBatchSize;
+    if (words > (kBatchSize - sizeof(BatchHead)) / sizeof(Word)) {
+        if (words > kLargestRecord / sizeof(Word)) {
+            lose(reserved_.load(std::memory_order_relaxed));
+            return nullptr;
+        }
+        whole = rounded(words * uint32_t{sizeof(Word)} + uint32_t{sizeof(BatchHead)});
+    }
+    uint8_t* const begin = claim(whole);
+    if (begin == nullptr) return nullptr;
+    OpenBatch& open = current();
+    open.begin = reinterpret_cast<BatchHead*>(begin);
+    open.at = reinterpret_cast<Word*>(begin + sizeof(BatchHead));
+    open.end = reinterpret_cast<Word*>(begin + whole);
+    if (open.thread == 0) open.thread = nameOfThread();
+    open.begin->thread = open.thread;
+    timespec now;
+    (void)clock_gettime(CLOCK_MONOTONIC, &now);  // every Linux has this clock
+    open.begin->seconds = static_cast<uint32_t>(now.tv_sec);
+    open.begin->nanoseconds = static_cast<uint32_t>(now.tv_nsec);
+    return &open;
 }
 
 const BatchHead* Queue::front() {

@@ -6,19 +6,23 @@
 #include <atomic>
 #include <cstdint>
 
-#include "recorder/library/Values.h"
+#include "recorder/library/QueuedValues.h"
 
 namespace quorvel::recorder {
 
-/// The head of a record in the queue; its thread and time are its batch's.
+/// The head of a record in the queue, whose values follow; thread and time are its batch's.
 struct QueuedHead {
-    uint32_t length;  ///< bytes with the head, a multiple of 4
-    RecordKind kind;
-    uint8_t values;
-    uint16_t function;
-    int32_t error;
+    const Layout* layout;
+    Word sizeAndFunction;
+
+    [[nodiscard]] uint32_t words() const {  ///< with the head
+        return sizeAndFunction & 0xFFFF;
+    }
+    [[nodiscard]] uint16_t function() const {
+        return static_cast<uint16_t>(sizeAndFunction >> 16);
+    }
 };
-static_assert(sizeof(QueuedHead) == 12);
+inline constexpr uint32_t kHeadWords = sizeof(QueuedHead) / sizeof(Word);
 
 /// Records of one thread that go into the queue together.
 struct BatchHead {
@@ -45,31 +49,57 @@ class Queue {
         capacity_ = 0;
     }
 
-    /// Appends a record of `values` to the calling thread's batch; `function` and `error` are the record's.
-    template <typename... Values>
-    void append(RecordKind kind, uint16_t function, int32_t error, const Values&... values) {
-        static_assert(sizeof...(values) < 256);
-        const uint32_t size = uint32_t{sizeof(QueuedHead)} + (0 + ... + sizeInRecord(values));
-        uint8_t* const record = reserve(size);
-        if (record == nullptr) return;
-        ValueWriter writer(record + sizeof(QueuedHead));
-        (writer.put(values), ...);
-        finish(record, {size, kind, sizeof...(values), function, error});
+    /// The calling thread's open batch; without one, begin is null and at is end.
+    struct OpenBatch {
+        BatchHead* begin;
+        Word* at;
+        Word* end;
+        uint32_t thread;  ///< the thread's name, 0 until it has one
+    };
+    /// Returns it.
+    static OpenBatch& current() {
+        // The compiler would look for it again for each member.
+        OpenBatch* open = &batch;
+        asm("" : "+r"(open));
+        return *open;
+    }
+    /// Returns the second word of a record's head.
+    static constexpr Word sizeAndFunction(ptrdiff_t words, uint16_t function) {
+        return static_cast<uint32_t>(words) | static_cast<Word>(function) << 16;
     }
 
-    /// Returns room for a record of `size` bytes in the calling thread's batch, which becomes a new one when it has no
-    /// room. Null when the queue has none either.
-    [[nodiscard]] uint8_t* reserve(uint32_t size) {
-        if (size <= static_cast<uint32_t>(batch.end - batch.at)) return batch.at;
-        return reserveInNew(size);
+    /// Appends a record of `values` to the calling thread's batch, or to a new one when that has no room.
+    template <RecordKind kKind, typename... Values>
+    void append(uint16_t function, Values... values) {
+        constexpr uint32_t kFixed = kHeadWords + sizeof...(Values);
+        OpenBatch& open = current();
+        const bool fits = static_cast<uint32_t>(open.end - open.at) >= kFixed;
+        if (fits && fill<kKind>(open, function, values...)) return;
+        appendInNew<kKind>(function, values...);
     }
-    /// Adds the record that was written at reserve's place; `head.length` is its real size, at most the reserved one.
-    void finish(uint8_t* record, const QueuedHead& head) {
-        memcpy(record, &head, sizeof head);
-        batch.at = record + head.length;
+    /// The same, and hands the batch over: where a call ends.
+    template <RecordKind kKind, typename... Values>
+    void appendLast(uint16_t function, Values... values) {
+        constexpr uint32_t kFixed = kHeadWords + sizeof...(Values);
+        OpenBatch& open = current();
+        const bool fits = static_cast<uint32_t>(open.end - open.at) >= kFixed;
+        if (!fits || !fill<kKind>(open, function, values...)) appendInNew<kKind>(function, values...);
+        close(open);
+    }
+    /// The same as append, in a new batch: where a call begins.
+    // The values are small, and by value so that they need no memory where the record fits.
+    template <RecordKind kKind, typename... Values>
+    [[gnu::noinline]] void appendInNew(uint16_t function, Values... values) {
+        const uint32_t words = kHeadWords + uint32_t{sizeof...(Values)} + (0 + ... + values.tailWords());
+        OpenBatch* const open = openBatch(words);
+        if (open == nullptr) return;
+        // Fails when the caller changes a text meanwhile.
+        if (!fill<kKind>(*open, function, values...)) lose(reserved_.load(std::memory_order_relaxed));
     }
     /// Hands the calling thread's batch over to the writer. Called where a call ends, and before one that may wait.
-    void close();
+    void close() {
+        close(current());
+    }
 
     /// Returns the oldest batch, or null when it is not closed yet or there is none. For the writer alone.
     [[nodiscard]] const BatchHead* front();
@@ -84,16 +114,33 @@ class Queue {
     [[nodiscard]] bool lostBefore(bool drained, uint32_t& lost);
 
   private:
-    // The calling thread's open batch; all null when it has none.
-    struct OpenBatch {
-        uint8_t* begin;
-        uint8_t* at;
-        uint8_t* end;
-    };
     // Few bytes, of those that the C library keeps for libraries that are loaded late.
     [[gnu::tls_model("initial-exec")]] static thread_local constinit OpenBatch batch;
-
-    uint8_t* reserveInNew(uint32_t size);
+    // Writes a record whose fixed part has room. False when its tail has none: there is no record then.
+    template <RecordKind kKind, typename... Values>
+    [[gnu::always_inline]] static bool fill(OpenBatch& open, uint16_t function, Values... values) {
+        static_assert(sizeof...(Values) <= Layout::kMaxValues);
+        Word* const at = open.at;
+        [[maybe_unused]] const Word* const end = open.end;
+        Word* fixed = at + kHeadWords;
+        Word* tail = fixed + sizeof...(Values);
+        if (!((tail = values.put(*fixed++, tail, end)) && ...)) return false;
+        at[0] = reinterpret_cast<Word>(&kLayoutOf<kKind, Values...>);
+        at[1] = sizeAndFunction(tail - at, function);
+        open.at = tail;
+        return true;
+    }
+    void close(OpenBatch& open) {
+        BatchHead* const begin = open.begin;
+        if (begin == nullptr) return;
+        const auto length = reinterpret_cast<uintptr_t>(open.end) - reinterpret_cast<uintptr_t>(begin);
+        open.begin = nullptr;
+        open.at = open.end;
+        begin->length.store(static_cast<uint32_t>(length), std::memory_order_release);
+        if (writerWaits_.load(std::memory_order_relaxed)) wake();
+    }
+    OpenBatch* openBatch(uint32_t words);
+    void lose(uint32_t position);
     uint8_t* claim(uint32_t size);
 
     uint8_t* memory_ = nullptr;
@@ -110,18 +157,18 @@ class Queue {
 /// Calls `visit(head)` for each record of a batch; the record's values follow its head.
 template <typename Visit>
 void forEachRecord(const BatchHead& closed, Visit visit) {
-    const auto* const begin = reinterpret_cast<const uint8_t*>(&closed);
-    uint32_t at = sizeof closed;
-    const uint32_t length = closed.length.load(std::memory_order_relaxed);
-    // Bytes that were reserved and not needed are zero.
-    while (at + sizeof(QueuedHead) <= length) {
-        const auto* const head = reinterpret_cast<const QueuedHead*>(begin + at);
-        if (head->length == 0) return;
+    const auto* at = reinterpret_cast<const Word*>(&closed + 1);
+    const Word* const end =
+        reinterpret_cast<const Word*>(&closed) + closed.length.load(std::memory_order_relaxed) / sizeof(Word);
+    while (static_cast<uint32_t>(end - at) >= kHeadWords) {
+        const auto* const head = reinterpret_cast<const QueuedHead*>(at);
+        // Words that were reserved and not needed: no record has begun there.
+        if (head->layout == nullptr) return;
         visit(*head);
-        at += head->length;
+        at += head->words();
     }
 }
 
-extern Queue queue;
+[[gnu::visibility("hidden")]] extern Queue queue;
 
 }  // namespace quorvel::recorder

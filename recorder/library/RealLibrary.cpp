@@ -9,7 +9,7 @@
 #include <cstring>
 
 #include "common/SymbolSlots.h"
-#include "recorder/library/Values.h"
+#include "recorder/library/QueuedValues.h"
 
 namespace quorvel::recorder {
 

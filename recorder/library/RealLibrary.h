@@ -22,8 +22,8 @@ struct Import {
 [[nodiscard]] const char* replaceImports(Import* imports, uint32_t count);
 
 /// The library's functions by number; valid after openRealLibrary, which finds constantRange too.
-extern void* realFunctions[kFunctionCount];
+[[gnu::visibility("hidden")]] extern void* realFunctions[kFunctionCount];
 /// The library's qvlThreadId.
-extern const pthread_t* realThreadId;
+[[gnu::visibility("hidden")]] extern const pthread_t* realThreadId;
 
 }  // namespace quorvel::recorder

@@ -29,6 +29,6 @@ class Session {
     bool recording_ = false;  // written before state_
 };
 
-extern Session session;
+[[gnu::visibility("hidden")]] extern Session session;
 
 }  // namespace quorvel::recorder

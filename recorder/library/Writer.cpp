@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "recorder/format/RecordValues.h"
+#include "recorder/library/Expansion.h"
 #include "recorder/library/Imports.h"
 #include "recorder/library/Queue.h"
 #include "recorder/library/RecordingFile.h"
@@ -73,8 +73,7 @@ class Writer {
     Thread threads_[kMaxThreads] = {};
     uint32_t threadCount_ = 0;
     uint32_t lastThread_ = 0;
-    // A record of the file has a longer head than the queue's, and shorter constants.
-    alignas(8) uint8_t record_[Queue::kLargestRecord + 64];
+    alignas(8) uint8_t record_[Queue::kLargestRecord + kMostAdded];
     alignas(8) uint8_t small_[1024];
 };
 
@@ -82,15 +81,16 @@ constexpr uint32_t rounded(uint32_t size) {
     return (size + 7) & ~7U;
 }
 
-// Completes a record that was built behind its head.
-const RecordHead& finishSmall(uint8_t* record, uint32_t size, RecordKind kind, uint32_t values) {
+// Completes a record whose values were written behind its head. Returns the head.
+RecordHead& finish(uint8_t* record, const ValueWriter& values, RecordKind kind) {
+    const uint32_t size = uint32_t{sizeof(RecordHead)} + values.size();
     memset(record + size, 0, rounded(size) - size);
     RecordHead head{};
     head.length = rounded(size);
     head.kind = kind;
-    head.values = static_cast<uint8_t>(values);
+    head.values = static_cast<uint8_t>(values.count());
     memcpy(record, &head, sizeof head);
-    return *reinterpret_cast<const RecordHead*>(record);
+    return *reinterpret_cast<RecordHead*>(record);
 }
 
 const char* Writer::open(const Settings& settings) {
@@ -108,16 +108,14 @@ const char* Writer::beginFile(bool replayable) {
     const uint32_t flags =
         (replayable ? kReplayable : 0U) | (kept_.macs ? kMacsKept : 0U) | (kept_.ssids ? kSsidsKept : 0U);
     const char* const slash = strrchr(settings_->library, '/');
-    const Text name(slash == nullptr ? settings_->library : slash + 1);
+    const char* const name = slash == nullptr ? settings_->library : slash + 1;
     ValueWriter values(small_ + sizeof(RecordHead));
-    values.put(Number{kFormatVersion});
-    values.put(Number{sizeof(void*)});
-    values.put(Number{flags});
-    values.put(Number64{static_cast<uint64_t>(now.tv_sec)});
-    values.put(name);
-    const uint32_t size =
-        sizeof(RecordHead) + 3 * sizeInRecord(Number{}) + sizeInRecord(Number64{}) + sizeInRecord(name);
-    add(finishSmall(small_, size, RecordKind::kStart, 5));
+    values.number(kFormatVersion);
+    values.number(sizeof(void*));
+    values.number(flags);
+    values.wide(static_cast<uint64_t>(now.tv_sec));
+    values.text(name, static_cast<uint32_t>(strlen(name)));
+    add(finish(small_, values, RecordKind::kStart));
     return nullptr;
 }
 
@@ -146,7 +144,7 @@ void Writer::run() {
 }
 
 void Writer::storeEnd() {
-    add(finishSmall(small_, sizeof(RecordHead), RecordKind::kEnd, 0));
+    add(finish(small_, ValueWriter(small_), RecordKind::kEnd));
     if (!file_.flush()) lostToDisk_ += file_.lostRecords();
     endsInOrder_ = true;
 }
@@ -177,18 +175,17 @@ void Writer::add(const RecordHead& record) {
 void Writer::addGap(uint32_t lost, GapReason reason) {
     alignas(8) uint8_t record[64];
     ValueWriter values(record + sizeof(RecordHead));
-    values.put(Number{lost});
-    values.put(Number{static_cast<uint32_t>(reason)});
-    const RecordHead& head = finishSmall(record, sizeof(RecordHead) + 2 * sizeInRecord(Number{}), RecordKind::kGap, 2);
+    values.number(lost);
+    values.number(static_cast<uint32_t>(reason));
+    const RecordHead& head = finish(record, values, RecordKind::kGap);
     if (!file_.add(&head, head.length)) lostToDisk_ += file_.lostRecords();
 }
 
 void Writer::addName(uint32_t number, const char* text) {
-    const Text name(text, sizeof small_ / 2, ValueRole::kArgument);
     ValueWriter values(small_ + sizeof(RecordHead));
-    values.put(Number{number});
-    values.put(name);
-    add(finishSmall(small_, sizeof(RecordHead) + sizeInRecord(Number{}) + sizeInRecord(name), RecordKind::kName, 2));
+    values.number(number);
+    values.text(text, static_cast<uint32_t>(strnlen(text, sizeof small_ / 2)));
+    add(finish(small_, values, RecordKind::kName));
 }
 
 uint32_t Writer::numberOfConstant(const char* text) {
@@ -217,32 +214,14 @@ uint32_t Writer::numberOfThread(uint32_t token, bool begins) {
 // Writes a queued record in the file's form into record_.
 void Writer::convert(const BatchHead& batch, const QueuedHead& queued) {
     ValueWriter values(record_ + sizeof(RecordHead));
-    uint32_t size = sizeof(RecordHead);
-    const auto* const begin = reinterpret_cast<const uint8_t*>(&queued) + sizeof queued;
-    (void)forEachValue(begin, queued.length - static_cast<uint32_t>(sizeof queued), queued.values,
-                       [&](ValueRole role, ValueType type, const uint8_t* bytes, uint32_t length) {
-                           if (type == ValueType::kConstant) {
-                               uint64_t address;
-                               memcpy(&address, bytes, sizeof address);
-                               const auto* const text = reinterpret_cast<const char*>(static_cast<uintptr_t>(address));
-                               values.name(role, numberOfConstant(text));
-                               size += 8;
-                               return;
-                           }
-                           values.raw(role, type, bytes, length);
-                           size += 4 + padded(length);
-                       });  // the queue's records are whole
-    memset(record_ + size, 0, rounded(size) - size);
-    RecordHead head{};
-    head.length = rounded(size);
-    head.kind = queued.kind;
-    head.values = queued.values;
-    head.function = queued.function;
-    head.thread = numberOfThread(batch.thread, queued.kind == RecordKind::kThread);
+    Expansion expansion(queued, values, [this](const char* text) { return numberOfConstant(text); });
+    const int32_t error = expansion.run();
+    RecordHead& head = finish(record_, values, queued.layout->kind);
+    head.function = queued.function();
+    head.thread = numberOfThread(batch.thread, queued.layout->kind == RecordKind::kThread);
     head.seconds = batch.seconds;
     head.nanoseconds = batch.nanoseconds;
-    head.error = queued.error;
-    memcpy(record_, &head, sizeof head);
+    head.error = error;
 }
 
 void Writer::store(const BatchHead& batch) {
@@ -252,7 +231,7 @@ void Writer::store(const BatchHead& batch) {
 void Writer::store(const BatchHead& batch, const QueuedHead& queued) {
     endsInOrder_ = false;
     if (file_.isFull()) {
-        add(finishSmall(small_, sizeof(RecordHead), RecordKind::kEnd, 0));
+        add(finish(small_, ValueWriter(small_), RecordKind::kEnd));
         if (!file_.flush()) lostToDisk_ += file_.lostRecords();
         file_.close();
         // The library keeps scan results, slots and more between calls, which the next file does not know.
@@ -260,14 +239,14 @@ void Writer::store(const BatchHead& batch, const QueuedHead& queued) {
             (void)fprintf(stderr, "quorvel_wifi recorder: %s\n", failure);
         }
     }
-    const bool hasFunction = queued.kind != RecordKind::kThread;
-    if (hasFunction && !functionNamed_[queued.function]) {
-        functionNamed_[queued.function] = true;
-        addName(queued.function, nameOfNumber(queued.function));
+    const bool hasFunction = queued.layout->kind != RecordKind::kThread;
+    if (hasFunction && !functionNamed_[queued.function()]) {
+        functionNamed_[queued.function()] = true;
+        addName(queued.function(), nameOfNumber(queued.function()));
     }
     convert(batch, queued);
     auto* const record = reinterpret_cast<RecordHead*>(record_);
-    secrets_.replaceIn(record, hasFunction ? nameOfNumber(queued.function) : "",
+    secrets_.replaceIn(record, hasFunction ? nameOfNumber(queued.function()) : "",
                        [this](uint32_t number) { return constants_[number - kFirstConstant]; });
     add(*record);
 }

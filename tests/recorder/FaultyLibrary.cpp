@@ -70,15 +70,14 @@ int32_t __wrap_wlcsm_mngr_sta_info(uint32_t radio, uint32_t sub, const char* mac
 
 void __wrap_Quorvel_LogPrint(uint32_t level, const char* file, const char* function, uint32_t line, const char* format,
                              ...) {
-    const auto shape = quorvel::recorder::shapeOf(format);
-    quorvel::recorder::FormatWords words{};
     std::va_list list;
     va_start(list, format);
-    takeWords(words, shape, list);
-    va_end(list);
+    quorvel::recorder::FormatArguments::Room room;
+    const quorvel::recorder::FormatArguments arguments(format, list, room);
     if (hasFault("log") && std::strstr(format, "SUCCESS") != nullptr && std::strncmp(format, "wlcsm_mngr_set", 14) == 0)
         level = 1;
-    quorvel::recorder::callWithWords(&__real_Quorvel_LogPrint, words, level, file, function, line, format);
+    arguments.call(&__real_Quorvel_LogPrint, level, file, function, line, format);
+    va_end(list);
 }
 
 }  // extern "C"

@@ -11,6 +11,7 @@ namespace {
 
 using recorder::BatchHead;
 using recorder::Bytes;
+using recorder::Error;
 using recorder::Number;
 using recorder::Queue;
 using recorder::QueuedHead;
@@ -20,9 +21,7 @@ using recorder::RecordKind;
 constexpr int64_t kLost = -1;
 
 uint32_t numberIn(const QueuedHead& head) {
-    uint32_t number;
-    std::memcpy(&number, reinterpret_cast<const uint8_t*>(&head) + sizeof head + 4, sizeof number);
-    return number;
+    return static_cast<uint32_t>(reinterpret_cast<const recorder::Word*>(&head + 1)[0]);
 }
 
 // Each thread has one open batch: a test closes its own before the queue goes away.
@@ -37,10 +36,10 @@ class OpenQueue : public testing::Test {
     }
 
     void append(uint32_t number) {
-        queue_.append(RecordKind::kThread, 0, 0, Number{number});
+        queue_.append<RecordKind::kThread>(0, Number{number});
     }
     void append(uint32_t number, uint32_t size) {
-        queue_.append(RecordKind::kThread, 0, 0, Number{number}, Bytes{filling_.data(), size});
+        queue_.append<RecordKind::kThread>(0, Number{number}, Bytes{filling_.data(), size});
     }
 
     // Takes the closed batches. Returns the numbers of the records, kLost where some were lost.
@@ -69,16 +68,34 @@ class LargeQueue : public OpenQueue {
 
 TEST_F(OpenQueue, GivesRecordsInTheirOrder) {
     for (uint32_t i = 0; i < 5; ++i)
-        queue_.append(RecordKind::kThread, 9, -3, Number{i});
+        queue_.append<RecordKind::kThread>(9, Number{i}, Error{-3});
     queue_.close();
     const BatchHead* const batch = queue_.front();
     ASSERT_NE(batch, nullptr);
     const auto& first = *reinterpret_cast<const QueuedHead*>(batch + 1);
-    EXPECT_EQ(first.kind, RecordKind::kThread);
-    EXPECT_EQ(first.function, 9);
-    EXPECT_EQ(first.values, 1);
-    EXPECT_EQ(first.error, -3);
+    EXPECT_EQ(first.layout->kind, RecordKind::kThread);
+    EXPECT_EQ(first.layout->count, 2);
+    EXPECT_EQ(first.function(), 9);
+    EXPECT_EQ(first.words(), recorder::kHeadWords + 2);
     EXPECT_EQ(drain(), (std::vector<int64_t>{0, 1, 2, 3, 4}));
+}
+
+// Both are found at the same words by the writer, whatever the text's length and place.
+TEST(QueuedText, TakesTheWordsOfItsLength) {
+    for (size_t length = 0; length < 6 * sizeof(recorder::Word); ++length) {
+        for (size_t offset = 0; offset < sizeof(recorder::Word); ++offset) {
+            alignas(recorder::Word) char text[16 * sizeof(recorder::Word)] = {};
+            std::memset(text + offset, 'x', length);
+            recorder::Word room[16] = {};
+            recorder::Word size = 0;
+            const recorder::Word* const behind = recorder::copyText(room, room + 16, &size, text + offset);
+            ASSERT_NE(behind, nullptr);
+            EXPECT_EQ(size, length);
+            EXPECT_EQ(behind - room, recorder::wordsOfText(static_cast<uint32_t>(length))) << length << " at " << offset;
+            EXPECT_EQ(std::memcmp(room, text + offset, length), 0);
+            EXPECT_EQ(recorder::copyText(room, behind - 1, &size, text + offset), nullptr) << length;
+        }
+    }
 }
 
 TEST_F(OpenQueue, GivesABatchOnceItIsClosed) {
