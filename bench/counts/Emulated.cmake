@@ -31,7 +31,7 @@ target_link_libraries(bench_emulated PRIVATE
 add_dependencies(bench_emulated quorvel_uncounted_platform)
 set_target_properties(bench_emulated PROPERTIES POSITION_INDEPENDENT_CODE OFF)
 
-# The recorder in the plug-in's place, with the plug-in behind it, in the build's folder bench/recorded.
+# The recorder in the plug-in's place, with the plug-in behind it, in a folder of its own.
 if(TARGET quorvel_wifi_recorder)
     set(quorvel_recorded_folder ${CMAKE_BINARY_DIR}/bench/recorded)
     file(GENERATE OUTPUT ${quorvel_recorded_folder}/libquorvel_wifi_recorder.conf CONTENT

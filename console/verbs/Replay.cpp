@@ -40,10 +40,10 @@ int replay(const Session& session, const ReplayWishes& asked) {
 void addReplayVerb(VerbContext& context) {
     Session& session = context.session;
     auto asked = std::make_shared<ReplayWishes>();
-    CLI::App* const verb = context.add(
-        kManyVerbs, "replay", "Let a plug-in (--plugin) go through a recording; exit status 1 when it differs",
-        "replay fault.rec\nreplay fault.rec --plugin libquorvel_wifi.so\nreplay fault.rec --until 12 --gdb",
-        [&session, asked] { return replay(session, *asked); });
+    CLI::App* const verb =
+        context.add(kManyVerbs, "replay", "Replay a recording on a plug-in; exit status 1 when it differs",
+                    "replay fault.rec\nreplay fault.rec --plugin libquorvel_wifi.so\nreplay fault.rec --until 12 --gdb",
+                    [&session, asked] { return replay(session, *asked); });
     context.take(verb, ArgumentKind::kFile, "FILE", asked->file, "The recording")->required();
     CLI::Option* const until = verb->add_option("--until", asked->call, "Stop before this call, numbered from 1")
                                    ->type_name("CALL")

@@ -91,7 +91,8 @@ TEST(QueuedText, TakesTheWordsOfItsLength) {
             const recorder::Word* const behind = recorder::copyText(room, room + 16, &size, text + offset);
             ASSERT_NE(behind, nullptr);
             EXPECT_EQ(size, length);
-            EXPECT_EQ(behind - room, recorder::wordsOfText(static_cast<uint32_t>(length))) << length << " at " << offset;
+            EXPECT_EQ(behind - room, recorder::wordsOfText(static_cast<uint32_t>(length)))
+                << length << " at " << offset;
             EXPECT_EQ(std::memcmp(room, text + offset, length), 0);
             EXPECT_EQ(recorder::copyText(room, behind - 1, &size, text + offset), nullptr) << length;
         }
