@@ -76,6 +76,16 @@ TEST_F(Scenario, GivesTheSameEventLogForTheSameSeed) {
     }
 }
 
+TEST_F(Scenario, GivesTheSameEventLogWhenItsCourseIsDrawn) {
+    for (const char* name : {"band-steering", "daemon-crash"}) {
+        ASSERT_EQ(console_.run({"play", name, "--events", place("plain")}).status, 0) << name;
+        ASSERT_EQ(console_.run({"play", name, "--events", place("drawn"), "--html", place("page")}).status, 0) << name;
+        EXPECT_GT(contents(place("plain")).size(), 200U) << name;
+        EXPECT_EQ(contents(place("plain")), contents(place("drawn"))) << name;
+        EXPECT_GT(contents(place("page")).size(), 10'000U) << name;
+    }
+}
+
 TEST_F(Scenario, TakesItsChancesFromTheSeed) {
     const std::string file = write(R"({"name": "T", "expectations": [
         {"at": 30, "parameter": "Device.WiFi.Radio.1.Stats.BytesSent", "equals": 0}]})");

@@ -184,6 +184,30 @@ TEST(TheConsoleDocument, HasAnExampleOfEveryVerb) {
     }
 }
 
+TEST(TheFleetDocument, HasAnExampleOfEveryCommand) {
+    std::set<std::string> shown;
+    for (const Block& block : blocksOf("fleet.md")) {
+        for (const Step& step : block) {
+            std::istringstream words(step.command);
+            for (std::string word, before; words >> word; before = word) {
+                if (before == "fleet") shown.insert(word);
+            }
+        }
+    }
+    const Console console;
+    const nlohmann::json program = console.run({"help", "--json"}).json();
+    std::size_t count = 0;
+    for (const nlohmann::json& verb : program.at("verbs")) {
+        if (verb.at("name") != "fleet") continue;
+        for (const nlohmann::json& command : verb.at("verbs")) {
+            EXPECT_TRUE(shown.contains(command.at("name")))
+                << "docs/fleet.md has no example of fleet " << command.at("name");
+            ++count;
+        }
+    }
+    EXPECT_EQ(count, 5U);
+}
+
 TEST(TheConsoleDocument, ListsThePlainColumnsOfEveryVerb) {
     const std::string document = contents("/console.md");
     const std::size_t table = document.find("The columns of plain records:");
